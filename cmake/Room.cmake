@@ -1,0 +1,38 @@
+# A room is one folder of src/ with one static library. Its headers are reached as "room/Header.h", and only by
+# targets that link the room: each room has an include root of its own in the build tree, which holds nothing
+# but links to that room's headers, so that an include against the arrows does not compile.
+
+add_library(tavril_options INTERFACE)
+target_compile_options(tavril_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor
+                                                -Woverloaded-virtual -Werror)
+target_compile_definitions(tavril_options INTERFACE QT_NO_CAST_FROM_BYTEARRAY QT_NO_KEYWORDS
+                                                    QT_DISABLE_DEPRECATED_BEFORE=0x060400)
+if(TAVRIL_SANITIZE)
+  target_compile_options(tavril_options INTERFACE -fsanitize=${TAVRIL_SANITIZE} -fno-omit-frame-pointer
+                                                  -fno-sanitize-recover=all)
+  target_link_options(tavril_options INTERFACE -fsanitize=${TAVRIL_SANITIZE})
+endif()
+
+# tavril_room(<target> FOLDER <folder below src/> SOURCES ... LINK ...)
+function(tavril_room target)
+  cmake_parse_arguments(ROOM "" "FOLDER" "SOURCES;LINK" ${ARGN})
+  set(root ${CMAKE_BINARY_DIR}/rooms/${target})
+  file(MAKE_DIRECTORY ${root}/${ROOM_FOLDER})
+  file(GLOB headers CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/${ROOM_FOLDER}/*.h)
+  foreach(header ${headers})
+    get_filename_component(name ${header} NAME)
+    file(CREATE_LINK ${header} ${root}/${ROOM_FOLDER}/${name} SYMBOLIC)
+  endforeach()
+  add_library(${target} STATIC ${ROOM_SOURCES})
+  target_include_directories(${target} PUBLIC ${root})
+  target_link_libraries(${target} PUBLIC ${ROOM_LINK} PRIVATE tavril_options)
+  if(TAVRIL_PCH)
+    target_precompile_headers(${target} PRIVATE ${CMAKE_SOURCE_DIR}/src/pch.h)
+  endif()
+endfunction()
+
+function(tavril_program target)
+  cmake_parse_arguments(PROGRAM "" "" "SOURCES;LINK" ${ARGN})
+  add_executable(${target} ${PROGRAM_SOURCES})
+  target_link_libraries(${target} PRIVATE ${PROGRAM_LINK} tavril_options)
+endfunction()

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+namespace tavril {
+
+/// The diagnostic log. Its lines carry no behaviour. Thread-safe.
+class Log {
+ public:
+  virtual ~Log() = default;
+
+  virtual void write(const QString &line) = 0;
+};
+
+/// How a list stands in a log line: "(255, 7, 145)".
+QString listText(const QStringList &items);
+
+}  // namespace tavril

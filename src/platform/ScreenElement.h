@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QString>
+
+namespace tavril {
+
+/// A field, label or container of the screen as the rest of the program sees it: no widget in sight.
+/// Main thread only; whoever registers an element keeps it alive while it is registered.
+class ScreenElement {
+ public:
+  virtual ~ScreenElement() = default;
+
+  virtual QString text() const = 0;
+  virtual void setText(const QString &text) = 0;
+  virtual bool isEnabled() const = 0;
+  virtual void setEnabled(bool enabled) = 0;
+  virtual bool isHidden() const = 0;
+  virtual void setHidden(bool hidden) = 0;
+  virtual QString toolTip() const = 0;
+  virtual void setToolTip(const QString &toolTip) = 0;
+  virtual QString identifier() const = 0;
+
+  /// The number that the text begins with, see integerValueOf().
+  int integerValue() const;
+  /// Shows the number in decimal.
+  void setIntegerValue(int value);
+};
+
+}  // namespace tavril
