@@ -12,7 +12,8 @@ struct AlertContent {
   QStringList buttons;
 };
 
-/// A modal alert that stops the world: until it is answered no queued job and no timer runs. Main thread only.
+/// A modal alert that stops the world: until it is answered no queued job and no timer runs. Main thread
+/// only.
 class ModalAlert {
  public:
   static constexpr int firstButton = 1000;

@@ -23,7 +23,8 @@ class UserNotificationCenterDelegate {
  public:
   virtual ~UserNotificationCenterDelegate() = default;
 
-  virtual void didDeliverNotification(UserNotificationCenter &center, const UserNotification &notification) = 0;
+  virtual void didDeliverNotification(UserNotificationCenter &center,
+                                      const UserNotification &notification) = 0;
   /// Whether the notification shows while the application is in front.
   virtual bool shouldPresentNotification(UserNotificationCenter &center,
                                          const UserNotification &notification) = 0;

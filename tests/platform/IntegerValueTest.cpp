@@ -1,5 +1,4 @@
 #include "platform/IntegerValue.h"
-
 #include "platform/PlainElement.h"
 
 #include <gtest/gtest.h>
