@@ -11,6 +11,8 @@ class Log {
   virtual ~Log() = default;
 
   virtual void write(const QString &line) = 0;
+  /// Whether lines are kept at all; where they are costly to make, ask first.
+  virtual bool isEnabled() const { return true; }
 };
 
 /// How a list stands in a log line: "(255, 7, 145)".

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "platform/Log.h"
+#include "platform/ModalAlert.h"
+
+namespace tavril {
+
+/// The alert of a program without a screen: goes to the log and counts as answered with the first button.
+class LoggingAlert final : public ModalAlert {
+ public:
+  explicit LoggingAlert(Log &log) : log_(log) {}
+
+  int run(const AlertContent &content) override {
+    log_.write(QStringLiteral("Alert: %1 / %2").arg(content.messageText, content.informativeText));
+    return firstButton;
+  }
+
+ private:
+  Log &log_;
+};
+
+}  // namespace tavril

@@ -1,0 +1,30 @@
+// The kernel's record with free speeds has the same name parts as the C library's <termios.h>, and the two
+// headers cannot be read together: nothing but this call lives in this file.
+#include "platform/linux/ArbitrarySpeed.h"
+
+#include <asm/ioctls.h>
+#include <asm/termbits.h>
+#include <errno.h>
+
+extern "C" int ioctl(int descriptor, unsigned long request, ...) noexcept;
+
+namespace tavril {
+
+int setArbitrarySpeedOf(int descriptor, unsigned long baudRate) {
+  if (baudRate == 0 || baudRate > 0x7FFFFFFF) return EINVAL;  // speed 0 would hang up the line
+  struct termios2 settings {};
+  if (ioctl(descriptor, TCGETS2, &settings) != 0) return errno;
+  settings.c_cflag &= ~static_cast<tcflag_t>(CBAUD | CIBAUD);
+  settings.c_cflag |= BOTHER | (BOTHER << IBSHIFT);
+  settings.c_ospeed = static_cast<speed_t>(baudRate);
+  settings.c_ispeed = static_cast<speed_t>(baudRate);
+  if (ioctl(descriptor, TCSETS2, &settings) != 0) return errno;
+
+  struct termios2 chosen {};
+  if (ioctl(descriptor, TCGETS2, &chosen) != 0) return errno;
+  const unsigned long got = chosen.c_ospeed;
+  const unsigned long difference = got > baudRate ? got - baudRate : baudRate - got;
+  return difference * 50 <= baudRate ? 0 : EINVAL;
+}
+
+}  // namespace tavril

@@ -1,0 +1,183 @@
+#include "platform/linux/PosixTerminalCalls.h"
+
+#include "platform/Log.h"
+#include "platform/linux/ArbitrarySpeed.h"
+
+#include <array>
+#include <cstdint>
+#include <thread>
+
+#include <errno.h>
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/file.h>
+#include <sys/ioctl.h>
+#include <termios.h>
+#include <unistd.h>
+
+namespace tavril {
+
+namespace {
+
+static_assert(Pin::dtr == TIOCM_DTR && Pin::rts == TIOCM_RTS && Pin::cts == TIOCM_CTS &&
+              Pin::dcd == TIOCM_CD && Pin::dsr == TIOCM_DSR);
+
+template <typename Call>
+CallResult repeatedWhileInterrupted(Call call) {
+  while (true) {
+    const auto value = call();
+    if (value >= 0) return CallResult::success(static_cast<long>(value));
+    if (errno != EINTR) return CallResult::failure(errno);
+  }
+}
+
+/// A line whose device is gone answers EIO or ENODEV here; above, that is ENXIO.
+CallResult withGoneTranslated(CallResult result) {
+  if (result.failed() && (result.error == EIO || result.error == ENODEV)) result.error = ENXIO;
+  return result;
+}
+
+void drain(int descriptor) {
+  const auto deadline = std::chrono::steady_clock::now() + PosixTerminalCalls::longestDrain;
+  int queued = 0;
+  while (::ioctl(descriptor, TIOCOUTQ, &queued) == 0 && queued > 0) {
+    if (std::chrono::steady_clock::now() >= deadline) {
+      ::tcflush(descriptor, TCOFLUSH);
+      return;
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+  }
+}
+
+}  // namespace
+
+CallResult PosixTerminalCalls::open(const std::string &path) {
+  return repeatedWhileInterrupted([&] {
+    const int descriptor = ::open(path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+    if (descriptor < 0 || descriptor > STDERR_FILENO) return descriptor;
+    // A program started without standard streams would get one of their numbers, and stray output with it.
+    const int moved = ::fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    const int error = errno;
+    ::close(descriptor);
+    errno = error;
+    return moved;
+  });
+}
+
+CallResult PosixTerminalCalls::lock(int descriptor) {
+  const CallResult locked = repeatedWhileInterrupted([&] { return ::flock(descriptor, LOCK_EX | LOCK_NB); });
+  if (locked.failed()) return locked;
+  // The superuser passes another program's TIOCEXCL, so it has to be looked for; and it is set only once the
+  // lock is ours, so that a lost race leaves no flag on a terminal that somebody else owns.
+  int exclusive = 0;
+  if (::ioctl(descriptor, TIOCGEXCL, &exclusive) == 0 && exclusive != 0) return CallResult::failure(EBUSY);
+  if (::ioctl(descriptor, TIOCEXCL) != 0) return CallResult::failure(errno);
+  return CallResult::success();
+}
+
+CallResult PosixTerminalCalls::unlock(int descriptor) {
+  // The flag belongs to the terminal, not to the descriptor, so closing alone would leave it behind.
+  if (::ioctl(descriptor, TIOCNXCL) != 0) return CallResult::failure(errno);
+  return repeatedWhileInterrupted([&] { return ::flock(descriptor, LOCK_UN); });
+}
+
+CallResult PosixTerminalCalls::clearStatusFlags(int descriptor) {
+  return repeatedWhileInterrupted([&] { return ::fcntl(descriptor, F_SETFL, 0); });
+}
+
+CallResult PosixTerminalCalls::attributes(int descriptor, termios &attributes) {
+  return repeatedWhileInterrupted([&] { return ::tcgetattr(descriptor, &attributes); });
+}
+
+CallResult PosixTerminalCalls::setAttributes(int descriptor, WhenToApply when, const termios &attributes) {
+  if (when == WhenToApply::AfterDrain) drain(descriptor);
+  return repeatedWhileInterrupted([&] { return ::tcsetattr(descriptor, TCSANOW, &attributes); });
+}
+
+CallResult PosixTerminalCalls::setSpeed(termios &attributes, unsigned long baudRate) {
+  // The C library also takes its own small constants for speeds; nobody means 13 bits per second by B9600.
+  if (baudRate < 50 || baudRate > UINT32_MAX) return CallResult::failure(EINVAL);
+  if (::cfsetspeed(&attributes, static_cast<speed_t>(baudRate)) != 0) return CallResult::failure(errno);
+  return CallResult::success();
+}
+
+CallResult PosixTerminalCalls::setFlowControl(termios &attributes, const FlowControl &flowControl) {
+  if (flowControl.rtsCts) {
+    attributes.c_cflag |= CRTSCTS;
+  } else {
+    attributes.c_cflag &= ~CRTSCTS;
+  }
+  const bool unsupported = flowControl.dtrDsr || flowControl.dcdOutput;
+  return unsupported ? CallResult::failure(ENOTSUP) : CallResult::success();
+}
+
+CallResult PosixTerminalCalls::setArbitrarySpeed(int descriptor, unsigned long baudRate) {
+  const int error = setArbitrarySpeedOf(descriptor, baudRate);
+  return error == 0 ? CallResult::success() : CallResult::failure(error);
+}
+
+CallResult PosixTerminalCalls::pins(int descriptor, int &pins) {
+  pins = 0;
+  const CallResult result = repeatedWhileInterrupted([&] { return ::ioctl(descriptor, TIOCMGET, &pins); });
+  if (result.failed() && result.error == ENOTTY) {
+    noteMissingPins();
+    return CallResult::success();
+  }
+  return withGoneTranslated(result);
+}
+
+CallResult PosixTerminalCalls::setPins(int descriptor, int pins) {
+  const CallResult result = repeatedWhileInterrupted([&] { return ::ioctl(descriptor, TIOCMSET, &pins); });
+  if (result.failed() && result.error == ENOTTY) {
+    noteMissingPins();
+    return CallResult::success();
+  }
+  return withGoneTranslated(result);
+}
+
+void PosixTerminalCalls::noteMissingPins() {
+  if (!missingPinsNoted_.exchange(true)) {
+    log_.write(QStringLiteral("This terminal has no modem lines; its pins count as not set."));
+  }
+}
+
+CallResult PosixTerminalCalls::waitForInput(int descriptor, int wakeDescriptor,
+                                            std::chrono::milliseconds timeout) {
+  std::array<pollfd, 2> watched{{{descriptor, POLLIN, 0}, {wakeDescriptor, POLLIN, 0}}};
+  const int ready = ::poll(watched.data(), watched.size(), static_cast<int>(timeout.count()));
+  if (ready < 0) return errno == EINTR ? CallResult::success() : CallResult::failure(errno);
+  if ((watched[0].revents & POLLNVAL) != 0) return CallResult::failure(EBADF);
+  return CallResult::success(watched[0].revents != 0 ? 1 : 0);
+}
+
+CallResult PosixTerminalCalls::read(int descriptor, std::span<std::byte> buffer) {
+  return repeatedWhileInterrupted([&] { return ::read(descriptor, buffer.data(), buffer.size()); });
+}
+
+CallResult PosixTerminalCalls::write(int descriptor, std::span<const std::byte> bytes) {
+  return repeatedWhileInterrupted([&] { return ::write(descriptor, bytes.data(), bytes.size()); });
+}
+
+CallResult PosixTerminalCalls::close(int descriptor) {
+  // This kernel has given the descriptor free whatever close() says, unless it was none: closing it again
+  // could hit a file that another thread has just opened.
+  if (::close(descriptor) == 0 || errno != EBADF) return CallResult::success();
+  return CallResult::failure(EBADF);
+}
+
+CallResult PosixTerminalCalls::openWake() {
+  return repeatedWhileInterrupted([&] { return ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK); });
+}
+
+void PosixTerminalCalls::wake(int wakeDescriptor) {
+  const std::uint64_t one = 1;
+  // Fails only when the counter is full, and then the waiter is awake already.
+  [[maybe_unused]] const auto written = ::write(wakeDescriptor, &one, sizeof one);
+}
+
+void PosixTerminalCalls::closeWake(int wakeDescriptor) {
+  ::close(wakeDescriptor);
+}
+
+}  // namespace tavril

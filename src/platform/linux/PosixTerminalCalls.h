@@ -1,0 +1,47 @@
+#pragma once
+
+#include "platform/TerminalCalls.h"
+
+#include <atomic>
+
+namespace tavril {
+
+class Log;
+
+/// The terminal calls of this kernel. Translates what differs here: the exclusive lock that open() does not
+/// have, hung-up lines, terminals without pins, speeds outside the fixed list, and a drain that may last for
+/// ever. Thread-safe.
+class PosixTerminalCalls final : public TerminalCalls {
+ public:
+  /// How long AfterDrain waits for the output before it drops what is left.
+  static constexpr std::chrono::milliseconds longestDrain{1000};
+
+  explicit PosixTerminalCalls(Log &log) : log_(log) {}
+
+  CallResult open(const std::string &path) override;
+  CallResult lock(int descriptor) override;
+  CallResult unlock(int descriptor) override;
+  CallResult clearStatusFlags(int descriptor) override;
+  CallResult attributes(int descriptor, termios &attributes) override;
+  CallResult setAttributes(int descriptor, WhenToApply when, const termios &attributes) override;
+  CallResult setSpeed(termios &attributes, unsigned long baudRate) override;
+  CallResult setFlowControl(termios &attributes, const FlowControl &flowControl) override;
+  CallResult setArbitrarySpeed(int descriptor, unsigned long baudRate) override;
+  CallResult pins(int descriptor, int &pins) override;
+  CallResult setPins(int descriptor, int pins) override;
+  CallResult waitForInput(int descriptor, int wakeDescriptor, std::chrono::milliseconds timeout) override;
+  CallResult read(int descriptor, std::span<std::byte> buffer) override;
+  CallResult write(int descriptor, std::span<const std::byte> bytes) override;
+  CallResult close(int descriptor) override;
+  CallResult openWake() override;
+  void wake(int wakeDescriptor) override;
+  void closeWake(int wakeDescriptor) override;
+
+ private:
+  void noteMissingPins();
+
+  Log &log_;
+  std::atomic<bool> missingPinsNoted_ = false;
+};
+
+}  // namespace tavril

@@ -1,0 +1,62 @@
+#include "platform/linux/QtModalAlert.h"
+
+#include "platform/linux/QtMainQueue.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPointer>
+#include <QPushButton>
+
+namespace tavril {
+
+namespace {
+
+/// A button's title without a mnemonic: "&" stands for itself.
+QString plainTitle(QString title) {
+  return title.replace(u'&', QStringLiteral("&&"));
+}
+
+void showPlain(QMessageBox &box, const AlertContent &content) {
+  box.setWindowTitle(QStringLiteral("Tavril"));
+  box.setTextFormat(Qt::PlainText);
+  box.setText(content.messageText);
+  box.setInformativeText(content.informativeText);
+  // The box does not hand its text format on to the second text, which would then guess whether it is markup.
+  for (auto *label : box.findChildren<QLabel *>()) {
+    label->setTextFormat(Qt::PlainText);
+    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    label->setOpenExternalLinks(false);
+  }
+  const QIcon icon = QApplication::windowIcon();
+  if (!icon.isNull()) box.setIconPixmap(icon.pixmap(48));
+}
+
+}  // namespace
+
+QtModalAlert::QtModalAlert(QtMainQueue &queue) : queue_(queue) {}
+
+int QtModalAlert::run(const AlertContent &content) {
+  const QtMainQueue::Hold hold(queue_);
+  const QStringList titles = content.buttons.isEmpty() ? QStringList{QStringLiteral("OK")} : content.buttons;
+
+  // On the heap: it goes with its parent when the parent goes while the box is up.
+  const QPointer<QMessageBox> box = new QMessageBox(QApplication::activeWindow());
+  showPlain(*box, content);
+  QList<QAbstractButton *> buttons;
+  for (const QString &title : titles) {
+    // All in one role, because only within a role does every desktop's layout keep the order.
+    buttons.append(box->addButton(plainTitle(title), QMessageBox::ActionRole));
+  }
+  box->setDefaultButton(qobject_cast<QPushButton *>(buttons.first()));
+  box->setEscapeButton(buttons.last());
+  box->setWindowModality(Qt::ApplicationModal);
+  box->exec();
+
+  qsizetype index = box ? buttons.indexOf(box->clickedButton()) : -1;
+  if (index < 0) index = buttons.size() - 1;
+  delete box;
+  return firstButton + static_cast<int>(index);
+}
+
+}  // namespace tavril

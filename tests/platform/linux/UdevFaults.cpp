@@ -1,0 +1,53 @@
+#include "tests/platform/linux/UdevFaults.h"
+
+#include <libudev.h>
+
+#include <cerrno>
+#include <dlfcn.h>
+
+namespace tavril {
+
+UdevFaults &udevFaults() {
+  static UdevFaults faults;
+  return faults;
+}
+
+}  // namespace tavril
+
+using tavril::udevFaults;
+
+namespace {
+
+template <typename Function>
+Function *original(Function *, const char *name) {
+  return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
+}
+
+}  // namespace
+
+extern "C" {
+
+udev *udev_new() {
+  return udevFaults().noContext ? nullptr : original(&udev_new, "udev_new")();
+}
+
+udev_monitor *udev_monitor_new_from_netlink(udev *context, const char *name) {
+  if (udevFaults().noMonitor) return nullptr;
+  return original(&udev_monitor_new_from_netlink, "udev_monitor_new_from_netlink")(context, name);
+}
+
+udev_device *udev_monitor_receive_device(udev_monitor *monitor) {
+  const auto receive = original(&udev_monitor_receive_device, "udev_monitor_receive_device");
+  if (!udevFaults().overflowOnce) return receive(monitor);
+  while (udev_device *lost = receive(monitor)) udev_device_unref(lost);
+  udevFaults().overflowOnce = false;
+  errno = ENOBUFS;
+  return nullptr;
+}
+
+// udev's database, in which it notes the devices that it is done with, is not part of the mocked machine; the
+// time that it notes there is.
+int udev_device_get_is_initialized(udev_device *device) {
+  return udev_device_get_property_value(device, "USEC_INITIALIZED") == nullptr ? 0 : 1;
+}
+}
