@@ -1,0 +1,27 @@
+#pragma once
+
+#include "simulator/Options.h"
+
+#include <QString>
+#include <QStringList>
+
+namespace tavril::simulator {
+
+/// What the program tavril-servo was asked to do.
+struct CommandLine {
+  enum class Action { Serve, ShowText, Refuse };
+
+  Action action = Action::Serve;
+  /// What to show: the help, the version, or what is wrong with the arguments.
+  QString text;
+  /// The program keeps the pace of the wire unless told otherwise.
+  Options options;
+  /// Empty when none is wanted.
+  QString link;
+  QString logFile;
+
+  /// `arguments` begins with the program's name.
+  static CommandLine parse(const QStringList &arguments);
+};
+
+}  // namespace tavril::simulator

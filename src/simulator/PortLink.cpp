@@ -1,0 +1,48 @@
+#include "simulator/PortLink.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include <unistd.h>
+
+namespace tavril::simulator {
+namespace {
+
+bool fail(QString *error, const QString &path) {
+  *error =
+      QStringLiteral("cannot make the link %1: %2").arg(path, QString::fromLocal8Bit(std::strerror(errno)));
+  return false;
+}
+
+}  // namespace
+
+bool PortLink::create(const QString &path, const QString &target, QString *error) {
+  const QFileInfo there(path);
+  if (!there.isSymbolicLink() && there.exists()) {
+    *error = QStringLiteral("%1 exists and is not a symbolic link; it is left as it is").arg(path);
+    return false;
+  }
+  // Made beside it and moved over it, so that there is no moment without a link.
+  const QByteArray name = QFile::encodeName(path);
+  const QByteArray passing = name + ".new" + QByteArray::number(::getpid());
+  if (::symlink(QFile::encodeName(target).constData(), passing.constData()) != 0) return fail(error, path);
+  if (std::rename(passing.constData(), name.constData()) != 0) {
+    fail(error, path);
+    ::unlink(passing.constData());
+    return false;
+  }
+  path_ = path;
+  target_ = target;
+  return true;
+}
+
+void PortLink::remove() {
+  if (!path_.isEmpty() && QFileInfo(path_).symLinkTarget() == target_) QFile::remove(path_);
+  path_.clear();
+}
+
+}  // namespace tavril::simulator

@@ -1,0 +1,91 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+/// The registers of the servo as it sees them itself.
+namespace tavril::simulator::registers {
+
+inline constexpr int servoId = 1;
+/// Kept, but without effect here: the bridge answers the host for the servo whatever the servo's policy is.
+inline constexpr int replyPolicy = 2;
+inline constexpr int alarmLed = 3;
+/// 1 switches the torque off when a limit has been passed, 0 only tells.
+inline constexpr int torquePolicy = 4;
+/// Degrees Celsius.
+inline constexpr int maxTemperature = 5;
+/// Tenths of a volt.
+inline constexpr int minVoltage = 6;
+inline constexpr int maxVoltage = 7;
+/// Supply current in units of 5 mA.
+inline constexpr int maxLoad = 8;
+/// Position gains: kept, without effect on the motion model.
+inline constexpr int kp = 9;
+inline constexpr int ki = 10;
+inline constexpr int kd = 11;
+/// How long a limit must be passed before it counts, in ticks of 10 ms.
+inline constexpr int temperaturePeriod = 12;
+inline constexpr int voltagePeriod = 13;
+inline constexpr int loadPeriod = 14;
+/// Trim of the horn, signed; the wire shows positions that are trimmed already.
+inline constexpr int calibrationAngle = 15;
+inline constexpr int statusError = 16;
+inline constexpr int statusDetail = 17;
+inline constexpr int presentVoltage = 18;
+inline constexpr int presentTemperature = 19;
+inline constexpr int presentLoad = 20;
+
+inline constexpr int settingCount = 15;
+inline constexpr int lastRegister = 20;
+
+struct SettingRow {
+  int lowest;
+  int highest;
+  int factory;
+};
+
+/// Range and factory value of registers 1 to 15, in their order.
+inline constexpr std::array<SettingRow, settingCount> settings{{
+    {0, 253, 1},
+    {0, 2, 2},
+    {0, 1, 0},
+    {0, 1, 1},
+    {0, 253, 80},
+    {0, 253, 60},
+    {0, 253, 84},
+    {0, 512, 400},
+    {0, 32766, 440},
+    {0, 32766, 10},
+    {0, 32766, 8000},
+    {0, 255, 12},
+    {0, 255, 20},
+    {0, 255, 30},
+    {-20, 20, 0},
+}};
+
+}  // namespace tavril::simulator::registers
+
+namespace tavril::simulator {
+
+/// Bits of register 16. The limit bits go out with their cause; refused commands are remembered until the
+/// servo is restarted.
+enum StatusError : std::uint8_t {
+  VoltageOutOfRange = 0x01,
+  PositionOverRange = 0x02,  ///< the last goal was refused; the next good one clears it
+  OverTemperature = 0x04,
+  OverLoad = 0x08,
+  // 0x10 is not used.
+  PacketError = 0x20,
+  UnknownCommand = 0x40,
+  ShutDown = 0x80,  ///< a limit has switched the torque off
+};
+
+/// Bits of register 17; the lower four are not used.
+enum StatusDetail : std::uint8_t {
+  Moving = 0x10,
+  InPosition = 0x20,  ///< stiff and at rest at the goal
+  TorqueOff = 0x40,   ///< by a release or by a shut-down; the torque policy tells what to make of it
+  VoltageTooLow = 0x80,
+};
+
+}  // namespace tavril::simulator

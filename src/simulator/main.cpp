@@ -1,0 +1,93 @@
+#include "simulator/CommandLine.h"
+#include "simulator/PortLink.h"
+#include "simulator/VirtualServo.h"
+
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QFile>
+#include <QSocketNotifier>
+
+#include <cstdio>
+
+#include <signal.h>
+#include <sys/signalfd.h>
+
+namespace {
+
+using namespace tavril::simulator;
+
+constexpr int exitFailed = 1;
+constexpr int exitBadArguments = 2;
+
+/// Makes the signals that end a program readable from a descriptor. Must come before any thread is started,
+/// because threads take over which signals are blocked.
+FileDescriptor endingSignals() {
+  sigset_t signals;
+  sigemptyset(&signals);
+  sigaddset(&signals, SIGINT);
+  sigaddset(&signals, SIGTERM);
+  sigaddset(&signals, SIGHUP);
+  pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+  // A reader of our output that has gone is no reason to leave the link behind.
+  ::signal(SIGPIPE, SIG_IGN);
+  return FileDescriptor(::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
+}
+
+int refuse(const QString &why, int exitCode) {
+  std::fprintf(stderr, "tavril-servo: %s\n", qPrintable(why));
+  return exitCode;
+}
+
+void writeLine(QFile &log, const QString &line) {
+  const QString stamp = QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss.zzz"));
+  log.write((stamp + u' ' + line + u'\n').toUtf8());
+  log.flush();
+}
+
+int serve(CommandLine &commandLine, const FileDescriptor &signals) {
+  QFile log(commandLine.logFile);
+  const bool opened = commandLine.logFile.isEmpty() ? log.open(stderr, QIODevice::WriteOnly)
+                                                    : log.open(QIODevice::WriteOnly | QIODevice::Truncate);
+  if (!opened) {
+    return refuse(QStringLiteral("cannot write %1: %2").arg(commandLine.logFile, log.errorString()),
+                  exitFailed);
+  }
+  commandLine.options.log = [&log](const QString &line) { writeLine(log, line); };
+  commandLine.options.unplugged = [] {
+    QMetaObject::invokeMethod(QCoreApplication::instance(), &QCoreApplication::quit, Qt::QueuedConnection);
+  };
+
+  PortLink link;
+  VirtualServo servo(commandLine.options);
+  QString error;
+  if (!servo.start(&error)) return refuse(error, exitFailed);
+  if (!commandLine.link.isEmpty() && !link.create(commandLine.link, servo.path(), &error)) {
+    return refuse(error, exitFailed);
+  }
+  // After the link is made: who reads the path may use the link.
+  std::printf("%s\n", qPrintable(servo.path()));
+  std::fflush(stdout);
+
+  QSocketNotifier ending(signals.get(), QSocketNotifier::Read);
+  QObject::connect(&ending, &QSocketNotifier::activated, QCoreApplication::instance(),
+                   &QCoreApplication::quit);
+  return QCoreApplication::exec();
+}
+
+}  // namespace
+
+int main(int argc, char **argv) {
+  const FileDescriptor signals = endingSignals();
+  QCoreApplication application(argc, argv);
+  CommandLine commandLine = CommandLine::parse(QCoreApplication::arguments());
+  switch (commandLine.action) {
+    case CommandLine::Action::Refuse:
+      return refuse(commandLine.text + QStringLiteral("\nTry 'tavril-servo --help'."), exitBadArguments);
+    case CommandLine::Action::ShowText:
+      std::fputs(qPrintable(commandLine.text), stdout);
+      return 0;
+    case CommandLine::Action::Serve:
+      break;
+  }
+  return serve(commandLine, signals);
+}

@@ -1,0 +1,163 @@
+#include "tests/simulator/SlaveTerminal.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <signal.h>
+
+namespace tavril::simulator {
+namespace {
+
+const Bytes detect{0xFF, 0x04, 0x90, 0xFE};
+const Bytes detected{0xFF, 0x05, 0x90, 0x01, 0xFE};
+constexpr int patience_ms = 20'000;
+
+/// Runs tavril-servo as a user would.
+class ProgramTest : public testing::Test {
+ protected:
+  ~ProgramTest() override {
+    if (program_.state() == QProcess::NotRunning) return;
+    program_.kill();
+    program_.waitForFinished(patience_ms);
+  }
+
+  void run(const QStringList &arguments) {
+    program_.start(QCoreApplication::applicationDirPath() + QStringLiteral("/tavril-servo"), arguments);
+  }
+  /// The terminal's path, as the program prints it; empty when it does not.
+  QString printedPath() {
+    while (!program_.canReadLine()) {
+      if (!program_.waitForReadyRead(patience_ms)) return {};
+    }
+    return QString::fromLocal8Bit(program_.readLine()).trimmed();
+  }
+  /// The exit code, or -1 when it does not end by itself.
+  int exitCode() {
+    if (program_.state() != QProcess::NotRunning && !program_.waitForFinished(patience_ms)) return -1;
+    return program_.exitStatus() == QProcess::NormalExit ? program_.exitCode() : -1;
+  }
+  QString path(const QString &name) const { return folder_.filePath(name); }
+
+  QTemporaryDir folder_;
+  QProcess program_;
+};
+
+TEST_F(ProgramTest, AnswersThroughItsLinkAndTakesTheLinkAwayWhenTerminated) {
+  const QString link = path(QStringLiteral("servo"));
+  run({QStringLiteral("--link"), link});
+  const QString terminal = printedPath();
+  ASSERT_TRUE(terminal.startsWith(QStringLiteral("/dev/pts/"))) << terminal.toStdString();
+  EXPECT_EQ(QFileInfo(link).symLinkTarget(), terminal);
+  {
+    const SlaveTerminal host(link);
+    ASSERT_TRUE(host.isOpen());
+    EXPECT_EQ(host.exchange(detect, 5), detected);
+    EXPECT_EQ(host.exchange({0xFF, 0x05, 0x91, 0x08, 0xFE}, 7),
+              (Bytes{0xFF, 0x07, 0x91, 0x08, 0x01, 0x90, 0xFE}));
+  }
+  program_.terminate();
+  EXPECT_EQ(exitCode(), 0);
+  EXPECT_FALSE(QFileInfo(link).isSymbolicLink());
+}
+
+TEST_F(ProgramTest, TakesTheLinkAwayWhenInterrupted) {
+  const QString link = path(QStringLiteral("servo"));
+  run({QStringLiteral("--link"), link});
+  ASSERT_FALSE(printedPath().isEmpty());
+  ASSERT_TRUE(QFileInfo(link).isSymbolicLink());
+  ASSERT_EQ(::kill(static_cast<pid_t>(program_.processId()), SIGINT), 0);
+  EXPECT_EQ(exitCode(), 0);
+  EXPECT_FALSE(QFileInfo(link).isSymbolicLink());
+}
+
+TEST_F(ProgramTest, LogsEachCommandWithATimeStamp) {
+  run({QStringLiteral("--log"), path(QStringLiteral("traffic.log"))});
+  const SlaveTerminal host(printedPath());
+  ASSERT_TRUE(host.isOpen());
+  ASSERT_EQ(host.exchange({0xFF, 0x05, 0x91, 0x01, 0xFE}, 7).size(), 7U);
+  program_.terminate();
+  ASSERT_EQ(exitCode(), 0);
+  QFile log(path(QStringLiteral("traffic.log")));
+  ASSERT_TRUE(log.open(QIODevice::ReadOnly));
+  const QStringList lines = QString::fromUtf8(log.readAll()).split(u'\n', Qt::SkipEmptyParts);
+  ASSERT_EQ(lines.size(), 2);
+  const QString stamp = QStringLiteral("^\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\\.\\d{3} ");
+  EXPECT_TRUE(
+      QRegularExpression(stamp + QStringLiteral("-> FF 05 91 01 FE  read register 1  \\(50 bytes\\)$"))
+          .match(lines[0])
+          .hasMatch())
+      << lines[0].toStdString();
+  EXPECT_TRUE(QRegularExpression(stamp + QStringLiteral("<- FF 07 91 01 00 01 FE  register 1 is 1$"))
+                  .match(lines[1])
+                  .hasMatch())
+      << lines[1].toStdString();
+}
+
+TEST_F(ProgramTest, LogsToStandardErrorByDefault) {
+  run({});
+  const SlaveTerminal host(printedPath());
+  ASSERT_EQ(host.exchange(detect, 5), detected);
+  program_.terminate();
+  ASSERT_EQ(exitCode(), 0);
+  EXPECT_TRUE(program_.readAllStandardError().contains("-> FF 04 90 FE  detect the servo  (50 bytes)\n"));
+}
+
+TEST_F(ProgramTest, MisbehavesAsAsked) {
+  run({QStringLiteral("--no-servo"), QStringLiteral("--no-pace")});
+  const SlaveTerminal host(printedPath());
+  EXPECT_EQ(host.exchange(detect, 5), (Bytes{0xFF, 0x05, 0x90, 0x00, 0xFE}));
+  EXPECT_EQ(host.exchange({0xFF, 0x04, 0x97, 0xFE}, 5), (Bytes{0xFF, 0x05, 0xF9, 0x04, 0xFE}));
+}
+
+TEST_F(ProgramTest, HangsUpAndEndsAfterTheFramesNamed) {
+  const QString link = path(QStringLiteral("servo"));
+  run({QStringLiteral("--unplug-after"), QStringLiteral("2"), QStringLiteral("--link"), link});
+  const SlaveTerminal host(printedPath());
+  EXPECT_EQ(host.exchange(detect, 5), detected);
+  ASSERT_TRUE(host.writeDelivery(detect));
+  EXPECT_TRUE(host.hungUp());
+  EXPECT_EQ(exitCode(), 0);
+  EXPECT_FALSE(QFileInfo(link).isSymbolicLink());
+}
+
+TEST_F(ProgramTest, RefusesToReplaceAFileByItsLink) {
+  QFile file(path(QStringLiteral("notes")));
+  ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+  file.close();
+  run({QStringLiteral("--link"), file.fileName()});
+  EXPECT_EQ(exitCode(), 1);
+  EXPECT_TRUE(program_.readAllStandardError().contains("exists and is not a symbolic link"));
+  EXPECT_TRUE(program_.readAllStandardOutput().isEmpty());
+  EXPECT_TRUE(QFileInfo(file.fileName()).isFile());
+}
+
+TEST_F(ProgramTest, SaysWhenItsLogCannotBeWritten) {
+  run({QStringLiteral("--log"), path(QStringLiteral("missing/traffic.log"))});
+  EXPECT_EQ(exitCode(), 1);
+  EXPECT_TRUE(program_.readAllStandardError().contains("cannot write"));
+}
+
+TEST_F(ProgramTest, EndsWithTwoOnBadArguments) {
+  run({QStringLiteral("--split"), QStringLiteral("many")});
+  EXPECT_EQ(exitCode(), 2);
+  EXPECT_EQ(program_.readAllStandardError(),
+            QByteArray("tavril-servo: --split takes a number from 1 to 50, not 'many'.\n"
+                       "Try 'tavril-servo --help'.\n"));
+}
+
+TEST_F(ProgramTest, ShowsItsVersion) {
+  run({QStringLiteral("--version")});
+  EXPECT_EQ(exitCode(), 0);
+  EXPECT_TRUE(QRegularExpression(QStringLiteral("^tavril-servo \\d+\\.\\d+\\.\\d+\n$"))
+                  .match(QString::fromUtf8(program_.readAllStandardOutput()))
+                  .hasMatch());
+}
+
+}  // namespace
+}  // namespace tavril::simulator
