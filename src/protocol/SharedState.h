@@ -1,0 +1,49 @@
+#pragma once
+
+#include "protocol/Frames.h"
+#include "protocol/ValueStore.h"
+
+#include <QHash>
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+#include <variant>
+#include <vector>
+
+namespace tavril {
+
+class Function;
+class NamedDevice;
+class SerialPort;
+
+/// A help text, or a register's choice texts (index = value).
+using HelpEntry = std::variant<QString, QStringList>;
+
+/// What the parts of the program share, under the names by which all of them know it. One instance, made by
+/// main and passed on by reference; tests make their own. Main thread only. Texts are empty when idle.
+struct SharedState {
+  CommandBuffer SerialCMD{};         ///< the command being sent; all zero between two transmissions
+  ValueStore ObjectDictionaryArray;  ///< screen elements by key
+
+  QString ToolbarFlag;        ///< request word for the screen, such as "MotorInitOK"
+  QString CanUseTavril;       ///< "true" once exactly one servo answered, "fail" after a failed detection
+  QString limitFlag;          ///< "MouseIn" while the dial is dragged
+  QString TextMouseFlag;      ///< "MouseDown" while the dial is dragged
+  QString CancelConnectFlag;  ///< "disconnect" after the user gave up waiting
+  QString returnSTR;          ///< what the last decoded reply said; the position after a position reply
+
+  QHash<QString, QString> textFieldValue;         ///< text last read from the servo, by entry key
+  QHash<QString, QString> ErrorMsgShowToMegView;  ///< decoded status lists under "Error" and "Detail"
+
+  std::vector<std::shared_ptr<SerialPort>> allSerialPortsInfo;  ///< USB ports ever seen; the first is opened
+  std::shared_ptr<NamedDevice> SelectSerial;                    ///< port chosen in the dialog, for messages
+  int selectPort = 0;                                           ///< its place in the dialog's list
+
+  std::shared_ptr<Function> FunctionCMD;  ///< decodes the replies
+
+  QStringList Key;                ///< names of the fifteen settings, in register order
+  QHash<QString, HelpEntry> Msg;  ///< their help texts
+};
+
+}  // namespace tavril
