@@ -1,0 +1,50 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+
+namespace tavril {
+
+class RepeatingWork;
+class TerminalCalls;
+
+/// One opening of a port, from open to close: what its read loop and pin poller go by. A port that is closed
+/// and opened again has a new session, so that loops of the old one end and cannot touch the new descriptor.
+/// Thread-safe.
+class LineSession {
+ public:
+  LineSession(TerminalCalls &calls, int descriptor);
+  ~LineSession();
+  LineSession(const LineSession &) = delete;
+  LineSession &operator=(const LineSession &) = delete;
+
+  int descriptor() const { return descriptor_; }
+  /// -1 where none could be had: a wait then ends by its time-out only.
+  int wakeDescriptor() const { return wakeDescriptor_; }
+
+  /// Cancels the pin poller there was before; storing nothing therefore stops the polling.
+  void setPinPollTimer(std::shared_ptr<RepeatingWork> timer);
+
+  /// Somebody is about to close: the read loop leaves its wait and does not enter it again.
+  void beginClosing();
+  bool isClosing() const { return closing_; }
+  void end();
+  bool hasEnded() const { return ended_; }
+  /// Blocks until the session ends or the time is over.
+  void pause(std::chrono::milliseconds duration);
+
+ private:
+  TerminalCalls &calls_;
+  const int descriptor_;
+  int wakeDescriptor_ = -1;
+  std::mutex mutex_;
+  std::shared_ptr<RepeatingWork> pinPollTimer_;
+  std::condition_variable endedCondition_;
+  std::atomic<bool> closing_ = false;
+  std::atomic<bool> ended_ = false;
+};
+
+}  // namespace tavril

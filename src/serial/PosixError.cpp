@@ -1,0 +1,20 @@
+#include "serial/PosixError.h"
+
+#include <system_error>
+
+namespace tavril {
+
+PosixError PosixError::make(int code, const QString &filePath) {
+  PosixError error;
+  error.code = code;
+  // The category's text is strerror's, without its buffer that threads would share.
+  error.localizedDescription = QString::fromStdString(std::generic_category().message(code));
+  error.filePath = filePath;
+  return error;
+}
+
+QString PosixError::description() const {
+  return QStringLiteral("%1 (%2): %3").arg(localizedDescription, QString::number(code), filePath);
+}
+
+}  // namespace tavril

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QString>
+
+namespace tavril {
+
+/// A failed system call on a port: the error number with its text and the path of the port.
+struct PosixError {
+  QString domain = QStringLiteral("POSIX");
+  int code = 0;
+  QString localizedDescription;
+  QString filePath;
+
+  static PosixError make(int code, const QString &filePath);
+  QString description() const;
+};
+
+}  // namespace tavril

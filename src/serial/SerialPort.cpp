@@ -1,0 +1,614 @@
+#include "serial/SerialPort.h"
+
+#include "platform/Background.h"
+#include "platform/Log.h"
+#include "platform/MainQueue.h"
+#include "serial/LineSession.h"
+#include "serial/PortRegistry.h"
+#include "serial/PosixError.h"
+#include "serial/SerialEnvironment.h"
+
+#include <array>
+#include <span>
+
+#include <errno.h>
+#include <termios.h>
+
+namespace tavril {
+
+namespace {
+
+constexpr std::chrono::milliseconds inputTimeout{100};
+constexpr std::chrono::milliseconds pinPollInterval{10};
+constexpr std::size_t largestRead = 1024;
+
+void reportMisuse(const SerialEnvironment &environment, const QString &text) {
+  environment.log.write(QStringLiteral("*** Assertion failure: ") + text);
+}
+
+}  // namespace
+
+// ---------------------------------------------------------------------------------- creation and identity
+
+SerialPort::Ptr SerialPort::initWithPath(const SerialEnvironment &environment, const QString &path) {
+  const RegistryHandle device = deviceFromBSDPath(environment, path);
+  if (device == 0) return nullptr;
+  Ptr port = initWithDevice(environment, device);
+  environment.devices.release(device);
+  return port;
+}
+
+SerialPort::Ptr SerialPort::serialPortWithPath(const SerialEnvironment &environment, const QString &path) {
+  return initWithPath(environment, path);
+}
+
+SerialPort::Ptr SerialPort::initWithDevice(const SerialEnvironment &environment, RegistryHandle device) {
+  if (device == 0) {
+    reportMisuse(environment,
+                 QStringLiteral("-[SerialPort initWithDevice:] requires non-zero device argument."));
+    return nullptr;
+  }
+  const QString path = bsdCalloutPathFromDevice(environment, device);
+  if (Ptr existing = environment.ports.existingPortWithPath(path)) return existing;
+  auto port = std::make_shared<SerialPort>(Token{}, environment, device, path);
+  if (environment.ports.addSerialPort(port)) {
+    environment.log.write(QStringLiteral("Find Serial port ") + port->description());
+  }
+  return port;
+}
+
+SerialPort::Ptr SerialPort::serialPortWithDevice(const SerialEnvironment &environment,
+                                                 RegistryHandle device) {
+  return initWithDevice(environment, device);
+}
+
+SerialPort::Ptr SerialPort::init(const SerialEnvironment &environment) {
+  reportMisuse(environment, QStringLiteral("SerialPort must be init'd using -initWithPath:"));
+  return initWithPath(environment, QString());
+}
+
+SerialPort::SerialPort(Token, const SerialEnvironment &environment, RegistryHandle device,
+                       const QString &path)
+    : environment_(environment), path_(path), name_(modemNameFromDevice(environment, device)) {
+  setIOKitDevice(device);
+  requestHandlingQueue_ = environment_.background.serialQueue(
+      QStringLiteral("org.tavril.Tavril.SerialPort.requestHandlingQueue"));
+}
+
+SerialPort::~SerialPort() {
+  environment_.ports.removeSerialPort(this);
+  // The last reference may be dropped while the port is open, on any thread: nobody is left to be told.
+  if (const auto running = session()) {
+    running->setPinPollTimer(nullptr);
+    running->end();
+    restoreLine(running->descriptor());
+    releaseDescriptor();
+  }
+  setIOKitDevice(0);
+}
+
+RegistryHandle SerialPort::deviceFromBSDPath(const SerialEnvironment &environment, const QString &path) {
+  if (path.isEmpty()) return 0;
+  DeviceRegistry &devices = environment.devices;
+  const RegistryHandle iterator = devices.matchingServices(DeviceMatch{});
+  if (iterator == 0) return 0;
+  RegistryHandle found = 0;
+  while (const RegistryHandle device = devices.next(iterator)) {
+    const bool matches = found == 0 && (bsdCalloutPathFromDevice(environment, device) == path ||
+                                        bsdDialinPathFromDevice(environment, device) == path);
+    if (matches) {
+      found = device;
+    } else {
+      devices.release(device);
+    }
+  }
+  devices.release(iterator);
+  return found;
+}
+
+QString SerialPort::stringPropertyOf(const SerialEnvironment &environment, RegistryHandle device,
+                                     const QString &key) {
+  return environment.devices.stringProperty(device, key);
+}
+
+QString SerialPort::bsdCalloutPathFromDevice(const SerialEnvironment &environment, RegistryHandle device) {
+  return stringPropertyOf(environment, device, QString::fromUtf16(DeviceKey::calloutDevice));
+}
+
+QString SerialPort::bsdDialinPathFromDevice(const SerialEnvironment &environment, RegistryHandle device) {
+  return stringPropertyOf(environment, device, QString::fromUtf16(DeviceKey::dialinDevice));
+}
+
+QString SerialPort::baseNameFromDevice(const SerialEnvironment &environment, RegistryHandle device) {
+  return stringPropertyOf(environment, device, QString::fromUtf16(DeviceKey::ttyBaseName));
+}
+
+QString SerialPort::serviceTypeFromDevice(const SerialEnvironment &environment, RegistryHandle device) {
+  return stringPropertyOf(environment, device, QString::fromUtf16(DeviceKey::clientType));
+}
+
+QString SerialPort::modemNameFromDevice(const SerialEnvironment &environment, RegistryHandle device) {
+  return stringPropertyOf(environment, device, QString::fromUtf16(DeviceKey::ttyDevice));
+}
+
+QString SerialPort::suffixFromDevice(const SerialEnvironment &environment, RegistryHandle device) {
+  return stringPropertyOf(environment, device, QString::fromUtf16(DeviceKey::ttySuffix));
+}
+
+QSet<QString> SerialPort::keyPathsForValuesAffectingValueForKey(const QString &key) {
+  if (key == u"isOpen") return {QStringLiteral("fileDescriptor")};
+  if (key == u"queuedRequests") return {QStringLiteral("requestsQueue")};
+  return {};
+}
+
+std::shared_ptr<SerialPortDelegate> SerialPort::delegate() const {
+  const std::lock_guard lock(identityMutex_);
+  return delegate_.lock();
+}
+
+void SerialPort::setDelegate(std::weak_ptr<SerialPortDelegate> delegate) {
+  const std::lock_guard lock(identityMutex_);
+  delegate_ = std::move(delegate);
+}
+
+QString SerialPort::path() const {
+  const std::lock_guard lock(identityMutex_);
+  return path_;
+}
+
+void SerialPort::setPath(const QString &path) {
+  const std::lock_guard lock(identityMutex_);
+  path_ = path;
+}
+
+QString SerialPort::name() const {
+  const std::lock_guard lock(identityMutex_);
+  return name_;
+}
+
+void SerialPort::setName(const QString &name) {
+  const std::lock_guard lock(identityMutex_);
+  name_ = name;
+}
+
+RegistryHandle SerialPort::IOKitDevice() const {
+  const std::lock_guard lock(identityMutex_);
+  return IOKitDevice_;
+}
+
+void SerialPort::setIOKitDevice(RegistryHandle device) {
+  if (device != 0) environment_.devices.retain(device);  // first: it may be the one that is released
+  RegistryHandle old = 0;
+  {
+    const std::lock_guard lock(identityMutex_);
+    old = std::exchange(IOKitDevice_, device);
+  }
+  if (old != 0) environment_.devices.release(old);
+}
+
+std::size_t SerialPort::hash() const {
+  return qHash(path());
+}
+
+bool SerialPort::isEqual(const SerialPort *other) const {
+  return other && other->path() == path();
+}
+
+// ------------------------------------------------------------------------------------- opening and closing
+
+CallResult SerialPort::openExclusively() {
+  TerminalCalls &calls = environment_.terminal;
+  const CallResult opened = calls.open(path().toStdString());
+  const int descriptor = static_cast<int>(opened.value);
+  if (descriptor == 0) calls.close(descriptor);  // meant: descriptor 0 counts as failure, as 0 means closed
+  if (descriptor < 1) return CallResult::failure(opened.error);
+  if (const CallResult locked = calls.lock(descriptor); locked.failed()) {
+    calls.close(descriptor);
+    return locked;
+  }
+  return opened;
+}
+
+bool SerialPort::open() {
+  if (isOpen()) return true;
+  const CallResult opened = openExclusively();
+  if (opened.failed()) {
+    notifyDelegateOfPosixError(opened.error);
+    return false;
+  }
+  const int descriptor = static_cast<int>(opened.value);
+  if (const CallResult cleared = environment_.terminal.clearStatusFlags(descriptor); cleared.failed()) {
+    environment_.log.write(
+        QStringLiteral("Could not make %1 blocking: error %2").arg(path()).arg(cleared.error));
+  }
+  setSession(std::make_shared<LineSession>(environment_.terminal, descriptor));
+  setFileDescriptor(descriptor);
+
+  originalPortAttributes_ = std::make_unique<termios>();
+  if (environment_.terminal.attributes(descriptor, *originalPortAttributes_).failed()) {
+    originalPortAttributes_.reset();
+  }
+  setPortOptions();
+  takeOverPins();
+
+  if (delegateRespondsTo(SerialPortCallback::WasOpened)) {
+    environment_.mainQueue.async([self = shared_from_this()] {
+      const auto delegate = self->delegate();
+      if (delegate && delegate->respondsTo(SerialPortCallback::WasOpened))
+        delegate->serialPortWasOpened(self);
+    });
+  }
+  startLoops();
+  return true;
+}
+
+void SerialPort::takeOverPins() {
+  int pins = 0;
+  const CallResult read = withDescriptor([&](int fd) { return environment_.terminal.pins(fd, pins); });
+  if (read.failed()) notifyDelegateOfPosixError(read.error);
+  const bool wantedRTS = RTS_;
+  const bool wantedDTR = DTR_;
+  RTS_ = (pins & Pin::rts) != 0;
+  DTR_ = (pins & Pin::dtr) != 0;
+  setRTS(wantedRTS);
+  setDTR(wantedDTR);
+}
+
+void SerialPort::startLoops() {
+  const std::shared_ptr<LineSession> running = session();
+  const std::weak_ptr<SerialPort> weak = weak_from_this();
+  environment_.background.run([weak, running] { readLoop(weak, running); });
+  running->setPinPollTimer(environment_.background.repeat(pinPollInterval, [weak, running] {
+    if (const Ptr self = weak.lock()) self->pollPins(running);
+  }));
+}
+
+bool SerialPort::close() {
+  return !isOpen() || closeSession(session());
+}
+
+bool SerialPort::closeSession(const std::shared_ptr<LineSession> &closing) {
+  if (closing) {
+    closing->setPinPollTimer(nullptr);
+    closing->beginClosing();
+  }
+  selectSemaphore_.acquire();
+  // The pin poller and the main thread may both have come to close; the port may even be open anew by now.
+  if (!isOpen() || session() != closing) {
+    selectSemaphore_.release();
+    return true;
+  }
+  restoreLine(fileDescriptor_);
+  if (closing) closing->end();
+  setSession(nullptr);
+  const CallResult closed = releaseDescriptor();
+  if (closed.failed()) {
+    // Meant: the semaphore is not signalled here, so a later close() of this port waits for good.
+    notifyDelegateOfPosixError(closed.error);
+    return false;
+  }
+  selectSemaphore_.release();
+
+  if (delegateRespondsTo(SerialPortCallback::WasClosed)) {
+    onMainThreadAndWait([self = shared_from_this()] {
+      const auto delegate = self->delegate();
+      if (delegate && delegate->respondsTo(SerialPortCallback::WasClosed))
+        delegate->serialPortWasClosed(self);
+    });
+    // Meant: without that callback the requests survive the closing.
+    requestHandlingQueue_->async([self = shared_from_this()] { self->forgetRequests(); });
+  }
+  return true;
+}
+
+void SerialPort::restoreLine(int descriptor) {
+  TerminalCalls &calls = environment_.terminal;
+  termios attributes{};
+  if (!calls.attributes(descriptor, attributes).failed()) {
+    // With flow control on and CTS low the draining below could wait for ever.
+    calls.setFlowControl(attributes, FlowControl{});
+    calls.setAttributes(descriptor, WhenToApply::Now, attributes);
+  }
+  if (originalPortAttributes_) {
+    calls.setAttributes(descriptor, WhenToApply::AfterDrain, *originalPortAttributes_);
+  }
+}
+
+CallResult SerialPort::releaseDescriptor() {
+  const int descriptor = fileDescriptor_;
+  setFileDescriptor(0);
+  CallResult closed;
+  {
+    const std::unique_lock lock(descriptorGuard_);
+    environment_.terminal.unlock(descriptor);
+    closed = environment_.terminal.close(descriptor);
+  }
+  if (closed.failed()) setFileDescriptor(descriptor);
+  return closed;
+}
+
+void SerialPort::cleanupAfterSystemRemoval() {
+  tellRemoved();
+  close();
+}
+
+void SerialPort::tellRemoved() {
+  onMainThreadAndWait([self = shared_from_this()] {
+    if (const auto delegate = self->delegate()) delegate->serialPortWasRemovedFromSystem(self);
+  });
+}
+
+void SerialPort::cleanup() {
+  environment_.log.write(QStringLiteral(
+      "WARNING: Cleanup is deprecated and was never intended to be called publicly. You should "
+      "update your code to avoid calling this method."));
+  cleanupAfterSystemRemoval();
+}
+
+void SerialPort::forgetRequests() {
+  bool hadRequests = false;
+  {
+    const std::lock_guard lock(requestsMutex_);
+    hadRequests = !requestsQueue_.empty();
+    requestsQueue_.clear();
+    pendingRequest_.reset();
+  }
+  if (hadRequests) changed(QStringLiteral("requestsQueue"));
+}
+
+std::vector<std::shared_ptr<SerialRequest>> SerialPort::queuedRequests() const {
+  const std::lock_guard lock(requestsMutex_);
+  return requestsQueue_;
+}
+
+// --------------------------------------------------------------------------------- sending and receiving
+
+bool SerialPort::sendData(const QByteArray &bytes) {
+  if (!isOpen()) return false;
+  auto remaining = std::as_bytes(std::span(bytes.constData(), static_cast<std::size_t>(bytes.size())));
+  while (!remaining.empty()) {
+    const CallResult written =
+        withDescriptor([&](int fd) { return environment_.terminal.write(fd, remaining); });
+    if (written.failed()) {
+      notifyDelegateOfPosixError(written.error);
+      return false;
+    }
+    remaining = remaining.subspan(static_cast<std::size_t>(written.value));
+  }
+  return true;
+}
+
+void SerialPort::readLoop(const std::weak_ptr<SerialPort> &weak,
+                          const std::shared_ptr<LineSession> &session) {
+  while (!session->hasEnded()) {
+    if (session->isClosing()) {  // keep out of the way of close(), which wants the semaphore
+      session->pause(inputTimeout);
+      continue;
+    }
+    const Ptr self = weak.lock();
+    if (!self) return;
+    if (!self->readOnce(*session)) session->pause(inputTimeout);
+  }
+}
+
+/// One wait for input and one read. False when nothing can come for a while: the line is hung up (which
+/// counts as readable for ever) or the wait itself fails, and the loop must not spin.
+bool SerialPort::readOnce(LineSession &session) {
+  TerminalCalls &calls = environment_.terminal;
+  if (!selectSemaphore_.try_acquire_for(inputTimeout)) return true;
+  const CallResult ready =
+      session.hasEnded() ? CallResult::success()
+                         : calls.waitForInput(session.descriptor(), session.wakeDescriptor(), inputTimeout);
+  selectSemaphore_.release();
+  if (session.hasEnded()) return true;
+  if (ready.failed()) {
+    notifyDelegateOfPosixError(ready.error);
+    return false;
+  }
+  if (ready.value == 0) return true;
+
+  std::array<std::byte, largestRead> buffer;
+  const CallResult got = withDescriptor([&](int fd) {
+    // The port may have been opened anew in the meantime: its bytes belong to the new session's loop.
+    return session.hasEnded() ? CallResult::success() : calls.read(fd, buffer);
+  });
+  if (got.value <= 0) return false;
+  receiveData(QByteArray(reinterpret_cast<const char *>(buffer.data()), got.value));
+  return true;
+}
+
+void SerialPort::receiveData(const QByteArray &bytes) {
+  if (!delegateRespondsTo(SerialPortCallback::DidReceiveData)) return;
+  environment_.mainQueue.async([self = shared_from_this(), bytes] {
+    const auto delegate = self->delegate();
+    if (delegate && delegate->respondsTo(SerialPortCallback::DidReceiveData)) {
+      delegate->didReceiveData(self, bytes);
+    }
+  });
+}
+
+CallResult SerialPort::withDescriptor(const std::function<CallResult(int)> &call) const {
+  const std::shared_lock lock(descriptorGuard_);
+  const int descriptor = fileDescriptor_;
+  if (descriptor < 1) return CallResult::failure(EBADF);
+  return call(descriptor);
+}
+
+// -------------------------------------------------------------------------------------------------- pins
+
+void SerialPort::pollPins(const std::shared_ptr<LineSession> &session) {
+  int pins = 0;
+  const CallResult read = withDescriptor([&](int fd) {
+    return session->hasEnded() ? CallResult::failure(EBADF) : environment_.terminal.pins(fd, pins);
+  });
+  if (session->hasEnded()) return;  // closed before or while we asked; close() has cancelled the poller
+  if (read.failed()) {
+    const bool gone = read.error == ENXIO;
+    notifyDelegateOfPosixError(read.error, gone);
+    // While that was told, the main thread may have seen the removal itself and closed the port: told once.
+    if (!gone || session->hasEnded()) return;
+    tellRemoved();
+    if (!session->hasEnded()) closeSession(session);
+    return;
+  }
+  showPin(CTS_, QStringLiteral("CTS"), (pins & Pin::cts) != 0);
+  showPin(DSR_, QStringLiteral("DSR"), (pins & Pin::dsr) != 0);
+  showPin(DCD_, QStringLiteral("DCD"), (pins & Pin::dcd) != 0);
+}
+
+void SerialPort::showPin(std::atomic<bool> &stored, const QString &key, bool on) {
+  if (stored == on) return;
+  environment_.mainQueue.sync([&] {
+    stored = on;
+    changed(key);
+  });
+}
+
+void SerialPort::setRTS(bool on) {
+  drivePin(RTS_, Pin::rts, on);
+}
+
+void SerialPort::setDTR(bool on) {
+  drivePin(DTR_, Pin::dtr, on);
+}
+
+void SerialPort::drivePin(std::atomic<bool> &stored, int pin, bool on) {
+  if (stored == on) return;
+  stored = on;
+  if (!isOpen()) return;
+  const CallResult driven = withDescriptor([&](int fd) {
+    int pins = 0;
+    if (const CallResult read = environment_.terminal.pins(fd, pins); read.failed()) return read;
+    return environment_.terminal.setPins(fd, on ? pins | pin : pins & ~pin);
+  });
+  if (driven.failed()) notifyDelegateOfPosixError(driven.error);
+}
+
+// ----------------------------------------------------------------------------------------- line settings
+
+void SerialPort::setPortOptions() {
+  if (fileDescriptor_ < 1) return;
+  TerminalCalls &calls = environment_.terminal;
+  const CallResult applied = withDescriptor([&](int fd) {
+    termios attributes{};
+    if (const CallResult read = calls.attributes(fd, attributes); read.failed()) return read;
+    applyLineSettings(attributes, settings_);
+    const CallResult flow = calls.setFlowControl(attributes, settings_.flowControl);
+    // A speed that the record cannot hold leaves the old one in it; the other settings are applied all the
+    // same.
+    const CallResult speed = calls.setSpeed(attributes, settings_.baudRate);
+    CallResult result = calls.setAttributes(fd, WhenToApply::Now, attributes);
+    if (!result.failed() && speed.failed()) result = speed;
+    if (result.failed() && settings_.allowsNonStandardBaudRates) {
+      result = calls.setArbitrarySpeed(fd, settings_.baudRate);
+    }
+    return result.failed() ? result : flow;
+  });
+  if (applied.failed()) notifyDelegateOfPosixError(applied.error);
+}
+
+void SerialPort::setBaudRate(unsigned long baudRate) {
+  settings_.baudRate = baudRate;
+  setPortOptions();
+}
+
+void SerialPort::setNumberOfStopBits(std::uint64_t count) {
+  if (settings_.numberOfStopBits == count) return;
+  settings_.numberOfStopBits = count;
+  setPortOptions();
+}
+
+void SerialPort::setShouldEchoReceivedData(bool echo) {
+  if (settings_.shouldEchoReceivedData == echo) return;
+  settings_.shouldEchoReceivedData = echo;
+  setPortOptions();
+}
+
+void SerialPort::setParity(std::uint64_t parity) {
+  if (parity > SerialPortParityEven) parity = SerialPortParityNone;
+  if (settings_.parity == parity) return;
+  settings_.parity = parity;
+  setPortOptions();
+}
+
+void SerialPort::setUsesRTSCTSFlowControl(bool use) {
+  applyFlowControl(&FlowControl::rtsCts, use);
+}
+
+void SerialPort::setUsesDTRDSRFlowControl(bool use) {
+  applyFlowControl(&FlowControl::dtrDsr, use);
+}
+
+void SerialPort::setUsesDCDOutputFlowControl(bool use) {
+  applyFlowControl(&FlowControl::dcdOutput, use);
+}
+
+void SerialPort::applyFlowControl(bool FlowControl::*kind, bool use) {
+  if (settings_.flowControl.*kind == use) return;
+  // Some drivers ignore flow control that is changed on an open port.
+  const bool wasOpen = isOpen();
+  close();
+  settings_.flowControl.*kind = use;
+  setPortOptions();
+  if (wasOpen) open();
+}
+
+// ------------------------------------------------------------------------------------------------ helpers
+
+void SerialPort::setFileDescriptor(int descriptor) {
+  fileDescriptor_ = descriptor;
+  changed(QStringLiteral("fileDescriptor"));
+}
+
+std::shared_ptr<LineSession> SerialPort::session() const {
+  const std::lock_guard lock(identityMutex_);
+  return session_;
+}
+
+void SerialPort::setSession(std::shared_ptr<LineSession> session) {
+  const std::lock_guard lock(identityMutex_);
+  session_ = std::move(session);
+}
+
+KeyValueObservers::Token SerialPort::observe(const QString &key, KeyValueObservers::Handler handler) {
+  return observers_.observe(key, std::move(handler));
+}
+
+void SerialPort::changed(const QString &key) {
+  observers_.tell(key);
+  for (const QString &dependent : {QStringLiteral("isOpen"), QStringLiteral("queuedRequests")}) {
+    if (keyPathsForValuesAffectingValueForKey(dependent).contains(key)) observers_.tell(dependent);
+  }
+}
+
+bool SerialPort::delegateRespondsTo(SerialPortCallback callback) const {
+  const auto present = delegate();
+  return present && present->respondsTo(callback);
+}
+
+void SerialPort::onMainThreadAndWait(const std::function<void()> &job) {
+  if (environment_.mainQueue.isMainThread()) {
+    job();
+  } else {
+    environment_.mainQueue.sync(job);
+  }
+}
+
+void SerialPort::notifyDelegateOfPosixError(int error, bool waitUntilDone) {
+  if (!delegateRespondsTo(SerialPortCallback::DidEncounterError)) return;
+  const auto deliver = [self = shared_from_this(), failure = PosixError::make(error, path())] {
+    const auto delegate = self->delegate();
+    if (delegate && delegate->respondsTo(SerialPortCallback::DidEncounterError)) {
+      delegate->didEncounterError(self, failure);
+    }
+  };
+  if (environment_.mainQueue.isMainThread()) {
+    deliver();
+  } else if (waitUntilDone) {
+    environment_.mainQueue.sync(deliver);
+  } else {
+    environment_.mainQueue.async(deliver);
+  }
+}
+
+}  // namespace tavril

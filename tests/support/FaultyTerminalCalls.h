@@ -1,0 +1,169 @@
+#pragma once
+
+#include "platform/TerminalCalls.h"
+
+#include <functional>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <termios.h>
+
+namespace tavril {
+
+enum class Call {
+  Open,
+  Lock,
+  Unlock,
+  ClearStatusFlags,
+  Attributes,
+  SetAttributes,
+  SetSpeed,
+  SetFlowControl,
+  SetArbitrarySpeed,
+  Pins,
+  SetPins,
+  Wait,
+  Read,
+  Write,
+  Close,
+  OpenWake,
+};
+
+/// Passes the calls on to the real ones, except those that the test makes fail or answers itself.
+/// Thread-safe.
+class FaultyTerminalCalls final : public TerminalCalls {
+ public:
+  explicit FaultyTerminalCalls(TerminalCalls &real) : real_(real) {}
+
+  /// The next `times` calls of this kind fail; -1: all from now on.
+  void fail(Call call, int error, int times = -1) {
+    const std::lock_guard lock(mutex_);
+    faults_[call] = {error, times};
+  }
+  void heal(Call call) {
+    const std::lock_guard lock(mutex_);
+    faults_.erase(call);
+  }
+  /// Pins of a line that has some; nothing: the real line's.
+  void setPinsOfLine(std::optional<int> pins) {
+    const std::lock_guard lock(mutex_);
+    pins_ = pins;
+  }
+  std::optional<int> pinsOfLine() const {
+    const std::lock_guard lock(mutex_);
+    return pins_;
+  }
+  int count(Call call) const {
+    const std::lock_guard lock(mutex_);
+    const auto found = counts_.find(call);
+    return found == counts_.end() ? 0 : found->second;
+  }
+  /// The calls so far, without waiting and polling.
+  std::vector<Call> order() const {
+    const std::lock_guard lock(mutex_);
+    return order_;
+  }
+  /// Called at the beginning of each call, on the calling thread.
+  std::function<void(Call)> atCall;
+
+  CallResult open(const std::string &path) override {
+    return pass(Call::Open, [&] { return real_.open(path); });
+  }
+  CallResult lock(int descriptor) override {
+    return pass(Call::Lock, [&] { return real_.lock(descriptor); });
+  }
+  CallResult unlock(int descriptor) override {
+    return pass(Call::Unlock, [&] { return real_.unlock(descriptor); });
+  }
+  CallResult clearStatusFlags(int descriptor) override {
+    return pass(Call::ClearStatusFlags, [&] { return real_.clearStatusFlags(descriptor); });
+  }
+  CallResult attributes(int descriptor, termios &attributes) override {
+    return pass(Call::Attributes, [&] { return real_.attributes(descriptor, attributes); });
+  }
+  CallResult setAttributes(int descriptor, WhenToApply when, const termios &attributes) override {
+    return pass(Call::SetAttributes, [&] { return real_.setAttributes(descriptor, when, attributes); });
+  }
+  CallResult setSpeed(termios &attributes, unsigned long baudRate) override {
+    return pass(Call::SetSpeed, [&] { return real_.setSpeed(attributes, baudRate); });
+  }
+  CallResult setFlowControl(termios &attributes, const FlowControl &flowControl) override {
+    return pass(Call::SetFlowControl, [&] { return real_.setFlowControl(attributes, flowControl); });
+  }
+  CallResult setArbitrarySpeed(int descriptor, unsigned long baudRate) override {
+    return pass(Call::SetArbitrarySpeed, [&] { return real_.setArbitrarySpeed(descriptor, baudRate); });
+  }
+  CallResult pins(int descriptor, int &pins) override {
+    return pass(Call::Pins, [&] {
+      if (const auto given = pinsOfLine()) {
+        pins = *given;
+        return CallResult::success();
+      }
+      return real_.pins(descriptor, pins);
+    });
+  }
+  CallResult setPins(int descriptor, int pins) override {
+    return pass(Call::SetPins, [&] {
+      if (!pinsOfLine()) return real_.setPins(descriptor, pins);
+      setPinsOfLine(pins);
+      return CallResult::success();
+    });
+  }
+  CallResult waitForInput(int descriptor, int wakeDescriptor, std::chrono::milliseconds timeout) override {
+    return pass(Call::Wait, [&] { return real_.waitForInput(descriptor, wakeDescriptor, timeout); });
+  }
+  CallResult read(int descriptor, std::span<std::byte> buffer) override {
+    return pass(Call::Read, [&] { return real_.read(descriptor, buffer); });
+  }
+  CallResult write(int descriptor, std::span<const std::byte> bytes) override {
+    if (writeAtMost) bytes = bytes.first(std::min(*writeAtMost, bytes.size()));
+    return pass(Call::Write, [&] { return real_.write(descriptor, bytes); });
+  }
+  CallResult close(int descriptor) override {
+    return pass(Call::Close, [&] { return real_.close(descriptor); });
+  }
+  CallResult openWake() override {
+    return pass(Call::OpenWake, [&] { return real_.openWake(); });
+  }
+  void wake(int wakeDescriptor) override { real_.wake(wakeDescriptor); }
+  void closeWake(int wakeDescriptor) override { real_.closeWake(wakeDescriptor); }
+
+  /// Writes take no more than this at a time, if set before the port is opened.
+  std::optional<std::size_t> writeAtMost;
+
+ private:
+  struct Fault {
+    int error;
+    int times;
+  };
+
+  template <typename Real>
+  CallResult pass(Call call, Real real) {
+    if (atCall) atCall(call);
+    {
+      const std::lock_guard lock(mutex_);
+      ++counts_[call];
+      if (call != Call::Wait && call != Call::Pins) order_.push_back(call);
+      const auto fault = faults_.find(call);
+      if (fault != faults_.end()) {
+        const int error = fault->second.error;
+        if (fault->second.times > 0 && --fault->second.times == 0) faults_.erase(fault);
+        return CallResult::failure(error);
+      }
+    }
+    return real();
+  }
+
+  TerminalCalls &real_;
+  mutable std::mutex mutex_;
+  std::map<Call, Fault> faults_;
+  std::map<Call, int> counts_;
+  std::vector<Call> order_;
+  std::optional<int> pins_;
+};
+
+}  // namespace tavril

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "platform/Background.h"
+
+#include <memory>
+#include <vector>
+
+namespace tavril {
+
+/// Background work that only runs when the test says so, on the test's thread: loops and pollers are kept
+/// and can be looked at and ticked. Jobs of serial queues run at once.
+class ManualBackground final : public Background {
+ public:
+  struct Repeat final : RepeatingWork {
+    void cancel() override { cancelled = true; }
+    bool cancelled = false;
+    std::chrono::milliseconds interval{};
+    Job job;
+  };
+
+  void run(Job job) override { jobs.push_back(std::move(job)); }
+  std::shared_ptr<RepeatingWork> repeat(std::chrono::milliseconds interval, Job tick) override {
+    auto made = std::make_shared<Repeat>();
+    made->interval = interval;
+    made->job = std::move(tick);
+    repeats.push_back(made);
+    return made;
+  }
+  std::shared_ptr<SerialQueue> serialQueue(const QString &label) override {
+    return std::make_shared<Inline>(label);
+  }
+
+  /// One tick of everything that repeats and is not cancelled.
+  void tick() {
+    const auto all = repeats;
+    for (const auto &repeat : all) {
+      if (!repeat->cancelled) repeat->job();
+    }
+  }
+
+  std::vector<Job> jobs;
+  std::vector<std::shared_ptr<Repeat>> repeats;
+
+ private:
+  class Inline final : public SerialQueue {
+   public:
+    explicit Inline(QString label) : label_(std::move(label)) {}
+    void async(Job job) override { job(); }
+    void sync(Job job) override { job(); }
+    QString label() const override { return label_; }
+
+   private:
+    QString label_;
+  };
+};
+
+}  // namespace tavril
