@@ -1,0 +1,333 @@
+#include "app/AppDelegate.h"
+
+#include "platform/BlockingWait.h"
+#include "platform/Desktop.h"
+#include "platform/IntegerValue.h"
+#include "platform/Log.h"
+#include "platform/ModalAlert.h"
+#include "platform/NotificationCenter.h"
+#include "platform/ProcessExit.h"
+#include "platform/ScreenElement.h"
+#include "platform/StringTable.h"
+#include "platform/Timers.h"
+#include "protocol/Function.h"
+#include "protocol/RegisterCatalogue.h"
+#include "protocol/SharedState.h"
+#include "serial/SerialEnvironment.h"
+#include "serial/SerialPort.h"
+
+#include <algorithm>
+#include <any>
+#include <array>
+#include <utility>
+
+namespace tavril {
+
+namespace {
+
+constexpr unsigned long linkBaudRate = 115200;
+constexpr std::chrono::milliseconds settleTime{50};
+constexpr std::chrono::seconds notificationStays{3};
+constexpr int lastLabelledRegister = 14;
+
+QString portsText(const SerialPortList &ports) {
+  QStringList names;
+  for (const auto &port : ports) names.append(port->description());
+  return listText(names);
+}
+
+SerialPortList portsOf(const Notification &notification, const char16_t *key) {
+  const std::any value = notification.userInfo.value(QString::fromUtf16(key));
+  const auto *ports = std::any_cast<SerialPortList>(&value);
+  return ports ? *ports : SerialPortList();
+}
+
+}  // namespace
+
+std::shared_ptr<AppDelegate> AppDelegate::make(SharedState &state, const Desktop &desktop,
+                                               const SerialEnvironment &serial,
+                                               std::chrono::milliseconds startUpWait) {
+  return std::make_shared<AppDelegate>(Token{}, state, desktop, serial, startUpWait);
+}
+
+AppDelegate::AppDelegate(Token, SharedState &state, const Desktop &desktop, const SerialEnvironment &serial,
+                         std::chrono::milliseconds startUpWait)
+    : state_(state), desktop_(desktop), serial_(serial), startUpWait_(startUpWait) {}
+
+AppDelegate::~AppDelegate() {
+  desktop_.notifications.removeObserver(this);
+}
+
+// ------------------------------------------------------------------------------------------------ start-up
+
+void AppDelegate::applicationDidFinishLaunching(const MenuOutlets &menu) {
+  const std::array<std::pair<ScreenElement *, const char16_t *>, 9> titles{{
+      {menu.tavril, u"tavril"},
+      {menu.abouttavril, u"about_tavril"},
+      {menu.quittavril, u"quit_tavril"},
+      {menu.tool, u"tool"},
+      {menu.rebootservo, u"reboot_servo"},
+      {menu.resetservo, u"reset_servo"},
+      {menu.config, u"config"},
+      {menu.port, u"port_setting"},
+      {menu.detectionmotor, u"detection_motor"},
+  }};
+  for (const auto &[item, key] : titles) {
+    if (item) item->setText(desktop_.strings.text(key));
+  }
+  state_.returnSTR = QLatin1String("");
+  state_.ToolbarFlag = QLatin1String("");
+  state_.FunctionCMD = std::make_shared<Function>(state_, *this, desktop_);
+  OSSerialInit();
+  // Meant: the placeholder for the port that the user has not chosen yet cannot be made. This is reported to
+  // the log at every launch, and no port stands chosen until the dialog is used.
+  state_.SelectSerial = SerialPort::init(serial_);
+}
+
+void AppDelegate::OSSerialInit() {
+  state_.allSerialPortsInfo.clear();
+  serialPortManager_ = SerialPortManager::sharedSerialPortManager(serial_);
+  desktop_.notifications.addObserver(this, QString::fromUtf16(SerialPortsWereConnectedNotification),
+                                     [this](const Notification &n) { serialPortsWereConnected(n); });
+  desktop_.notifications.addObserver(this, QString::fromUtf16(SerialPortsWereDisconnectedNotification),
+                                     [this](const Notification &n) { serialPortsWereDisconnected(n); });
+  if (desktop_.userNotifications) desktop_.userNotifications->setDelegate(weak_from_this());
+  // Runs before the manager's own handler, which tells the delegates that their ports are gone: the alert
+  // that this would raise must not keep the process from ending.
+  serial_.processExit.registerHandler([weak = weak_from_this()] {
+    if (const auto self = weak.lock(); self && self->serialPort_) self->serialPort_->setDelegate({});
+  });
+}
+
+// ------------------------------------------------------------------------------------------------ the link
+
+void AppDelegate::serialFormat() {
+  lastSerialError_.reset();
+  if (serialPort_) {
+    serialPort_->close();
+    serialPort_->setDelegate({});
+  }
+  if (state_.allSerialPortsInfo.empty()) {
+    desktop_.log.write(QStringLiteral("There is no serial port to open."));
+    return;
+  }
+  setSerialPort(state_.allSerialPortsInfo.front());
+  serialPort_->setBaudRate(linkBaudRate);
+  serialPort_->setDelegate(weak_from_this());
+  if (serialPort_->isOpen()) return;
+  serialPort_->open();
+  serialInit();
+}
+
+void AppDelegate::serialInit() {
+  desktop_.blockingWait.wait(settleTime);
+}
+
+void AppDelegate::setSerialPort(std::shared_ptr<SerialPort> port) {
+  if (port == serialPort_) return;
+  if (serialPort_) serialPort_->setDelegate({});
+  serialPort_ = std::move(port);
+  if (serialPort_) serialPort_->setDelegate(weak_from_this());
+}
+
+QString AppDelegate::cmdlabel(int registerNumber) const {
+  const RegisterRow *row = findRegister(registerNumber);
+  if (!row || !row->isSetting()) return {};
+  // Meant: register 15 gives its help key, under which no screen element is found.
+  return (registerNumber <= lastLabelledRegister ? row->valueKey : row->helpKey).toString();
+}
+
+void AppDelegate::SendCMDtoMCU() {
+  // Meant: byte 3 is taken for a register number whatever the command is.
+  QString trace = cmdlabel(state_.SerialCMD[FrameByte::firstParameter]) + QStringLiteral("TX:");
+  const std::size_t length = std::min<std::size_t>(state_.SerialCMD[FrameByte::length], commandBufferSize);
+  for (std::size_t i = 0; i < length; ++i) {
+    const QString byte = QString::number(state_.SerialCMD[i], 16);
+    desktop_.log.write(byte);
+    trace += u' ' + byte;
+  }
+  state_.ObjectDictionaryArray.element(u"TXcmd").setText(trace);
+  if (serialPort_) {
+    serialPort_->sendData(QByteArray(reinterpret_cast<const char *>(state_.SerialCMD.data()),
+                                     static_cast<qsizetype>(commandBufferSize)));
+  }
+  state_.SerialCMD.fill(0);
+}
+
+void AppDelegate::didReceiveData(const Port &, const QByteArray &data) {
+  QStringList decimal;
+  QStringList hexadecimal;
+  for (const char byte : data) {
+    const auto value = static_cast<unsigned char>(byte);
+    decimal.append(QString::number(value));
+    hexadecimal.append(QStringLiteral("%1").arg(value, 2, 16, QLatin1Char('0')));
+  }
+  if (state_.CancelConnectFlag.isEmpty() && !acceptFrame(data, decimal, hexadecimal)) restartReading(decimal);
+
+  // Meant: a decimal text has no leading zero, so this comparison never holds.
+  if (data.size() == 1 && decimal.front() == u"00") {
+    showConnection(u"Not_connect");
+    clearSettings(false);
+  }
+}
+
+bool AppDelegate::acceptFrame(const QByteArray &data, const QStringList &decimal,
+                              const QStringList &hexadecimal) {
+  if (data.size() < 2 || decimal.front() != u"255" || decimal.back() != u"254" ||
+      integerValueOf(decimal[1]) != data.size()) {
+    return false;
+  }
+  QString trace = QStringLiteral("RX:");
+  for (const QString &byte : decimal + hexadecimal) trace += u' ' + byte;
+  state_.ObjectDictionaryArray.element(u"RXcmd").setText(trace);
+  state_.returnSTR = state_.FunctionCMD->returnErrorCode(decimal);
+  return true;
+}
+
+void AppDelegate::restartReading(const QStringList &decimal) {
+  if (decimal.isEmpty() || decimal.front() != u"255") return;
+  if (desktop_.log.isEnabled()) {
+    const QString content = QStringLiteral("ContentArray=") + listText(decimal);
+    for (qsizetype i = 0; i < decimal.size();
+         ++i) {  // meant: once for every byte, though only the first is tested
+      desktop_.log.write(content);
+      desktop_.log.write(QStringLiteral("out %1").arg(i));
+    }
+  }
+  state_.FunctionCMD->ReadMotorParameter(1);
+}
+
+bool AppDelegate::respondsTo(SerialPortCallback callback) const {
+  return callback != SerialPortCallback::DidReceiveResponse &&
+         callback != SerialPortCallback::RequestDidTimeout;
+}
+
+void AppDelegate::serialPortWasOpened(const Port &) {
+  showConnection(u"Serial_port_start_initialization");
+  desktop_.blockingWait.wait(startUpWait_);
+  state_.FunctionCMD->Init_Servo();
+}
+
+void AppDelegate::serialPortWasClosed(const Port &) {
+  showConnection(u"Not_connect");
+}
+
+void AppDelegate::serialPortWasRemovedFromSystem(const Port &) {
+  setSerialPort(nullptr);
+  // The port that closes next has no delegate any more to say so.
+  showConnection(u"Not_connect");
+  alertUser(QStringLiteral("Serial Port Was Removed From PC."));
+}
+
+void AppDelegate::didEncounterError(const Port &port, const PosixError &error) {
+  lastSerialError_ = error;
+  desktop_.log.write(QStringLiteral("Serial port %1 encountered an error: %2")
+                         .arg(port->description(), error.description()));
+}
+
+// ------------------------------------------------------------------------------------ ports that come and go
+
+void AppDelegate::serialPortsWereConnected(const Notification &notification) {
+  const SerialPortList ports = portsOf(notification, ConnectedSerialPortsKey);
+  desktop_.log.write(QStringLiteral("Ports were connected: ") + portsText(ports));
+  postUserNotificationForConnectedPorts(ports);
+  if (ports.empty() || !ports.front()->name().startsWith(u"usb")) return;
+
+  if (alertUser(QStringLiteral("Serial Port Was Connected From PC.")) != ModalAlert::firstButton) return;
+  const auto &port = ports.front();
+  auto &known = state_.allSerialPortsInfo;
+  if (std::ranges::none_of(known, [&](const auto &other) { return other->isEqual(port.get()); })) {
+    known.push_back(port);
+  }
+  desktop_.log.write(QStringLiteral("Find Serial port ") + port->description());
+}
+
+void AppDelegate::serialPortsWereDisconnected(const Notification &notification) {
+  const SerialPortList ports = portsOf(notification, DisconnectedSerialPortsKey);
+  desktop_.log.write(QStringLiteral("Ports were disconnected: ") + portsText(ports));
+  postUserNotificationForDisconnectedPorts(ports);
+}
+
+void AppDelegate::postUserNotificationForConnectedPorts(const SerialPortList &ports) {
+  if (!desktop_.userNotifications) return;
+  for (const auto &port : ports) {
+    deliver(QStringLiteral("Serial Port Connected"),
+            QStringLiteral("Serial Port %@ was connected to your Mac."), *port);
+  }
+}
+
+void AppDelegate::postUserNotificationForDisconnectedPorts(const SerialPortList &ports) {
+  if (!desktop_.userNotifications) return;
+  for (std::size_t k = 0; k < ports.size(); ++k) {
+    deliver(QStringLiteral("Serial Port Disconnected"),
+            QStringLiteral("Serial Port %@ was disconnected from your Mac."), *ports[k]);
+    forgetDisconnected(*ports[k], k);
+  }
+}
+
+void AppDelegate::forgetDisconnected(const SerialPort &port, std::size_t position) {
+  auto &known = state_.allSerialPortsInfo;
+  // Meant: the ports are compared place by place, not searched for.
+  if (position >= known.size() || !known[position]->isEqual(&port)) return;
+  known.erase(known.begin() + static_cast<std::ptrdiff_t>(position));
+  clearSettings(true);
+}
+
+void AppDelegate::clearSettings(bool disable) {
+  for (const RegisterRow &row : settingRegisters()) {
+    ScreenElement &element = state_.ObjectDictionaryArray.element(row.valueKey);
+    element.setText(QString());
+    if (disable) element.setEnabled(false);
+  }
+}
+
+void AppDelegate::deliver(const QString &titleKey, const QString &formatKey, const SerialPort &port) {
+  UserNotification notification;
+  notification.title = desktop_.strings.text(titleKey);
+  notification.informativeText = desktop_.strings.text(formatKey).replace(QStringLiteral("%@"), port.name());
+  notification.soundName = std::nullopt;
+  desktop_.userNotifications->deliver(notification);
+}
+
+void AppDelegate::didDeliverNotification(UserNotificationCenter &center,
+                                         const UserNotification &notification) {
+  desktop_.timers.oneShot(notificationStays,
+                          [&center, notification] { center.removeDeliveredNotification(notification); });
+}
+
+bool AppDelegate::shouldPresentNotification(UserNotificationCenter &, const UserNotification &) {
+  return true;
+}
+
+// --------------------------------------------------------------------------------------------- menu actions
+
+void AppDelegate::RebootServo() {
+  request(QStringLiteral("RebootServo"));
+}
+
+void AppDelegate::ResetServo() {
+  request(QStringLiteral("ResetServo"));
+}
+
+void AppDelegate::DetectionMotro() {
+  request(QStringLiteral("DetectionMotro"));
+}
+
+void AppDelegate::request(const QString &word) {
+  if (state_.ToolbarFlag.isEmpty()) state_.ToolbarFlag = word;
+}
+
+// -------------------------------------------------------------------------------------------------- helpers
+
+void AppDelegate::showConnection(QStringView key) {
+  state_.ObjectDictionaryArray.element(u"ConnectStatus").setText(desktop_.strings.text(key));
+}
+
+int AppDelegate::alertUser(const QString &informativeText) {
+  const int answer =
+      desktop_.alert.run({QStringLiteral("Serial Notice"), informativeText, {QStringLiteral("OK")}});
+  if (answer == ModalAlert::firstButton) desktop_.log.write(QStringLiteral("OK"));
+  return answer;
+}
+
+}  // namespace tavril

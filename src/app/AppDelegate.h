@@ -1,0 +1,119 @@
+#pragma once
+
+#include "platform/UserNotifications.h"
+#include "protocol/CommandSender.h"
+#include "serial/LinkOpener.h"
+#include "serial/PosixError.h"
+#include "serial/SerialPortDelegate.h"
+#include "serial/SerialPortManager.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <chrono>
+#include <memory>
+#include <optional>
+
+namespace tavril {
+
+class ScreenElement;
+struct Desktop;
+struct Notification;
+struct SerialEnvironment;
+struct SharedState;
+
+/// The menu items whose titles are looked up at start-up. Those that are not there are left out.
+struct MenuOutlets {
+  ScreenElement *tavril = nullptr;
+  ScreenElement *abouttavril = nullptr;
+  ScreenElement *quittavril = nullptr;
+  ScreenElement *tool = nullptr;
+  ScreenElement *rebootservo = nullptr;
+  ScreenElement *resetservo = nullptr;
+  ScreenElement *config = nullptr;
+  ScreenElement *port = nullptr;
+  ScreenElement *detectionmotor = nullptr;
+};
+
+/// The application's delegate: start-up, menu actions, and the one link to the servo. It opens the port,
+/// sends the commands, accepts the replies and reports ports that come, go or fail. Main thread only.
+class AppDelegate final : public SerialPortDelegate,
+                          public CommandSender,
+                          public LinkOpener,
+                          public UserNotificationCenterDelegate,
+                          public std::enable_shared_from_this<AppDelegate> {
+  struct Token {};
+
+ public:
+  /// How long the bridge behind a port needs after the port was opened, before it answers.
+  static constexpr std::chrono::milliseconds bridgeStartUp{5000};
+
+  /// Owns nothing it is given; all of it must outlive the delegate.
+  static std::shared_ptr<AppDelegate> make(SharedState &state, const Desktop &desktop,
+                                           const SerialEnvironment &serial,
+                                           std::chrono::milliseconds startUpWait = bridgeStartUp);
+  AppDelegate(Token, SharedState &state, const Desktop &desktop, const SerialEnvironment &serial,
+              std::chrono::milliseconds startUpWait);
+  ~AppDelegate() override;
+  AppDelegate(const AppDelegate &) = delete;
+  AppDelegate &operator=(const AppDelegate &) = delete;
+
+  /// Menu titles, shared state, the decoder, the ports; nothing is sent.
+  void applicationDidFinishLaunching(const MenuOutlets &menu = {});
+  void applicationWillTerminate() {}
+
+  /// Lists the ports and starts watching them.
+  void OSSerialInit();
+  void serialFormat() override;
+  void serialInit();
+  std::shared_ptr<SerialPort> serialPort() const { return serialPort_; }
+  /// Becomes the delegate of the new port, and stops being that of the old one.
+  void setSerialPort(std::shared_ptr<SerialPort> port);
+  const std::shared_ptr<SerialPortManager> &serialPortManager() const { return serialPortManager_; }
+  /// The last error since the link was last asked to open, if any.
+  const std::optional<PosixError> &lastSerialError() const { return lastSerialError_; }
+
+  void SendCMDtoMCU() override;
+  /// The value key of registers 1 to 14, "CalibrationAngle" for 15, else nothing.
+  QString cmdlabel(int registerNumber) const;
+
+  /// Menu actions: each asks the screen for its action, unless one is pending.
+  void RebootServo();
+  void ResetServo();
+  void DetectionMotro();
+
+  bool respondsTo(SerialPortCallback callback) const override;
+  void serialPortWasRemovedFromSystem(const Port &port) override;
+  void didReceiveData(const Port &port, const QByteArray &data) override;
+  void didEncounterError(const Port &port, const PosixError &error) override;
+  void serialPortWasOpened(const Port &port) override;
+  void serialPortWasClosed(const Port &port) override;
+
+  void serialPortsWereConnected(const Notification &notification);
+  void serialPortsWereDisconnected(const Notification &notification);
+  void postUserNotificationForConnectedPorts(const SerialPortList &ports);
+  void postUserNotificationForDisconnectedPorts(const SerialPortList &ports);
+  void didDeliverNotification(UserNotificationCenter &center, const UserNotification &notification) override;
+  bool shouldPresentNotification(UserNotificationCenter &center,
+                                 const UserNotification &notification) override;
+
+ private:
+  void showConnection(QStringView key);
+  bool acceptFrame(const QByteArray &data, const QStringList &decimal, const QStringList &hexadecimal);
+  void restartReading(const QStringList &decimal);
+  void clearSettings(bool disable);
+  void forgetDisconnected(const SerialPort &port, std::size_t position);
+  int alertUser(const QString &informativeText);
+  void request(const QString &word);
+  void deliver(const QString &titleKey, const QString &formatKey, const SerialPort &port);
+
+  SharedState &state_;
+  const Desktop &desktop_;
+  const SerialEnvironment &serial_;
+  const std::chrono::milliseconds startUpWait_;
+  std::shared_ptr<SerialPortManager> serialPortManager_;
+  std::shared_ptr<SerialPort> serialPort_;
+  std::optional<PosixError> lastSerialError_;
+};
+
+}  // namespace tavril

@@ -1,0 +1,70 @@
+#include "app/CommandLine.h"
+
+#include <QCommandLineOption>
+#include <QCommandLineParser>
+
+namespace tavril {
+
+namespace {
+
+constexpr int usageError = 2;
+
+}  // namespace
+
+CommandLine CommandLine::parse(const QStringList &arguments, const QString &version) {
+  QCommandLineParser parser;
+  parser.setApplicationDescription(
+      QStringLiteral("Configures and tests one intelligent servo over a USB serial link."));
+  const QCommandLineOption demo(QStringLiteral("demo"), QStringLiteral("Use the built-in virtual servo."));
+  const QCommandLineOption port(
+      QStringLiteral("port"),
+      QStringLiteral("Put the terminal at <path> first in the port list. Repeatable."),
+      QStringLiteral("path"));
+  const QCommandLineOption language(QStringLiteral("language"),
+                                    QStringLiteral("Use this string table, such as en or zh-Hant."),
+                                    QStringLiteral("language"));
+  const QCommandLineOption report(
+      QStringLiteral("report"),
+      QStringLiteral("No window: connect to the first port, print all registers, and exit."));
+  const QCommandLineOption json(QStringLiteral("json"), QStringLiteral("With --report: print JSON."));
+  const QCommandLineOption showVersion({QStringLiteral("v"), QStringLiteral("version")},
+                                       QStringLiteral("Print the version and exit."));
+  const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
+                                QStringLiteral("Print this help and exit."));
+  parser.addOptions({demo, port, language, report, json, showVersion, help});
+
+  CommandLine line;
+  const auto usage = [&](const QString &problem) {
+    line.answer = Answer{problem + QStringLiteral(" \"tavril --help\" lists the options."), usageError};
+  };
+  if (!parser.parse(arguments)) {
+    usage(parser.errorText());
+    return line;
+  }
+  if (parser.isSet(help)) {
+    line.answer = Answer{parser.helpText(), 0};
+    return line;
+  }
+  if (parser.isSet(showVersion)) {
+    line.answer = Answer{QStringLiteral("tavril ") + version + u'\n', 0};
+    return line;
+  }
+  line.demo = parser.isSet(demo);
+  line.report = parser.isSet(report);
+  line.format = parser.isSet(json) ? ReportFormat::Json : ReportFormat::Table;
+  line.ports = parser.values(port);
+  line.language = parser.value(language);
+  if (!parser.positionalArguments().isEmpty()) {
+    usage(QStringLiteral("\"%1\" is not an option.").arg(parser.positionalArguments().constFirst()));
+  } else if (line.demo && !line.ports.isEmpty()) {
+    usage(QStringLiteral(
+        "--demo and --port exclude each other: the one is the virtual servo, the other a real one."));
+  } else if (parser.isSet(json) && !line.report) {
+    usage(QStringLiteral("--json goes with --report."));
+  } else if (line.ports.contains(QString())) {
+    usage(QStringLiteral("--port needs the path of a terminal, such as /dev/ttyUSB0."));
+  }
+  return line;
+}
+
+}  // namespace tavril

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "app/Report.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+namespace tavril {
+
+/// What the command line asked for.
+struct CommandLine {
+  bool demo = false;
+  bool report = false;
+  ReportFormat format = ReportFormat::Table;
+  QStringList ports;  ///< terminals that come first in the port list, in this order
+  QString language;   ///< empty: the user's own
+
+  /// Text to print instead of doing anything, with the status to exit with: help, version, or what was wrong.
+  struct Answer {
+    QString text;
+    int status = 0;
+  };
+  std::optional<Answer> answer;
+
+  static CommandLine parse(const QStringList &arguments, const QString &version);
+};
+
+}  // namespace tavril

@@ -1,0 +1,46 @@
+#include "app/CommandLine.h"
+
+#include <gtest/gtest.h>
+
+namespace tavril {
+namespace {
+
+CommandLine parse(const QStringList &options) {
+  return CommandLine::parse(QStringList{QStringLiteral("tavril")} + options, QStringLiteral("1.2.3"));
+}
+
+TEST(CommandLine, TakesItsOptions) {
+  const CommandLine line =
+      parse({"--report", "--json", "--port", "/dev/a", "--port", "/dev/b", "--language", "en"});
+  EXPECT_FALSE(line.answer);
+  EXPECT_TRUE(line.report);
+  EXPECT_EQ(line.format, ReportFormat::Json);
+  EXPECT_EQ(line.ports, (QStringList{"/dev/a", "/dev/b"}));
+  EXPECT_EQ(line.language, "en");
+  EXPECT_FALSE(line.demo);
+  EXPECT_TRUE(parse({"--demo"}).demo);
+}
+
+TEST(CommandLine, HelpAndVersionArePrintedAndSucceed) {
+  EXPECT_EQ(parse({"--version"}).answer->text, "tavril 1.2.3\n");
+  EXPECT_EQ(parse({"--version"}).answer->status, 0);
+  EXPECT_EQ(parse({"--help"}).answer->status, 0);
+  for (const char *option : {"--demo", "--port", "--language", "--report", "--json"}) {
+    EXPECT_TRUE(parse({"--help"}).answer->text.contains(option)) << option;
+  }
+}
+
+TEST(CommandLine, WhatCannotBeMeantIsAUsageError) {
+  const QList<QStringList> wrong{{"--nonsense"}, {"stray"},     {"--json"}, {"--demo", "--port", "/dev/a"},
+                                 {"--port"},     {"--port", ""}};
+  for (const QStringList &options : wrong) {
+    const CommandLine line = parse(options);
+    ASSERT_TRUE(line.answer) << options.join(u' ').toStdString();
+    EXPECT_EQ(line.answer->status, 2);
+    EXPECT_TRUE(line.answer->text.contains("--help"));
+    EXPECT_FALSE(line.answer->text.trimmed().contains(u'\n'));
+  }
+}
+
+}  // namespace
+}  // namespace tavril
