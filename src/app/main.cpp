@@ -42,14 +42,20 @@ int complain(const QString &text) {
   return failed;
 }
 
-/// Whoever still waits for the main thread when the program ends is let go.
-struct QueueEnd {
+/// Ends what reaches from one object into another: whoever still waits for the main thread is let go, and no
+/// port is held any more by a queued job or by the shared state.
+struct LooseEnds {
   QtMainQueue &queue;
-  ~QueueEnd() { queue.shutDown(); }
+  SharedState &state;
+  ~LooseEnds() {
+    queue.shutDown();
+    state.allSerialPortsInfo.clear();
+    state.SelectSerial.reset();
+  }
 };
 
 /// Every object of the program. The order matters: what is named later goes first. So the ports are closed
-/// while all is still there, then the threads end, then what they used.
+/// while all is still there, then the threads end, then goes what they stood on.
 struct House {
   explicit House(std::chrono::milliseconds startUpWait)
       : application(AppDelegate::make(state, desktop, serial, startUpWait)) {}
@@ -69,9 +75,10 @@ struct House {
   SharedState state;
   PortRegistry ports{state.allSerialPortsInfo};
   simulator::VirtualServo virtualServo{{.pace = true}};
-  ThreadBackground background;
-  QueueEnd queueEnd{mainQueue};
+  // Names two objects that come after it: the environment must outlast the threads that use it.
   SerialEnvironment serial{mainQueue, background, terminal, devices, notifications, processExit, log, ports};
+  ThreadBackground background;
+  LooseEnds looseEnds{mainQueue, state};
   std::shared_ptr<AppDelegate> application;
   AtExit processExit;
 };

@@ -253,7 +253,9 @@ void Function::showSetting(const RegisterRow &row, const QStringList &frame) {
   } else {
     element.setText(low);
   }
-  if (!row.entryKey.isEmpty()) state_.textFieldValue.insert(row.entryKey.toString(), element.text());
+  if (!row.entryKey.isEmpty()) {
+    state_.textFieldValue.insert(row.entryKey.toString(), EntryValue(element.text()));
+  }
 }
 
 bool Function::decodeStatus(const QStringList &frame) {

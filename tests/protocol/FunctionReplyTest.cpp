@@ -97,7 +97,7 @@ TEST_F(FunctionReply, AnUnknownDetectionResultOnlyUpdatesTheConnectionLineAndThe
 TEST_F(FunctionReply, Register8ShowsBothBytes) {
   EXPECT_EQ(readReply(8, 1, 44), "Read Servo Setting Value Success");
   EXPECT_EQ(textOf("MaxLoad_value"), "300");
-  EXPECT_EQ(state.textFieldValue.value("maxLoad"), "300");
+  EXPECT_EQ(state.textFieldValue.value("maxLoad").text(), "300");
   EXPECT_EQ(sender.sent, (std::vector<QByteArray>{transmission("FF059109FE")}));
 }
 
@@ -113,11 +113,11 @@ TEST_F(FunctionReply, TheHighByteCountsForTheWordRegistersOnly) {
 TEST_F(FunctionReply, Register15IsASignedByte) {
   readReply(15, 255, 246);
   EXPECT_EQ(textOf("CalibrationAngle_value"), "-10");
-  EXPECT_EQ(state.textFieldValue.value("calibrationAngle"), "-10");
+  EXPECT_EQ(state.textFieldValue.value("calibrationAngle").text(), "-10");
   EXPECT_EQ(fakes.log.lines(), QStringList{"80"});
   readReply(15, 0, 20);
   EXPECT_EQ(textOf("CalibrationAngle_value"), "20");
-  EXPECT_EQ(state.textFieldValue.value("calibrationAngle"), "20");
+  EXPECT_EQ(state.textFieldValue.value("calibrationAngle").text(), "20");
   EXPECT_EQ(fakes.log.lines(), (QStringList{"80", "0"}));
   readReply(15, 0, 128);
   EXPECT_EQ(textOf("CalibrationAngle_value"), "-128");
@@ -132,7 +132,7 @@ TEST_F(FunctionReply, TheEntryTextsAreKeptForRegister1And5To15) {
     const bool kept = row.number == 1 || row.number >= 5;
     EXPECT_EQ(kept, !row.entryKey.isEmpty()) << row.number;
     const QString expected = kept ? QString::number(row.number) : QString();
-    EXPECT_EQ(state.textFieldValue.value(row.entryKey.toString()), expected);
+    EXPECT_EQ(state.textFieldValue.value(row.entryKey.toString()).text(), expected);
   }
 }
 

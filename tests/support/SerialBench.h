@@ -43,10 +43,13 @@ class RecordingExit final : public ProcessExit {
 template <typename BackgroundKind = ThreadBackground>
 struct SerialBench {
   /// `list`: where ports are listed; the bench's own list by default.
-  explicit SerialBench(PortRegistry::PortList *list = nullptr) : ports(list ? *list : allSerialPortsInfo) {}
+  explicit SerialBench(PortRegistry::PortList *list = nullptr)
+      : listed(list ? *list : allSerialPortsInfo), ports(listed) {}
   ~SerialBench() {
-    // Threads may still wait for the main queue; nobody is going to run it any more.
+    // Threads may still wait for the main queue, which nobody is going to run any more; and ports may be held
+    // by its jobs, or by the list. They need what they stand on until they are gone.
     mainQueue.shutDown();
+    listed.clear();
   }
 
   RecordingLog log;
@@ -56,11 +59,13 @@ struct SerialBench {
   NotificationCenter notifications;
   RecordingExit processExit;
   PortRegistry::PortList allSerialPortsInfo;
+  PortRegistry::PortList &listed;
   PortRegistry ports;
   ManualMainQueue mainQueue;
-  BackgroundKind background;
+  // Names the background, which comes after it: a port may be held by a thread until that has ended.
   SerialEnvironment environment{mainQueue,     background,  terminal, devices,
                                 notifications, processExit, log,      ports};
+  BackgroundKind background;
 
   std::shared_ptr<SerialPort> port(const QString &name, const QString &path) {
     const RegistryHandle device = devices.handleOf(name, path);

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <QString>
+
+namespace tavril {
+
+class Log;
+class ModalAlert;
+class ScreenElement;
+class StringTable;
+struct Desktop;
+struct SharedState;
+
+/// The range in which a setting may be entered, found by the identifier of its field.
+struct EntryRange {
+  QStringView identifier;
+  int minimum;
+  int maximum;
+  bool signAllowed;
+  QStringView entryKey;  ///< where the text last read from the servo is kept
+};
+
+/// Checks what is entered into the fields of the settings. Nothing is sent from here. Main thread only.
+class ValueEntry {
+ public:
+  ValueEntry(SharedState &state, const Desktop &desktop);
+
+  /// Empty when the text is acceptable, else "condition error", after an alert that names the range. `cal`
+  /// that is not empty allows minus signs, anywhere and any number of them.
+  QString checkValue(const QString &text, int minvalue, int maxvalue, const QString &cal);
+  /// The field's entry was committed: a bad one is put back to the text last read from the servo.
+  void text(ScreenElement &sender);
+
+  /// The range of the field with this identifier, or nothing.
+  static const EntryRange *rangeOf(QStringView identifier);
+
+ private:
+  void refuse(int minvalue, int maxvalue);
+
+  SharedState &state_;
+  const StringTable &strings_;
+  ModalAlert &alert_;
+  Log &log_;
+};
+
+/// The text without the characters that an entry may have: digits, and minus signs if allowed.
+QString leftoverOf(const QString &text, bool signAllowed);
+
+}  // namespace tavril

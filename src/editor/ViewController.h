@@ -1,0 +1,85 @@
+#pragma once
+
+#include "editor/Knob.h"
+#include "editor/PositionEntry.h"
+#include "editor/ValueEntry.h"
+
+#include <QString>
+
+#include <memory>
+
+namespace tavril {
+
+class CommandSender;
+class EditorView;
+class Function;
+class Timer;
+struct Desktop;
+struct SharedState;
+
+/// The controller of the main screen. It registers the screen's elements, carries out one request word of
+/// `ToolbarFlag` per tick of 0.01 s, watches the connection attempt and sends the commands of the buttons.
+/// Main thread only; owns nothing that it is given.
+class ViewController {
+ public:
+  ViewController(SharedState &state, CommandSender &appdelegate, EditorView &view, const Desktop &desktop);
+  ~ViewController();
+  ViewController(const ViewController &) = delete;
+  ViewController &operator=(const ViewController &) = delete;
+
+  /// Sets up the screen and starts the tick. Called once, before the panels load.
+  void viewDidLoad();
+  /// Looks up title, texts and font size of the labels.
+  void viewWillLayout();
+  /// One tick.
+  void update();
+
+  /// Shows a position read from the servo; 1024 and more are ignored.
+  void UpdateMotorValue(int position);
+  void Colorreset();
+
+  /// A button label was clicked; `identifier` tells which.
+  void LabelTouchEvent(const QString &identifier);
+  /// One second of the connection attempt is over.
+  void ConnectTimeout();
+  /// Diagnostic action; nothing calls it.
+  void test();
+
+  /// Shows the message panel when the flag is "true", else an alert.
+  void CreateMSGview(const QString &flag);
+  /// An alert "Please Wait..."; nothing calls it, it is kept.
+  void actIndicatorBegin();
+
+  /// A value field's entry was committed.
+  void text(ScreenElement &sender) { valueEntry_.text(sender); }
+  PositionEntry &positionEntry() { return *positionEntry_; }
+
+  const std::shared_ptr<Function> &FunctionCMD() const { return FunctionCMD_; }
+  void setFunctionCMD(std::shared_ptr<Function> commands);
+
+  int cnt = 30;    ///< seconds left of the connection attempt
+  int cmdcnt = 1;  ///< register number of the write sweep
+
+ private:
+  void registerElements();
+  void logHelpTables();
+  bool carryOut(const QString &request);
+  void askFor(QStringView questionKey);
+  void setUsable(bool usable);
+  void stopCountdown();
+  void sweep();
+  void logAnswer(int answer);
+
+  SharedState &state_;
+  EditorView &view_;
+  const Desktop &desktop_;
+  std::shared_ptr<Function> FunctionCMD_;
+  Knob knob_;
+  ValueEntry valueEntry_;
+  std::unique_ptr<PositionEntry> positionEntry_;
+  std::shared_ptr<Timer> tick_;
+  std::shared_ptr<Timer> TimerCnt_;
+  QString str_;  ///< the start-up log, and the notice shown
+};
+
+}  // namespace tavril

@@ -1,0 +1,31 @@
+#include "editor/WaitMain.h"
+
+#include "editor/EditorView.h"
+#include "platform/Desktop.h"
+#include "platform/ScreenElement.h"
+#include "platform/StringTable.h"
+#include "protocol/SharedState.h"
+
+namespace tavril {
+
+WaitMain::WaitMain(SharedState &state, PanelView &view, const Desktop &desktop)
+    : state_(state), view_(view), desktop_(desktop) {}
+
+void WaitMain::viewDidLoad() {
+  // Meant: the title is the text of the confirm key.
+  view_.element(u"WaitTittle").setText(desktop_.strings.text(u"Confirm"));
+  view_.element(u"WaitContent").setText(desktop_.strings.text(u"Serial_port_start_initialization"));
+  view_.element(u"cancel").setText(desktop_.strings.text(u"CancelBT"));
+  state_.ObjectDictionaryArray.set(QStringLiteral("WaitContent"), view_.element(u"WaitContent"));
+  state_.ObjectDictionaryArray.set(QStringLiteral("CloseButtonView"), view_.element(u"CloseButtonView"));
+}
+
+void WaitMain::WaitButton(const QString &identifier) {
+  if (identifier == u"close") {
+    state_.ToolbarFlag = QStringLiteral("MotorInitFail");
+    state_.CancelConnectFlag = QStringLiteral("disconnect");
+  }
+  state_.ObjectDictionaryArray.element(u"ContrainerView_WaitView").setHidden(true);
+}
+
+}  // namespace tavril
