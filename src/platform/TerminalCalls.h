@@ -51,6 +51,9 @@ class TerminalCalls {
   virtual CallResult unlock(int descriptor) = 0;
   /// Clears the status flags, so that later reads and writes block.
   virtual CallResult clearStatusFlags(int descriptor) = 0;
+  /// Reads and writes block no longer, and those that do in other threads end: the descriptor is to be
+  /// closed.
+  virtual CallResult stopBlocking(int descriptor) = 0;
   virtual CallResult attributes(int descriptor, termios &attributes) = 0;
   /// AfterDrain waits until the output is sent, though not for ever: what is still there then is dropped.
   virtual CallResult setAttributes(int descriptor, WhenToApply when, const termios &attributes) = 0;

@@ -19,6 +19,7 @@ enum class Call {
   Lock,
   Unlock,
   ClearStatusFlags,
+  StopBlocking,
   Attributes,
   SetAttributes,
   SetSpeed,
@@ -81,6 +82,9 @@ class FaultyTerminalCalls final : public TerminalCalls {
   }
   CallResult clearStatusFlags(int descriptor) override {
     return pass(Call::ClearStatusFlags, [&] { return real_.clearStatusFlags(descriptor); });
+  }
+  CallResult stopBlocking(int descriptor) override {
+    return pass(Call::StopBlocking, [&] { return real_.stopBlocking(descriptor); });
   }
   CallResult attributes(int descriptor, termios &attributes) override {
     return pass(Call::Attributes, [&] { return real_.attributes(descriptor, attributes); });

@@ -86,6 +86,16 @@ CallResult PosixTerminalCalls::clearStatusFlags(int descriptor) {
   return repeatedWhileInterrupted([&] { return ::fcntl(descriptor, F_SETFL, 0); });
 }
 
+CallResult PosixTerminalCalls::stopBlocking(int descriptor) {
+  const CallResult set = repeatedWhileInterrupted([&] { return ::fcntl(descriptor, F_SETFL, O_NONBLOCK); });
+  if (set.failed()) return set;
+  // Setting the attributes, be they the same, wakes whoever sleeps in a read or write, who then sees the
+  // flag.
+  termios same{};
+  const CallResult read = attributes(descriptor, same);
+  return read.failed() ? read : setAttributes(descriptor, WhenToApply::Now, same);
+}
+
 CallResult PosixTerminalCalls::attributes(int descriptor, termios &attributes) {
   return repeatedWhileInterrupted([&] { return ::tcgetattr(descriptor, &attributes); });
 }
@@ -96,8 +106,9 @@ CallResult PosixTerminalCalls::setAttributes(int descriptor, WhenToApply when, c
 }
 
 CallResult PosixTerminalCalls::setSpeed(termios &attributes, unsigned long baudRate) {
-  // The C library also takes its own small constants for speeds; nobody means 13 bits per second by B9600.
-  if (baudRate < 50 || baudRate > UINT32_MAX) return CallResult::failure(EINVAL);
+  // The C library also takes its own constants for speeds, 1 to 15 and 4097 to 4111; nobody means 9600 by 13.
+  const bool isConstant = baudRate <= B38400 || (baudRate >= B57600 && baudRate <= B4000000);
+  if (isConstant || baudRate > UINT32_MAX) return CallResult::failure(EINVAL);
   if (::cfsetspeed(&attributes, static_cast<speed_t>(baudRate)) != 0) return CallResult::failure(errno);
   return CallResult::success();
 }

@@ -22,6 +22,7 @@ class PosixTerminalCalls final : public TerminalCalls {
   CallResult lock(int descriptor) override;
   CallResult unlock(int descriptor) override;
   CallResult clearStatusFlags(int descriptor) override;
+  CallResult stopBlocking(int descriptor) override;
   CallResult attributes(int descriptor, termios &attributes) override;
   CallResult setAttributes(int descriptor, WhenToApply when, const termios &attributes) override;
   CallResult setSpeed(termios &attributes, unsigned long baudRate) override;

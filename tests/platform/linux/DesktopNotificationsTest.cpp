@@ -1,5 +1,5 @@
 #include "platform/linux/DesktopNotifications.h"
-#include "tests/platform/linux/SessionBus.h"
+#include "tests/support/SessionBus.h"
 #include "tests/support/WaitFor.h"
 
 #include <QVariantMap>

@@ -1,4 +1,4 @@
-#include "tests/platform/linux/SessionBus.h"
+#include "tests/support/SessionBus.h"
 
 #include "tests/support/WaitFor.h"
 

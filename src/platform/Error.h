@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QString>
+
+#include <memory>
+
+namespace tavril {
+
+/// What went wrong, in words for the user, and what lay beneath it, if that is known.
+struct Error {
+  QString domain;
+  int code = 0;
+  QString localizedDescription;
+  QString localizedFailureReason;
+  std::shared_ptr<const Error> underlyingError;
+};
+
+/// The domain of failed system calls: the code is the error number.
+inline constexpr const char16_t *PosixErrorDomain = u"POSIX";
+
+}  // namespace tavril

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "platform/Error.h"
+
+#include <QMap>
+#include <QMetaType>
+#include <QVariant>
+
+#include <optional>
+
+namespace tavril {
+
+/// Which entities there are, and the attributes of each. Read from XML:
+/// <model name="..."><entity name="..."><attribute name="..." type="..."/></entity></model>
+/// where a type is one of string, integer (64 bits), double and boolean.
+class ManagedObjectModel {
+ public:
+  static constexpr qsizetype largestSize = 1024 * 1024;
+
+  /// Reads a file or a resource. Nothing, and `error` is set, when it is not a model.
+  static std::optional<ManagedObjectModel> load(const QString &path, Error &error);
+  static std::optional<ManagedObjectModel> parse(const QByteArray &bytes, Error &error);
+
+  const QString &name() const { return name_; }
+  QStringList entityNames() const { return entities_.keys(); }
+  bool hasEntity(const QString &entity) const { return entities_.contains(entity); }
+  /// The type of values of an attribute, or an invalid one when there is no such attribute.
+  QMetaType typeOf(const QString &entity, const QString &attribute) const;
+  /// Whether the attribute may have this value. Numbers have to be finite.
+  bool accepts(const QString &entity, const QString &attribute, const QVariant &value) const;
+
+ private:
+  using Attributes = QMap<QString, QMetaType>;
+
+  QString name_;
+  QMap<QString, Attributes> entities_;
+};
+
+}  // namespace tavril

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "platform/Error.h"
+
+#include <optional>
+
+namespace tavril {
+
+inline constexpr const char16_t *ObjectStoreErrorDomain = u"org.tavril.ObjectStore";
+
+/// The codes of errors in the object store's domain.
+enum class ObjectStoreError {
+  ModelUnreadable = 1,  ///< the model is missing or is not one
+  StoreUnreadable,      ///< the store file could not be read
+  StoreMalformed,       ///< the store file is not a store, or not one of this model
+  StoreMisplaced,       ///< no store was added, or a second one
+  SaveFailed,           ///< the store file could not be written
+  NotStorable,          ///< some value does not survive being written
+};
+
+Error objectStoreError(ObjectStoreError code, const QString &description, const QString &reason,
+                       const std::optional<Error> &underlying = {});
+
+}  // namespace tavril
