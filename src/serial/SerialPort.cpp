@@ -87,54 +87,6 @@ SerialPort::~SerialPort() {
   setIOKitDevice(0);
 }
 
-RegistryHandle SerialPort::deviceFromBSDPath(const SerialEnvironment &environment, const QString &path) {
-  if (path.isEmpty()) return 0;
-  DeviceRegistry &devices = environment.devices;
-  const RegistryHandle iterator = devices.matchingServices(DeviceMatch{});
-  if (iterator == 0) return 0;
-  RegistryHandle found = 0;
-  while (const RegistryHandle device = devices.next(iterator)) {
-    const bool matches = found == 0 && (bsdCalloutPathFromDevice(environment, device) == path ||
-                                        bsdDialinPathFromDevice(environment, device) == path);
-    if (matches) {
-      found = device;
-    } else {
-      devices.release(device);
-    }
-  }
-  devices.release(iterator);
-  return found;
-}
-
-QString SerialPort::stringPropertyOf(const SerialEnvironment &environment, RegistryHandle device,
-                                     const QString &key) {
-  return environment.devices.stringProperty(device, key);
-}
-
-QString SerialPort::bsdCalloutPathFromDevice(const SerialEnvironment &environment, RegistryHandle device) {
-  return stringPropertyOf(environment, device, QString::fromUtf16(DeviceKey::calloutDevice));
-}
-
-QString SerialPort::bsdDialinPathFromDevice(const SerialEnvironment &environment, RegistryHandle device) {
-  return stringPropertyOf(environment, device, QString::fromUtf16(DeviceKey::dialinDevice));
-}
-
-QString SerialPort::baseNameFromDevice(const SerialEnvironment &environment, RegistryHandle device) {
-  return stringPropertyOf(environment, device, QString::fromUtf16(DeviceKey::ttyBaseName));
-}
-
-QString SerialPort::serviceTypeFromDevice(const SerialEnvironment &environment, RegistryHandle device) {
-  return stringPropertyOf(environment, device, QString::fromUtf16(DeviceKey::clientType));
-}
-
-QString SerialPort::modemNameFromDevice(const SerialEnvironment &environment, RegistryHandle device) {
-  return stringPropertyOf(environment, device, QString::fromUtf16(DeviceKey::ttyDevice));
-}
-
-QString SerialPort::suffixFromDevice(const SerialEnvironment &environment, RegistryHandle device) {
-  return stringPropertyOf(environment, device, QString::fromUtf16(DeviceKey::ttySuffix));
-}
-
 QSet<QString> SerialPort::keyPathsForValuesAffectingValueForKey(const QString &key) {
   if (key == u"isOpen") return {QStringLiteral("fileDescriptor")};
   if (key == u"queuedRequests") return {QStringLiteral("requestsQueue")};
@@ -221,15 +173,18 @@ bool SerialPort::open() {
     environment_.log.write(
         QStringLiteral("Could not make %1 blocking: error %2").arg(path()).arg(cleared.error));
   }
-  setSession(std::make_shared<LineSession>(environment_.terminal, descriptor));
+  const auto opening = std::make_shared<LineSession>(environment_.terminal, descriptor);
+  originalPortAttributes_.reset();  // those of the opening before
+  setSession(opening);
+  // Observers and the delegate hear of each of these steps, and may close the port or even open it anew.
+  const std::array<void (SerialPort::*)(), 3> steps{&SerialPort::keepOriginalAttributes,
+                                                    &SerialPort::setPortOptions, &SerialPort::takeOverPins};
   setFileDescriptor(descriptor);
-
-  originalPortAttributes_ = std::make_unique<termios>();
-  if (environment_.terminal.attributes(descriptor, *originalPortAttributes_).failed()) {
-    originalPortAttributes_.reset();
+  for (const auto step : steps) {
+    if (session() != opening) return isOpen();
+    (this->*step)();
   }
-  setPortOptions();
-  takeOverPins();
+  if (session() != opening) return isOpen();
 
   if (delegateRespondsTo(SerialPortCallback::WasOpened)) {
     environment_.mainQueue.async([self = shared_from_this()] {
@@ -238,8 +193,15 @@ bool SerialPort::open() {
         delegate->serialPortWasOpened(self);
     });
   }
-  startLoops();
+  startLoops(opening);
   return true;
+}
+
+void SerialPort::keepOriginalAttributes() {
+  auto attributes = std::make_unique<termios>();
+  const CallResult read =
+      withDescriptor([&](int fd) { return environment_.terminal.attributes(fd, *attributes); });
+  if (!read.failed()) originalPortAttributes_ = std::move(attributes);
 }
 
 void SerialPort::takeOverPins() {
@@ -254,8 +216,7 @@ void SerialPort::takeOverPins() {
   setDTR(wantedDTR);
 }
 
-void SerialPort::startLoops() {
-  const std::shared_ptr<LineSession> running = session();
+void SerialPort::startLoops(const std::shared_ptr<LineSession> &running) {
   const std::weak_ptr<SerialPort> weak = weak_from_this();
   environment_.background.run([weak, running] { readLoop(weak, running); });
   running->setPinPollTimer(environment_.background.repeat(pinPollInterval, [weak, running] {
@@ -278,6 +239,8 @@ bool SerialPort::closeSession(const std::shared_ptr<LineSession> &closing) {
     selectSemaphore_.release();
     return true;
   }
+  // A read may have been beaten to its bytes by another program on the terminal, and a write may be held up.
+  environment_.terminal.stopBlocking(fileDescriptor_);
   restoreLine(fileDescriptor_);
   if (closing) closing->end();
   setSession(nullptr);
@@ -419,8 +382,10 @@ bool SerialPort::readOnce(LineSession &session) {
 
 void SerialPort::receiveData(const QByteArray &bytes) {
   if (!delegateRespondsTo(SerialPortCallback::DidReceiveData)) return;
-  environment_.mainQueue.async([self = shared_from_this(), bytes] {
-    const auto delegate = self->delegate();
+  // Bytes that wait to be told do not keep a port alive: under steady traffic it would otherwise never go.
+  environment_.mainQueue.async([weak = weak_from_this(), bytes] {
+    const Ptr self = weak.lock();
+    const auto delegate = self ? self->delegate() : nullptr;
     if (delegate && delegate->respondsTo(SerialPortCallback::DidReceiveData)) {
       delegate->didReceiveData(self, bytes);
     }
@@ -462,95 +427,6 @@ void SerialPort::showPin(std::atomic<bool> &stored, const QString &key, bool on)
     stored = on;
     changed(key);
   });
-}
-
-void SerialPort::setRTS(bool on) {
-  drivePin(RTS_, Pin::rts, on);
-}
-
-void SerialPort::setDTR(bool on) {
-  drivePin(DTR_, Pin::dtr, on);
-}
-
-void SerialPort::drivePin(std::atomic<bool> &stored, int pin, bool on) {
-  if (stored == on) return;
-  stored = on;
-  if (!isOpen()) return;
-  const CallResult driven = withDescriptor([&](int fd) {
-    int pins = 0;
-    if (const CallResult read = environment_.terminal.pins(fd, pins); read.failed()) return read;
-    return environment_.terminal.setPins(fd, on ? pins | pin : pins & ~pin);
-  });
-  if (driven.failed()) notifyDelegateOfPosixError(driven.error);
-}
-
-// ----------------------------------------------------------------------------------------- line settings
-
-void SerialPort::setPortOptions() {
-  if (fileDescriptor_ < 1) return;
-  TerminalCalls &calls = environment_.terminal;
-  const CallResult applied = withDescriptor([&](int fd) {
-    termios attributes{};
-    if (const CallResult read = calls.attributes(fd, attributes); read.failed()) return read;
-    applyLineSettings(attributes, settings_);
-    const CallResult flow = calls.setFlowControl(attributes, settings_.flowControl);
-    // A speed that the record cannot hold leaves the old one in it; the other settings are applied all the
-    // same.
-    const CallResult speed = calls.setSpeed(attributes, settings_.baudRate);
-    CallResult result = calls.setAttributes(fd, WhenToApply::Now, attributes);
-    if (!result.failed() && speed.failed()) result = speed;
-    if (result.failed() && settings_.allowsNonStandardBaudRates) {
-      result = calls.setArbitrarySpeed(fd, settings_.baudRate);
-    }
-    return result.failed() ? result : flow;
-  });
-  if (applied.failed()) notifyDelegateOfPosixError(applied.error);
-}
-
-void SerialPort::setBaudRate(unsigned long baudRate) {
-  settings_.baudRate = baudRate;
-  setPortOptions();
-}
-
-void SerialPort::setNumberOfStopBits(std::uint64_t count) {
-  if (settings_.numberOfStopBits == count) return;
-  settings_.numberOfStopBits = count;
-  setPortOptions();
-}
-
-void SerialPort::setShouldEchoReceivedData(bool echo) {
-  if (settings_.shouldEchoReceivedData == echo) return;
-  settings_.shouldEchoReceivedData = echo;
-  setPortOptions();
-}
-
-void SerialPort::setParity(std::uint64_t parity) {
-  if (parity > SerialPortParityEven) parity = SerialPortParityNone;
-  if (settings_.parity == parity) return;
-  settings_.parity = parity;
-  setPortOptions();
-}
-
-void SerialPort::setUsesRTSCTSFlowControl(bool use) {
-  applyFlowControl(&FlowControl::rtsCts, use);
-}
-
-void SerialPort::setUsesDTRDSRFlowControl(bool use) {
-  applyFlowControl(&FlowControl::dtrDsr, use);
-}
-
-void SerialPort::setUsesDCDOutputFlowControl(bool use) {
-  applyFlowControl(&FlowControl::dcdOutput, use);
-}
-
-void SerialPort::applyFlowControl(bool FlowControl::*kind, bool use) {
-  if (settings_.flowControl.*kind == use) return;
-  // Some drivers ignore flow control that is changed on an open port.
-  const bool wasOpen = isOpen();
-  close();
-  settings_.flowControl.*kind = use;
-  setPortOptions();
-  if (wasOpen) open();
 }
 
 // ------------------------------------------------------------------------------------------------ helpers

@@ -140,7 +140,8 @@ class SerialPort final : public NamedDevice, public std::enable_shared_from_this
   void applyFlowControl(bool FlowControl::*kind, bool use);
   void drivePin(std::atomic<bool> &stored, int pin, bool on);
   void takeOverPins();
-  void startLoops();
+  void keepOriginalAttributes();
+  void startLoops(const std::shared_ptr<LineSession> &running);
   static void readLoop(const std::weak_ptr<SerialPort> &weak, const std::shared_ptr<LineSession> &session);
   bool readOnce(LineSession &session);
   void receiveData(const QByteArray &bytes);

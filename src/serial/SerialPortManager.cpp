@@ -186,7 +186,8 @@ void SerialPortManager::closeAllAtExit() {
 }
 
 void SerialPortManager::systemWillSleep(const Notification &) {
-  for (const auto &port : availablePorts_) {
+  const SerialPortList ports = availablePorts_;  // which the delegates may change when they hear of it
+  for (const auto &port : ports) {
     if (port->isOpen() && port->close()) portsToReopenAfterSleep_.push_back(port);
   }
 }

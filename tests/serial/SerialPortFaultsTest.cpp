@@ -195,6 +195,13 @@ TEST_P(SerialPortFaults, AFailingUnlockDoesNotKeepThePortFromClosing) {
   EXPECT_EQ(delegate->events, (QStringList{"opened", "closed"}));
 }
 
+TEST_P(SerialPortFaults, ALineThatCannotBeKeptFromBlockingClosesAllTheSame) {
+  ASSERT_TRUE(opened());
+  bench.terminal.fail(Call::StopBlocking, GetParam());
+  EXPECT_TRUE(port->close());
+  EXPECT_EQ(delegate->events, (QStringList{"opened", "closed"}));
+}
+
 TEST_P(SerialPortFaults, WithoutAWakeDescriptorThePortWorksAndClosesAllTheSame) {
   bench.terminal.fail(Call::OpenWake, GetParam());
   expectThePortWorks();

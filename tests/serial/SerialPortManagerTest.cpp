@@ -248,6 +248,27 @@ TEST_F(SerialPortManagerOnBench, SleepClosesOpenPortsAndWakeOpensThoseAgain) {
   EXPECT_FALSE(manager->availablePorts()[1]->isOpen());
 }
 
+TEST_F(SerialPortManagerOnBench, TheListMayChangeInACallbackWhileSleepClosesThePorts) {
+  Pty pty;
+  Pty other;
+  bench.devices.add("usbserial-ttyUSB0", pty.path());
+  bench.devices.add("usbserial-ttyUSB1", other.path());
+  start();
+  const SerialPortList ports = manager->availablePorts();
+  delegate->atEvent = [&](const QString &event, const SerialPortDelegate::Port &) {
+    if (event == u"closed") manager->removeObjectFromAvailablePortsAtIndex(0);
+  };
+  for (const auto &port : ports) {
+    port->setDelegate(delegate);
+    ASSERT_TRUE(port->open());
+  }
+  manager->systemWillSleep({});
+  delegate->atEvent = nullptr;
+  for (const auto &port : ports) EXPECT_FALSE(port->isOpen());
+  manager->systemDidWake({});
+  for (const auto &port : ports) EXPECT_TRUE(port->isOpen());
+}
+
 TEST_F(SerialPortManagerOnBench, TheListCanBeChangedThroughItsAccessors) {
   bench.devices.add("usbserial-ttyUSB0", "/dev/ttyUSB0");
   start();

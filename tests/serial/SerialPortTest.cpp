@@ -175,6 +175,7 @@ TEST_F(SerialPortOnPty, ADescriptorOfZeroIsAFailure) {
     CallResult lock(int d) override { return real_.lock(d); }
     CallResult unlock(int d) override { return real_.unlock(d); }
     CallResult clearStatusFlags(int d) override { return real_.clearStatusFlags(d); }
+    CallResult stopBlocking(int d) override { return real_.stopBlocking(d); }
     CallResult attributes(int d, termios &a) override { return real_.attributes(d, a); }
     CallResult setAttributes(int d, WhenToApply w, const termios &a) override {
       return real_.setAttributes(d, w, a);
