@@ -1,10 +1,8 @@
 #pragma once
 
-namespace tavril {
-
 /// The arithmetic of the dial. Angles are degrees, anticlockwise from the right; the mix of single and double
 /// precision decides results at the borders and is meant as it stands.
-namespace dial {
+namespace tavril::dial {
 
 inline constexpr double knobRadius = 66;
 inline constexpr double knobSize = 22;
@@ -25,6 +23,4 @@ float travelAngle(int position);
 /// The same on the dial: position 0 stands at 300 degrees.
 float dialAngle(int position);
 
-}  // namespace dial
-
-}  // namespace tavril
+}  // namespace tavril::dial

@@ -61,6 +61,9 @@ ViewController::ViewController(SharedState &state, CommandSender &appdelegate, E
 ViewController::~ViewController() {
   if (tick_) tick_->stop();
   stopCountdown();
+  // The elements go with the view, and nobody may find them any more.
+  state_.ObjectDictionaryArray = ValueStore();
+  state_.textFieldValue.clear();
 }
 
 void ViewController::setFunctionCMD(std::shared_ptr<Function> commands) {

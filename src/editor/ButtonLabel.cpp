@@ -1,0 +1,76 @@
+#include "editor/ButtonLabel.h"
+
+#include "editor/Style.h"
+
+#include <QKeyEvent>
+#include <QPainter>
+
+namespace tavril {
+
+namespace {
+
+constexpr int sidePadding = 12;
+constexpr double radius = 6;
+
+bool isDark(const QColor &colour) {
+  return colour.lightnessF() < 0.5F;
+}
+
+}  // namespace
+
+ButtonLabel::ButtonLabel(QWidget *parent) : QAbstractButton(parent), textColor_(Style::restText) {
+  // A click moves the focus here, so that a field that was being edited commits before the button acts.
+  setFocusPolicy(Qt::StrongFocus);
+  setAttribute(Qt::WA_Hover);
+}
+
+void ButtonLabel::setTextColor(const QColor &colour) {
+  if (colour == textColor_) return;
+  textColor_ = colour;
+  update();
+}
+
+QColor ButtonLabel::faceColor() const {
+  if (!isEnabled()) return Style::card;
+  if (isDark(textColor_)) return Style::flashFace;
+  if (strong_) return Style::strongFace;
+  return quiet_ ? Style::card : Style::face;
+}
+
+QSize ButtonLabel::sizeHint() const {
+  const QSize text = fontMetrics().size(Qt::TextSingleLine, this->text());
+  return {text.width() + 2 * sidePadding, qMax(30, text.height() + 8)};
+}
+
+void ButtonLabel::keyPressEvent(QKeyEvent *event) {
+  if (event->key() != Qt::Key_Return && event->key() != Qt::Key_Enter) {
+    QAbstractButton::keyPressEvent(event);
+  } else if (!event->isAutoRepeat()) {
+    click();
+  }
+}
+
+void ButtonLabel::paintEvent(QPaintEvent *) {
+  QPainter painter(this);
+  painter.setRenderHint(QPainter::Antialiasing);
+  const QRectF frame = QRectF(rect()).adjusted(1, 1, -1, -1);
+
+  QColor edge = strong_ ? Style::strongEdge : Style::edge;
+  if (quiet_ || !isEnabled()) edge = quiet_ ? Qt::transparent : Style::edge;
+  if (isEnabled() && (underMouse() || isDown())) edge = Style::mutedText;
+  QPen pen(edge, isDown() ? 2 : 1);
+  if (!isEnabled()) pen.setStyle(Qt::DashLine);
+  painter.setPen(pen);
+  painter.setBrush(faceColor());
+  painter.drawRoundedRect(frame.adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
+
+  if (hasFocus()) {
+    painter.setPen(QPen(strong_ ? Style::restText : Style::accent, 2));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRoundedRect(frame, radius, radius);
+  }
+  painter.setPen(isEnabled() ? textColor_ : Style::disabledText);
+  painter.drawText(rect(), Qt::AlignCenter | Qt::TextSingleLine, text());
+}
+
+}  // namespace tavril

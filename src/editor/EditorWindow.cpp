@@ -1,0 +1,170 @@
+#include "editor/EditorWindow.h"
+
+#include "editor/ButtonLabel.h"
+#include "editor/EntryField.h"
+#include "editor/MainScreen.h"
+#include "editor/MsgPanel.h"
+#include "editor/PanelBackdrop.h"
+#include "editor/ScreenCoordinates.h"
+#include "editor/ValueField.h"
+#include "editor/WaitPanel.h"
+#include "platform/Desktop.h"
+#include "platform/StringTable.h"
+#include "protocol/RegisterCatalogue.h"
+#include "protocol/SharedState.h"
+
+#include <QAction>
+#include <QCloseEvent>
+#include <QMenu>
+#include <QMenuBar>
+#include <QScreen>
+#include <QScrollArea>
+
+#include <utility>
+
+namespace tavril {
+
+namespace {
+
+/// Connects all push labels and buttons below the panel to one action that is told the identifier.
+template <typename Action>
+void connectButtons(QWidget &panel, Action action) {
+  const auto buttons = panel.findChildren<QAbstractButton *>();
+  for (QAbstractButton *button : buttons) {
+    const QString identifier = button->property("identifier").toString();
+    if (identifier.isEmpty()) continue;
+    QObject::connect(button, &QAbstractButton::clicked, &panel, [action, identifier] { action(identifier); });
+  }
+}
+
+}  // namespace
+
+EditorWindow::EditorWindow(SharedState &state, AppDelegate &appdelegate, const Desktop &desktop,
+                           Actions actions)
+    : desktop_(desktop), actions_(std::move(actions)) {
+  buildScreen(state, appdelegate);
+  buildMenus(appdelegate);
+  wireScreen();
+  windowController_->windowDidLoad();
+}
+
+EditorWindow::~EditorWindow() = default;
+
+void EditorWindow::buildScreen(SharedState &state, AppDelegate &appdelegate) {
+  auto *scroll = new QScrollArea(this);
+  scroll->setFrameShape(QFrame::NoFrame);
+  scroll->setAlignment(Qt::AlignCenter);
+  screen_ = new MainScreen;
+  scroll->setWidget(screen_);
+  setCentralWidget(scroll);
+
+  msgPanel_ = new MsgPanel;
+  waitPanel_ = new WaitPanel;
+  screen_->findChild<PanelBackdrop *>(QStringLiteral("ContrainerView_MsgView"))->setPanel(msgPanel_);
+  screen_->findChild<PanelBackdrop *>(QStringLiteral("ContrainerView_WaitView"))->setPanel(waitPanel_);
+  screen_->setTexts(desktop_.strings);
+  msgPanel_->setTexts(desktop_.strings);
+  waitPanel_->setTexts(desktop_.strings);
+
+  screenView_ = std::make_unique<WidgetView>(*screen_);
+  msgView_ = std::make_unique<WidgetView>(*msgPanel_);
+  waitView_ = std::make_unique<WidgetView>(*waitPanel_);
+  controller_ = std::make_unique<ViewController>(state, appdelegate, *screenView_, desktop_);
+  message_ = std::make_unique<MsgMain>(state, appdelegate, *msgView_, desktop_);
+  waiting_ = std::make_unique<WaitMain>(state, *waitView_, desktop_);
+  windowController_ = std::make_unique<WindowsCtrl>(*screenView_, desktop_, actions_.endProcess);
+  controller_->viewDidLoad();
+  message_->viewDidLoad();
+  waiting_->viewDidLoad();
+}
+
+void EditorWindow::buildMenus(AppDelegate &appdelegate) {
+  const auto add = [](QMenu &menu, const QKeySequence &keys, std::function<void()> act) {
+    QAction *action = menu.addAction(QString());
+    action->setShortcut(keys);
+    QObject::connect(action, &QAction::triggered, &menu, [act = std::move(act)] {
+      if (act) act();
+    });
+    return action;
+  };
+  QMenu *tavril = menuBar()->addMenu(QString());
+  QAction *about = add(*tavril, QKeySequence(Qt::Key_F1), actions_.about);
+  about->setMenuRole(QAction::AboutRole);
+  about->setVisible(actions_.about != nullptr);
+  QAction *quit = add(*tavril, QKeySequence(Qt::CTRL | Qt::Key_Q), actions_.quit);
+  quit->setMenuRole(QAction::QuitRole);
+
+  QMenu *config = menuBar()->addMenu(QString());
+  QAction *port = add(*config, QKeySequence(Qt::CTRL | Qt::Key_P), actions_.openPortSetting);
+  QAction *detect =
+      add(*config, QKeySequence(Qt::CTRL | Qt::Key_D), [&appdelegate] { appdelegate.DetectionMotro(); });
+
+  QMenu *tool = menuBar()->addMenu(QString());
+  QAction *reboot = add(*tool, QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_R),
+                        [&appdelegate] { appdelegate.RebootServo(); });
+  QAction *reset = add(*tool, QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Delete),
+                       [&appdelegate] { appdelegate.ResetServo(); });
+
+  outlets_.tavril = item(tavril->menuAction());
+  outlets_.abouttavril = item(about);
+  outlets_.quittavril = item(quit);
+  outlets_.tool = item(tool->menuAction());
+  outlets_.rebootservo = item(reboot);
+  outlets_.resetservo = item(reset);
+  outlets_.config = item(config->menuAction());
+  outlets_.port = item(port);
+  outlets_.detectionmotor = item(detect);
+}
+
+ScreenElement *EditorWindow::item(QAction *action) {
+  items_.push_back(std::make_unique<ActionElement>(action));
+  return items_.back().get();
+}
+
+MenuOutlets EditorWindow::menuOutlets() {
+  return outlets_;
+}
+
+void EditorWindow::fitInto(const QSize &available) {
+  const int menuHeight = menuBar()->sizeHint().height();
+  resize(QSize(ScreenCoordinates::width, ScreenCoordinates::height + menuHeight).boundedTo(available));
+}
+
+void EditorWindow::wireScreen() {
+  for (const RegisterRow &row : settingRegisters()) {
+    auto *field = screen_->findChild<ValueField *>(row.valueKey.toString());
+    connect(field, &ValueField::committed, this,
+            [this, name = row.valueKey] { controller_->text(screenView_->element(name)); });
+  }
+  auto *angle = screen_->findChild<EntryField *>(QStringLiteral("angle"));
+  connect(angle, &EntryField::began, this,
+          [this] { controller_->positionEntry().controlTextDidBeginEditing(QStringLiteral("angle")); });
+  connect(angle, &EntryField::changed, this, [this] { controller_->positionEntry().controlTextDidChange(); });
+  connect(angle, &EntryField::ended, this,
+          [this] { controller_->positionEntry().controlTextDidEndEditing(); });
+
+  for (const char *name : {"relax", "capture", "motor_set", "read", "detail_set"}) {
+    auto *button = screen_->findChild<ButtonLabel *>(QString::fromLatin1(name));
+    connect(button, &ButtonLabel::clicked, this,
+            [this, button] { controller_->LabelTouchEvent(button->property("identifier").toString()); });
+  }
+  connectButtons(*msgPanel_, [this](const QString &identifier) { message_->MsgButton(identifier); });
+  connectButtons(*waitPanel_, [this](const QString &identifier) { waiting_->WaitButton(identifier); });
+}
+
+void EditorWindow::showEvent(QShowEvent *event) {
+  QMainWindow::showEvent(event);
+  controller_->viewWillLayout();
+}
+
+void EditorWindow::resizeEvent(QResizeEvent *event) {
+  QMainWindow::resizeEvent(event);
+  controller_->viewWillLayout();
+}
+
+void EditorWindow::closeEvent(QCloseEvent *event) {
+  event->accept();
+  windowController_->windowShouldClose();
+}
+
+}  // namespace tavril

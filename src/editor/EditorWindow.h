@@ -1,0 +1,77 @@
+#pragma once
+
+#include "app/AppDelegate.h"
+#include "editor/ActionElement.h"
+#include "editor/MsgMain.h"
+#include "editor/ViewController.h"
+#include "editor/WaitMain.h"
+#include "editor/WidgetView.h"
+#include "editor/WindowsCtrl.h"
+
+#include <QMainWindow>
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+class QMenu;
+
+namespace tavril {
+
+class MainScreen;
+class MsgPanel;
+class WaitPanel;
+
+/// The main window: the screen with its two panels, their controllers, and the menus. On a desktop that is
+/// smaller than the screen it scrolls. Main thread only; owns nothing that it is given.
+class EditorWindow final : public QMainWindow {
+  Q_OBJECT
+
+ public:
+  /// What the menus do beside asking the screen for an action.
+  struct Actions {
+    std::function<void()> openPortSetting;
+    std::function<void()> quit;
+    std::function<void()> about;
+    WindowsCtrl::EndProcess endProcess;
+  };
+
+  EditorWindow(SharedState &state, AppDelegate &appdelegate, const Desktop &desktop, Actions actions);
+  ~EditorWindow() override;
+
+  /// The items whose titles the application looks up when it has launched.
+  MenuOutlets menuOutlets();
+  /// Makes the window as large as its screen needs, or as the desktop has room for. Once the menus have their
+  /// titles.
+  void fitInto(const QSize &available);
+  MainScreen &mainScreen() { return *screen_; }
+  ViewController &controller() { return *controller_; }
+
+ protected:
+  void showEvent(QShowEvent *event) override;
+  void resizeEvent(QResizeEvent *event) override;
+  void closeEvent(QCloseEvent *event) override;
+
+ private:
+  void buildScreen(SharedState &state, AppDelegate &appdelegate);
+  void buildMenus(AppDelegate &appdelegate);
+  void wireScreen();
+  ScreenElement *item(QAction *action);
+
+  const Desktop &desktop_;
+  Actions actions_;
+  MainScreen *screen_ = nullptr;
+  MsgPanel *msgPanel_ = nullptr;
+  WaitPanel *waitPanel_ = nullptr;
+  std::unique_ptr<WidgetView> screenView_;
+  std::unique_ptr<WidgetView> msgView_;
+  std::unique_ptr<WidgetView> waitView_;
+  std::unique_ptr<ViewController> controller_;
+  std::unique_ptr<MsgMain> message_;
+  std::unique_ptr<WaitMain> waiting_;
+  std::unique_ptr<WindowsCtrl> windowController_;
+  std::vector<std::unique_ptr<ActionElement>> items_;
+  MenuOutlets outlets_;
+};
+
+}  // namespace tavril

@@ -1,0 +1,101 @@
+#include "editor/FrameField.h"
+
+#include "editor/Style.h"
+
+#include <QMouseEvent>
+#include <QPainter>
+#include <QStyleOptionFrame>
+
+#include <algorithm>
+
+namespace tavril {
+
+namespace {
+
+/// The words in this many lines, each with the same number of words but the last.
+QStringList inLines(const QStringList &words, qsizetype count) {
+  const qsizetype perLine = (words.size() + count - 1) / count;
+  QStringList lines;
+  for (qsizetype first = 0; first < words.size(); first += perLine)
+    lines.append(words.mid(first, perLine).join(u' '));
+  return lines;
+}
+
+}  // namespace
+
+FrameField::FrameField(QWidget *parent) : QLineEdit(parent) {
+  setReadOnly(true);
+  setCursor(Qt::ArrowCursor);
+}
+
+bool FrameField::fits(const QString &line) const {
+  return fontMetrics().horizontalAdvance(line) <= width();
+}
+
+QStringList FrameField::lines() const {
+  const qsizetype room = qMax(1, height() / fontMetrics().lineSpacing());
+  if (room == 1 || fits(text())) {
+    return {fontMetrics().elidedText(text(), Qt::ElideRight, width())};
+  }
+  const QStringList words = text().split(u' ', Qt::SkipEmptyParts);
+  if (words.isEmpty()) return {};
+  const QString afterLabel = words.mid(1).join(u' ');
+  if (words.front().endsWith(u':') && fits(words.front()) && fits(afterLabel)) {
+    return {words.front(), afterLabel};
+  }
+  for (qsizetype count = 2; count <= room; ++count) {
+    QStringList lines = inLines(words, count);
+    if (std::all_of(lines.begin(), lines.end(), [this](const QString &line) { return fits(line); })) {
+      return lines;
+    }
+  }
+  // Too much for the room: as many words as go on each line, and what is left is cut at the end of the last.
+  QStringList lines{QString()};
+  for (const QString &word : words) {
+    const QString longer = lines.back().isEmpty() ? word : lines.back() + u' ' + word;
+    if (fits(longer) || lines.size() == room) {
+      lines.back() = longer;
+    } else {
+      lines.append(word);
+    }
+  }
+  lines.back() = fontMetrics().elidedText(lines.back(), Qt::ElideRight, width());
+  return lines;
+}
+
+void FrameField::paintEvent(QPaintEvent *) {
+  QStyleOptionFrame option;
+  initStyleOption(&option);
+  QPainter painter(this);
+  style()->drawPrimitive(QStyle::PE_PanelLineEdit, &option, &painter, this);
+
+  int top = 0;
+  for (const QString &line : lines()) {
+    const QRect band(0, top, fontMetrics().horizontalAdvance(line), fontMetrics().lineSpacing());
+    if (hasSelectedText()) painter.fillRect(band, palette().color(QPalette::Highlight));
+    painter.setPen(palette().color(QPalette::Text));
+    painter.drawText(band, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextDontClip, line);
+    top += band.height();
+  }
+}
+
+// A frame is selected as a whole: places in the text are not places on the broken lines.
+
+void FrameField::mousePressEvent(QMouseEvent *event) {
+  if (event->button() == Qt::LeftButton) selectAll();
+}
+
+void FrameField::mouseMoveEvent(QMouseEvent *event) {
+  event->ignore();
+}
+
+void FrameField::mouseDoubleClickEvent(QMouseEvent *) {
+  selectAll();
+}
+
+void FrameField::focusInEvent(QFocusEvent *event) {
+  QLineEdit::focusInEvent(event);
+  if (event->reason() != Qt::PopupFocusReason) selectAll();
+}
+
+}  // namespace tavril

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QLineEdit>
+#include <QStringList>
+
+namespace tavril {
+
+/// Shows a frame, to be read and copied, not typed into. A text too long for one line is broken between its
+/// words: after its label where the rest then fits, otherwise into lines of equal numbers of words. What
+/// needs more lines than there is room for ends in an ellipsis.
+class FrameField : public QLineEdit {
+  Q_OBJECT
+
+ public:
+  explicit FrameField(QWidget *parent = nullptr);
+
+  /// The lines as they are shown.
+  QStringList lines() const;
+
+ protected:
+  void paintEvent(QPaintEvent *event) override;
+  void mousePressEvent(QMouseEvent *event) override;
+  void mouseMoveEvent(QMouseEvent *event) override;
+  void mouseDoubleClickEvent(QMouseEvent *event) override;
+  void focusInEvent(QFocusEvent *event) override;
+
+ private:
+  bool fits(const QString &line) const;
+};
+
+}  // namespace tavril

@@ -1,0 +1,61 @@
+#include "editor/MainScreen.h"
+
+#include "editor/Style.h"
+#include "platform/IntegerValue.h"
+#include "platform/StringTable.h"
+#include "ui_MainScreen.h"
+
+#include <algorithm>
+
+namespace tavril {
+
+namespace {
+
+constexpr int highestPosition = 1023;
+
+QFont demiBold(int pixelSize) {
+  QFont font = Style::textFont(pixelSize);
+  font.setWeight(QFont::DemiBold);
+  return font;
+}
+
+}  // namespace
+
+MainScreen::MainScreen(QWidget *parent) : QWidget(parent), ui_(std::make_unique<Ui::MainScreen>()) {
+  ui_->setupUi(this);
+  Style::softenBold(*this);
+  setAttribute(Qt::WA_StyledBackground);
+  ui_->product->setFont(demiBold(26));
+  ui_->productLine->setFont(Style::textFont(12));
+  ui_->ConnectStatus->setFont(demiBold(15));
+  for (QLabel *caption : {ui_->txCaption, ui_->rxCaption}) caption->setFont(demiBold(11));
+  for (QLabel *mark : {ui_->scale0, ui_->scale204, ui_->scale511, ui_->scale818, ui_->scale1023}) {
+    mark->setFont(Style::textFont(11));
+  }
+  ui_->MsgView->setFont(Style::textFont(Style::noticeSize));
+  // The text then begins at the frame's edge, in line with its caption.
+  ui_->MsgView->document()->setDocumentMargin(0);
+  connect(ui_->angle, &QLineEdit::textChanged, this, &MainScreen::followPosition);
+  connect(ui_->StatusError_value, &QLineEdit::textChanged, this,
+          [this](const QString &text) { ui_->StatusError_value->setAlarm(integerValueOf(text) > 0); });
+}
+
+MainScreen::~MainScreen() = default;
+
+void MainScreen::setTexts(const StringTable &strings) {
+  ui_->product->setText(strings.text(u"tavril"));
+  ui_->productLine->setText(strings.text(u"product_line"));
+  ui_->ConnectStatus->setKnownTexts(strings.text(u"Not_connect"), strings.text(u"COM_Connect_P1"));
+  ui_->imageView->setAccessibleName(strings.text(u"position"));
+  ui_->MsgView->setAccessibleName(strings.text(u"detail_about"));
+}
+
+void MainScreen::followPosition(const QString &entry) {
+  // What is no position is being refused elsewhere; until then the dial stays as it is.
+  const bool isNumber =
+      std::all_of(entry.begin(), entry.end(), [](QChar c) { return c >= u'0' && c <= u'9'; });
+  const int position = integerValueOf(entry);
+  if (isNumber && position <= highestPosition) ui_->imageView->setPosition(position);
+}
+
+}  // namespace tavril

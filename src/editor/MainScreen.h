@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QWidget>
+
+#include <memory>
+
+namespace Ui {
+class MainScreen;
+}
+
+namespace tavril {
+
+class StringTable;
+
+/// The main screen as a view: all its elements in their places, found by their object names, and none of the
+/// program's logic. 1024 x 768 points, never another size.
+class MainScreen : public QWidget {
+  Q_OBJECT
+
+ public:
+  explicit MainScreen(QWidget *parent = nullptr);
+  ~MainScreen() override;
+
+  /// Texts of what is on the screen beside the named elements: the product, the lamp, accessible names. To be
+  /// called again when the language has changed.
+  void setTexts(const StringTable &strings);
+
+ private:
+  void followPosition(const QString &entry);
+
+  std::unique_ptr<Ui::MainScreen> ui_;
+};
+
+}  // namespace tavril

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QPointF>
+#include <QRect>
+#include <QRectF>
+
+namespace tavril {
+
+/// The one place that turns the screen design's coordinates (origin at the lower left, y upwards, in points)
+/// into Qt's (origin at the upper left, y downwards) and back. Both are relative to the main screen.
+class ScreenCoordinates {
+ public:
+  static constexpr int width = 1024;
+  static constexpr int height = 768;
+
+  static QPointF pointFromQt(QPointF point);
+  static QPointF pointToQt(QPointF point);
+
+  /// A frame is given by its lower left corner and its size; Qt's widgets stand on whole pixels, so that the
+  /// corner and the size go to the nearest.
+  static QRect frameToQt(double x, double y, double frameWidth, double frameHeight);
+  /// The frame of a widget: x() and y() are its lower left corner.
+  static QRectF frameFromQt(const QRect &geometry);
+};
+
+}  // namespace tavril

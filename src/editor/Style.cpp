@@ -1,0 +1,150 @@
+#include "editor/Style.h"
+
+#include <QApplication>
+#include <QPalette>
+#include <QStyleFactory>
+#include <QToolTip>
+#include <QWidget>
+
+#include <array>
+
+namespace tavril {
+
+namespace {
+
+constexpr std::array pairs{
+    Style::TextPair{"captions", Style::text, Style::card},
+    Style::TextPair{"column titles and read-out captions", Style::mutedText, Style::card},
+    Style::TextPair{"values", Style::text, Style::well},
+    Style::TextPair{"selected values", Style::text, Style::selection},
+    Style::TextPair{"disabled fields and buttons", Style::disabledText, Style::card},
+    Style::TextPair{"read-outs and frames", Style::liveText, Style::card},
+    Style::TextPair{"read-outs with errors", Style::warningText, Style::card},
+    Style::TextPair{"notices", Style::restText, Style::card},
+    Style::TextPair{"position on the dial", Style::text, Style::recess},
+    Style::TextPair{"angle on the dial", Style::mutedText, Style::recess},
+    Style::TextPair{"connection line", Style::text, Style::recess},
+    Style::TextPair{"buttons", Style::restText, Style::face},
+    Style::TextPair{"strong buttons", Style::restText, Style::strongFace},
+    Style::TextPair{"clicked buttons", Style::clickedText, Style::flashFace},
+};
+
+// {name} stands for a colour. The 31 labels whose size comes from the string table get no font here, because
+// a style sheet's font would win over theirs.
+constexpr auto sheetText =
+    uR"(
+QWidget#MainScreen { background: {ground}; }
+QFrame[card="true"] { background: {card}; border: 1px solid {hairline}; border-radius: 10px; }
+QFrame[hairline="true"] { background: {hairline}; border: none; }
+QLabel { color: {text}; background: transparent; }
+QLabel[muted="true"] { color: {mutedText}; }
+
+tavril--ValueField, tavril--EntryField {
+  background: {well}; border: 1px solid {edge}; border-radius: 5px; padding: 0 7px; color: {text};
+  selection-background-color: {selection}; selection-color: {text};
+  font-family: "JetBrains Mono", "DejaVu Sans Mono", monospace; font-size: 13px;
+}
+tavril--ValueField:hover, tavril--EntryField:hover { border-color: {mutedText}; }
+tavril--ValueField:focus, tavril--EntryField:focus { border: 2px solid {accent}; padding: 0 6px; }
+tavril--ValueField:disabled, tavril--EntryField:disabled {
+  background: transparent; border: 1px dashed {edge}; color: {disabledText};
+}
+tavril--ValueField[readout="true"], tavril--ValueField[readout="true"]:disabled {
+  background: transparent; border: none; padding: 0 8px; color: {liveText};
+}
+tavril--ValueField[readout="true"][alarm="true"], tavril--ValueField[readout="true"][alarm="true"]:disabled {
+  color: {warningText}; font-weight: bold;
+}
+tavril--FrameField {
+  background: transparent; border: none; color: {liveText}; selection-background-color: {selection};
+  font-family: "JetBrains Mono", "DejaVu Sans Mono", monospace; font-size: 12px;
+}
+QPlainTextEdit#MsgView { background: transparent; border: none; color: {restText}; }
+QToolTip { background: {well}; color: {text}; border: 1px solid {edge}; padding: 4px; }
+)";
+
+QString named(QString sheet, QStringView name, const QColor &colour) {
+  return sheet.replace(u'{' + name.toString() + u'}', colour.name());
+}
+
+QPalette darkPalette() {
+  QPalette palette(Style::card, Style::ground);
+  palette.setColor(QPalette::WindowText, Style::text);
+  palette.setColor(QPalette::Base, Style::well);
+  palette.setColor(QPalette::AlternateBase, Style::card);
+  palette.setColor(QPalette::Text, Style::text);
+  palette.setColor(QPalette::Button, Style::face);
+  palette.setColor(QPalette::ButtonText, Style::text);
+  palette.setColor(QPalette::BrightText, Style::restText);
+  palette.setColor(QPalette::PlaceholderText, Style::mutedText);
+  palette.setColor(QPalette::Highlight, Style::selection);
+  palette.setColor(QPalette::HighlightedText, Style::text);
+  palette.setColor(QPalette::ToolTipBase, Style::well);
+  palette.setColor(QPalette::ToolTipText, Style::text);
+  palette.setColor(QPalette::Link, Style::accent);
+  for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
+    palette.setColor(QPalette::Disabled, role, Style::disabledText);
+  }
+  return palette;
+}
+
+}  // namespace
+
+std::span<const Style::TextPair> Style::textPairs() {
+  return pairs;
+}
+
+QFont Style::textFont(int pixelSize) {
+  QFont font;
+  font.setFamilies({QStringLiteral("Inter"), QStringLiteral("Noto Sans CJK TC"), QStringLiteral("Noto Sans"),
+                    QStringLiteral("sans-serif")});
+  font.setPixelSize(pixelSize);
+  return font;
+}
+
+QFont Style::valueFont(int pixelSize) {
+  QFont font;
+  font.setFamilies({QStringLiteral("JetBrains Mono"), QStringLiteral("DejaVu Sans Mono"),
+                    QStringLiteral("Noto Sans Mono CJK TC"), QStringLiteral("monospace")});
+  font.setPixelSize(pixelSize);
+  return font;
+}
+
+void Style::setLabelSize(QWidget &label, double pixelSize) {
+  QFont font = label.font();
+  const int size = pixelSize > 0 ? qMax(1, qRound(pixelSize)) : defaultLabelSize;
+  if (font.pixelSize() == size) return;
+  font.setPixelSize(size);
+  label.setFont(font);
+}
+
+void Style::softenBold(QWidget &screen) {
+  for (QWidget *child : screen.findChildren<QWidget *>()) {
+    QFont font = child->font();
+    if (font.weight() != QFont::Bold) continue;
+    font.setWeight(QFont::DemiBold);
+    child->setFont(font);
+  }
+}
+
+QString Style::sheet() {
+  QString sheet = QString::fromUtf16(sheetText);
+  const std::pair<QStringView, QColor> colours[]{
+      {u"ground", ground},       {u"card", card},           {u"well", well},
+      {u"hairline", hairline},   {u"edge", edge},           {u"accent", accent},
+      {u"text", text},           {u"mutedText", mutedText}, {u"disabledText", disabledText},
+      {u"liveText", liveText},   {u"restText", restText},   {u"warningText", warningText},
+      {u"selection", selection},
+  };
+  for (const auto &[name, colour] : colours) sheet = named(sheet, name, colour);
+  return sheet;
+}
+
+void Style::apply(QApplication &application) {
+  QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+  QApplication::setPalette(darkPalette());
+  QApplication::setFont(textFont());
+  application.setStyleSheet(sheet());
+}
+
+}  // namespace tavril

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QWidget>
+
+#include <memory>
+
+namespace Ui {
+class WaitPanel;
+}
+
+namespace tavril {
+
+class StringTable;
+
+/// The card that says what is being waited for: its elements in their places, found by their object names,
+/// and no logic. The holder of the button that gives up is hidden at first.
+class WaitPanel : public QWidget {
+  Q_OBJECT
+
+ public:
+  explicit WaitPanel(QWidget *parent = nullptr);
+  ~WaitPanel() override;
+
+  /// Texts of what is on the panel beside the named elements. To be called again when the language has
+  /// changed.
+  void setTexts(const StringTable &strings);
+
+ protected:
+  /// The button that gives up is hidden again, for the next wait.
+  void hideEvent(QHideEvent *event) override;
+
+ private:
+  std::unique_ptr<Ui::WaitPanel> ui_;
+};
+
+}  // namespace tavril

@@ -1,0 +1,98 @@
+#include "editor/WidgetView.h"
+
+#include "editor/ButtonLabel.h"
+#include "editor/ScreenCoordinates.h"
+#include "editor/Style.h"
+#include "editor/WidgetElement.h"
+
+#include <QWidget>
+
+namespace tavril {
+
+namespace {
+
+QStringView nameOf(ButtonName button) {
+  switch (button) {
+    case ButtonName::Relax:
+      return u"relax";
+    case ButtonName::Capture:
+      return u"capture";
+    case ButtonName::MotorSet:
+      return u"motor_set";
+    case ButtonName::Read:
+      return u"read";
+    case ButtonName::DetailSet:
+      return u"detail_set";
+  }
+  return {};
+}
+
+void colour(QWidget *widget, LabelColor color) {
+  if (auto *label = qobject_cast<ButtonLabel *>(widget)) {
+    label->setTextColor(color == LabelColor::Black ? Style::clickedText : Style::restText);
+  }
+}
+
+}  // namespace
+
+WidgetView::WidgetView(QWidget &root) : root_(root) {}
+
+WidgetView::~WidgetView() = default;
+
+QWidget &WidgetView::widget(QStringView name) const {
+  auto *found = root_.findChild<QWidget *>(name.toString());
+  if (!found) qFatal("The screen design has no element named \"%s\".", qPrintable(name.toString()));
+  return *found;
+}
+
+QWidget *WidgetView::widgetWithTag(int tag) const {
+  const auto widgets = root_.findChildren<QWidget *>();
+  for (QWidget *candidate : widgets) {
+    const QVariant carried = candidate->property("tag");
+    if (carried.isValid() && carried.toInt() == tag) return candidate;
+  }
+  return nullptr;
+}
+
+ScreenElement &WidgetView::over(QWidget &widget) {
+  auto &element = elements_[&widget];
+  if (!element) element = WidgetElement::over(widget);
+  return *element;
+}
+
+ScreenElement &WidgetView::element(QStringView name) {
+  return over(widget(name));
+}
+
+ScreenElement *WidgetView::controlWithTag(int tag) {
+  QWidget *control = widgetWithTag(tag);
+  return control ? &over(*control) : nullptr;
+}
+
+void WidgetView::setLabelColor(ButtonName button, LabelColor color) {
+  colour(&widget(nameOf(button)), color);
+}
+
+void WidgetView::setLabelColor(int tag, LabelColor color) {
+  colour(widgetWithTag(tag), color);
+}
+
+void WidgetView::setTitle(const QString &title) {
+  root_.window()->setWindowTitle(title);
+}
+
+void WidgetView::setLabelFontSize(QStringView label, double size_pt) {
+  Style::setLabelSize(widget(label), size_pt);
+}
+
+DesignRect WidgetView::knobFrame() const {
+  const QRectF frame = ScreenCoordinates::frameFromQt(widget(u"MotorPoint").geometry());
+  return {frame.x(), frame.y(), frame.width(), frame.height()};
+}
+
+void WidgetView::setKnobFrame(const DesignRect &frame) {
+  widget(u"MotorPoint")
+      .setGeometry(ScreenCoordinates::frameToQt(frame.x, frame.y, frame.width, frame.height));
+}
+
+}  // namespace tavril

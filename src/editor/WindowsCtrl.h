@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QString>
+
+#include <functional>
+
+namespace tavril {
+
+class EditorView;
+struct Desktop;
+
+/// The controller of the main window: its title, and that closing it ends the program. Main thread only.
+class WindowsCtrl {
+ public:
+  using EndProcess = std::function<void(int status)>;
+
+  /// `endProcess` ends the program at once with this status.
+  WindowsCtrl(EditorView &view, const Desktop &desktop, EndProcess endProcess);
+
+  void windowDidLoad();
+  /// Ends the program with status 0; nothing is asked and nothing is saved: meant.
+  void windowShouldClose();
+
+ private:
+  EditorView &view_;
+  const Desktop &desktop_;
+  EndProcess endProcess_;
+};
+
+}  // namespace tavril

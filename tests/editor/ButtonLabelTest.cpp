@@ -1,0 +1,125 @@
+#include "editor/ButtonLabel.h"
+#include "editor/Style.h"
+#include "editor/ValueField.h"
+
+#include <QAccessible>
+#include <QApplication>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace tavril {
+namespace {
+
+class ButtonLabelTest : public testing::Test {
+ protected:
+  ButtonLabelTest() {
+    field_.setGeometry(0, 0, 100, 30);
+    button_.setGeometry(0, 40, 120, 30);
+    button_.setText(QStringLiteral("Read"));
+    window_.show();
+    QApplication::setActiveWindow(&window_);
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&window_));
+    field_.setFocus();
+  }
+
+  QImage picture() { return button_.grab().toImage(); }
+
+  QWidget window_;
+  ValueField field_{&window_};
+  ButtonLabel button_{&window_};
+  QSignalSpy clicked_{&button_, &ButtonLabel::clicked};
+};
+
+TEST_F(ButtonLabelTest, IsClickedByThePointer) {
+  QTest::mouseClick(&button_, Qt::LeftButton);
+  EXPECT_EQ(clicked_.size(), 1);
+}
+
+TEST_F(ButtonLabelTest, IsNotClickedWhenThePointerIsLetGoElsewhere) {
+  QTest::mousePress(&button_, Qt::LeftButton, {}, QPoint(10, 10));
+  QTest::mouseMove(&button_, QPoint(-20, -20));
+  QTest::mouseRelease(&button_, Qt::LeftButton, {}, QPoint(-20, -20));
+  EXPECT_EQ(clicked_.size(), 0);
+}
+
+TEST_F(ButtonLabelTest, IsNotClickedByAnotherButtonOfThePointer) {
+  QTest::mouseClick(&button_, Qt::RightButton);
+  EXPECT_EQ(clicked_.size(), 0);
+}
+
+TEST_F(ButtonLabelTest, IsReachedByTabAndPressedBySpaceAndEnter) {
+  QTest::keyClick(&field_, Qt::Key_Tab);
+  ASSERT_TRUE(button_.hasFocus());
+  QTest::keyClick(&button_, Qt::Key_Space);
+  EXPECT_EQ(clicked_.size(), 1);
+  QTest::keyClick(&button_, Qt::Key_Return);
+  EXPECT_EQ(clicked_.size(), 2);
+  QTest::keyClick(&button_, Qt::Key_Enter);
+  EXPECT_EQ(clicked_.size(), 3);
+}
+
+TEST_F(ButtonLabelTest, AnEnterKeyHeldDownClicksOnce) {
+  button_.setFocus();
+  QKeyEvent first(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier, QString(), false);
+  QKeyEvent repeated(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier, QString(), true);
+  QApplication::sendEvent(&button_, &first);
+  QApplication::sendEvent(&button_, &repeated);
+  EXPECT_EQ(clicked_.size(), 1);
+}
+
+TEST_F(ButtonLabelTest, DisabledItIsNeitherClickedNorReached) {
+  button_.setEnabled(false);
+  QTest::mouseClick(&button_, Qt::LeftButton);
+  QTest::keyClick(&field_, Qt::Key_Tab);
+  QTest::keyClick(&button_, Qt::Key_Space);
+  EXPECT_FALSE(button_.hasFocus());
+  EXPECT_EQ(clicked_.size(), 0);
+}
+
+TEST_F(ButtonLabelTest, AFieldThatIsBeingEditedCommitsBeforeTheClick) {
+  QStringList order;
+  QObject::connect(&field_, &ValueField::committed, &field_,
+                   [&] { order.append(QStringLiteral("committed")); });
+  QObject::connect(&button_, &ButtonLabel::clicked, &button_,
+                   [&] { order.append(QStringLiteral("clicked")); });
+  QTest::keyClicks(&field_, QStringLiteral("42"));
+  QTest::mouseClick(&button_, Qt::LeftButton);
+  EXPECT_EQ(order, QStringList({QStringLiteral("committed"), QStringLiteral("clicked")}));
+}
+
+TEST_F(ButtonLabelTest, ItsTextIsWhiteAtRestOnADarkFaceAndBlackOnALightOneWhenClicked) {
+  EXPECT_EQ(button_.textColor(), QColor(Qt::white));
+  EXPECT_EQ(button_.faceColor(), Style::face);
+  const QImage atRest = picture();
+  EXPECT_EQ(atRest.pixelColor(8, atRest.height() / 2), Style::face);
+  button_.setTextColor(Qt::black);
+  EXPECT_EQ(button_.textColor(), QColor(Qt::black));
+  const QImage clicked = picture();
+  EXPECT_EQ(clicked.pixelColor(8, clicked.height() / 2), Style::flashFace);
+}
+
+TEST_F(ButtonLabelTest, LooksDifferentWhenDisabledAndWhenFocused) {
+  const QImage atRest = picture();
+  button_.setFocus();
+  const QImage focused = picture();
+  button_.setEnabled(false);
+  const QImage disabled = picture();
+  EXPECT_NE(atRest, focused);
+  EXPECT_NE(atRest, disabled);
+  EXPECT_NE(focused, disabled);
+}
+
+TEST_F(ButtonLabelTest, IsAButtonWithItsTextAsNameForAssistiveTechnology) {
+  QAccessibleInterface *interface = QAccessible::queryAccessibleInterface(&button_);
+  ASSERT_NE(interface, nullptr);
+  EXPECT_EQ(interface->role(), QAccessible::Button);
+  EXPECT_EQ(interface->text(QAccessible::Name), QStringLiteral("Read"));
+  ASSERT_NE(interface->actionInterface(), nullptr);
+  interface->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+  EXPECT_TRUE(QTest::qWaitFor([this] { return clicked_.size() == 1; }));
+}
+
+}  // namespace
+}  // namespace tavril

@@ -1,0 +1,117 @@
+#pragma once
+
+#include "editor/MainScreen.h"
+#include "editor/MsgPanel.h"
+#include "editor/PanelBackdrop.h"
+#include "editor/Style.h"
+#include "editor/WaitPanel.h"
+#include "editor/WidgetElement.h"
+#include "platform/linux/StringTables.h"
+#include "tests/support/RecordingLog.h"
+
+#include <QApplication>
+
+#include <gtest/gtest.h>
+
+namespace tavril {
+
+/// The main screen's labels with the keys of their texts.
+inline constexpr std::pair<const char *, const char16_t *> labelTexts[]{
+    {"setting_list", u"setting_list"},
+    {"motor_parameter", u"motor_parameter"},
+    {"value_setting", u"value_setting"},
+    {"sid", u"sid"},
+    {"ack_policy", u"ack_policy"},
+    {"alarm_led_policy", u"alarm_led_policy"},
+    {"torque_policy", u"torque_policy"},
+    {"max_temperature", u"max_tempertaure"},
+    {"min_volt", u"min_voltage"},
+    {"max_volt", u"max_voltage"},
+    {"max_load", u"max_load"},
+    {"kp", u"kp"},
+    {"ki", u"ki"},
+    {"kd", u"kd"},
+    {"over_temperature", u"over_temperature"},
+    {"over_volt", u"over_voltage"},
+    {"over_load", u"over_load"},
+    {"calibretion_angle", u"calibration_angle"},
+    {"status_error", u"status_error"},
+    {"status_detail", u"status_detail"},
+    {"present_volt", u"present_voltage"},
+    {"present_temperature", u"present_temperature"},
+    {"present_load", u"present_load"},
+    {"motor_kx_90", u"motor_kx_90"},
+    {"position", u"position"},
+    {"relax", u"relax"},
+    {"capture", u"capture"},
+    {"motor_set", u"motor_set"},
+    {"detail_about", u"detail_about"},
+    {"read", u"read"},
+    {"detail_set", u"detail_set"},
+};
+
+inline constexpr const char *buttonNames[]{"relax", "capture", "motor_set", "read", "detail_set"};
+
+/// The main screen with both panels, dressed and with the texts of a language that came with the program.
+class ShippedScreen {
+ public:
+  explicit ShippedScreen(const QString &language = QStringLiteral("en")) {
+    EXPECT_TRUE(strings.setLanguage(language));
+    screen.setTexts(strings);
+    for (const auto &[name, key] : labelTexts) {
+      setText(name, key);
+      Style::setLabelSize(widget(name), strings.text(u"fontsize").toDouble());
+    }
+    setText("ConnectStatus", u"Not_connect");
+    setText("errormsg", u"Please_choose_COM_Port_and_Connect_to_device");
+
+    auto *msg = new MsgPanel;
+    msg->setTexts(strings);
+    widget<PanelBackdrop>("ContrainerView_MsgView").setPanel(msg);
+    auto *wait = new WaitPanel;
+    wait->setTexts(strings);
+    widget<PanelBackdrop>("ContrainerView_WaitView").setPanel(wait);
+    setText("MsgTittle", u"warning");
+    setText("MsgContent", u"reset");
+    setText("cancel_lab", u"CancelBT");
+    setText("ok_lab", u"Confirm");
+    setText("WaitTittle", u"Confirm");
+    setText("WaitContent", u"Please_check_device_is_ready");
+    setText("cancel", u"CancelBT");
+  }
+
+  /// Shows it and makes it the active window.
+  void show() {
+    screen.show();
+    QApplication::setActiveWindow(&screen);
+  }
+
+  template <typename Widget = QWidget>
+  Widget &widget(const QString &name) {
+    auto *found = screen.findChild<Widget *>(name);
+    if (!found) throw std::runtime_error("no such element: " + name.toStdString());
+    return *found;
+  }
+
+  void setText(const QString &name, QStringView key) {
+    WidgetElement::over(widget(name))->setText(strings.text(key));
+  }
+
+  /// Dresses the program before there is any widget, as the program itself does.
+  struct Dressed {
+    Dressed() {
+      static const bool once = [] {
+        Style::apply(*static_cast<QApplication *>(QCoreApplication::instance()));
+        return true;
+      }();
+      EXPECT_TRUE(once);
+    }
+  };
+
+  Dressed dressed;
+  RecordingLog log;
+  StringTables strings{StringTables::standardFolders().mid(0, 1), log};
+  MainScreen screen;
+};
+
+}  // namespace tavril

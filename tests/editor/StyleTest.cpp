@@ -1,0 +1,161 @@
+#include "editor/ButtonLabel.h"
+#include "editor/FrameField.h"
+#include "editor/ValueField.h"
+#include "tests/editor/ShippedScreen.h"
+
+#include <QFontInfo>
+#include <QLabel>
+#include <QPlainTextEdit>
+#include <QRegularExpression>
+
+#include <cmath>
+
+namespace tavril {
+namespace {
+
+double channel(double value) {
+  return value <= 0.03928 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
+}
+
+double luminance(const QColor &colour) {
+  return 0.2126 * channel(colour.redF()) + 0.7152 * channel(colour.greenF()) +
+         0.0722 * channel(colour.blueF());
+}
+
+/// The ratio of the accessibility guidelines, 1 to 21.
+double contrast(const QColor &one, const QColor &other) {
+  const double a = luminance(one);
+  const double b = luminance(other);
+  return (std::max(a, b) + 0.05) / (std::min(a, b) + 0.05);
+}
+
+constexpr double enough = 4.5;
+
+/// The contrast between the strongest ink within the rectangle and the colour that most of it has.
+double drawnContrast(QWidget &screen, const QRect &place) {
+  const QImage picture = screen.grab(place).toImage();
+  QHash<QRgb, int> counts;
+  for (int y = 0; y < picture.height(); ++y) {
+    for (int x = 0; x < picture.width(); ++x) ++counts[picture.pixel(x, y)];
+  }
+  QRgb ground = 0;
+  int most = 0;
+  for (auto count = counts.cbegin(); count != counts.cend(); ++count) {
+    if (count.value() <= most) continue;
+    most = count.value();
+    ground = count.key();
+  }
+  double strongest = 1;
+  for (auto count = counts.cbegin(); count != counts.cend(); ++count) {
+    strongest = std::max(strongest, contrast(QColor(count.key()), QColor(ground)));
+  }
+  return strongest;
+}
+
+QRect placeIn(const QWidget &screen, const QWidget &widget, int margin) {
+  return QRect(widget.mapTo(&screen, QPoint()), widget.size()).adjusted(margin, margin, -margin, -margin);
+}
+
+TEST(Style, TheContrastOfBlackOnWhiteIsTwentyOne) {
+  EXPECT_NEAR(contrast(Qt::black, Qt::white), 21, 0.001);
+  EXPECT_NEAR(contrast(QColor(0x77, 0x77, 0x77), Qt::white), 4.48, 0.01);
+}
+
+TEST(Style, EveryPairOfTextAndGroundHasEnoughContrast) {
+  ASSERT_GE(Style::textPairs().size(), 10U);
+  for (const Style::TextPair &pair : Style::textPairs()) {
+    EXPECT_GE(contrast(pair.text, pair.ground), enough) << pair.where;
+  }
+}
+
+TEST(Style, EveryTextHasEnoughContrastAsItIsDrawnEnabledAndDisabled) {
+  ShippedScreen shipped;
+  shipped.show();
+  for (auto *field : shipped.screen.findChildren<QLineEdit *>()) field->setText(QStringLiteral("88888"));
+  shipped.widget<QPlainTextEdit>("MsgView").setPlainText(shipped.strings.text(u"NoticeMsg_kp"));
+  for (const bool enabled : {false, true}) {
+    for (auto *field : shipped.screen.findChildren<ValueField *>())
+      field->setEnabled(enabled && !field->isReadOnly());
+    for (const char *name : buttonNames) shipped.widget(name).setEnabled(enabled);
+    for (QWidget *widget : shipped.screen.findChildren<QWidget *>()) {
+      const bool isText = qobject_cast<QLabel *>(widget) || qobject_cast<QLineEdit *>(widget) ||
+                          qobject_cast<QAbstractButton *>(widget) || qobject_cast<QPlainTextEdit *>(widget);
+      if (!isText || !widget->isVisible()) continue;
+      // The lamp beside the connection text is no text.
+      const int margin = widget->objectName() == QStringLiteral("ConnectStatus") ? 10 : 3;
+      QRect place = placeIn(shipped.screen, *widget, margin);
+      if (margin == 10) place.setLeft(place.left() + 40);
+      EXPECT_GE(drawnContrast(shipped.screen, place), enough) << qPrintable(widget->objectName());
+    }
+  }
+}
+
+TEST(Style, ButtonsAreReadableAtRestAndWhenClicked) {
+  ShippedScreen shipped;
+  for (auto *button : shipped.screen.findChildren<ButtonLabel *>()) {
+    button->setEnabled(true);
+    for (const QColor &colour : {QColor(Qt::white), QColor(Qt::black)}) {
+      button->setTextColor(colour);
+      EXPECT_GE(contrast(button->textColor(), button->faceColor()), enough)
+          << qPrintable(button->objectName());
+    }
+  }
+}
+
+TEST(Style, EditableReadOnlyAndDisabledFieldsDifferWithoutColour) {
+  ShippedScreen shipped;
+  shipped.show();
+  auto &field = shipped.widget<ValueField>("PresentLoad_value");
+  auto &setting = shipped.widget<ValueField>("sID_value");
+  // Pixels of the upper edge that differ from those of the card: all of a solid line, some of a dashed one,
+  // none of a read-out.
+  const auto inked = [&](const QWidget &widget) {
+    const QRect line(widget.x() + 10, widget.y(), widget.width() - 20, 1);
+    const QImage picture = shipped.screen.grab(line).toImage();
+    int count = 0;
+    for (int x = 0; x < picture.width(); ++x) count += picture.pixelColor(x, 0) != Style::card;
+    return double(count) / picture.width();
+  };
+  setting.setEnabled(true);
+  EXPECT_EQ(inked(setting), 1);
+  setting.setEnabled(false);
+  EXPECT_GT(inked(setting), 0.2);
+  EXPECT_LT(inked(setting), 0.9);
+  EXPECT_EQ(inked(field), 0);
+}
+
+TEST(Style, TextsAndValuesHaveTheirFaces) {
+  ShippedScreen shipped;
+  shipped.show();
+  EXPECT_EQ(QFontInfo(shipped.widget("sid").font()).family(), QStringLiteral("Inter"));
+  for (const char *name : {"sID_value", "PresentLoad_value", "angle", "TXcmd", "RXcmd"}) {
+    EXPECT_EQ(QFontInfo(shipped.widget(name).font()).family(), QStringLiteral("JetBrains Mono")) << name;
+    EXPECT_TRUE(QFontInfo(shipped.widget(name).font()).fixedPitch()) << name;
+  }
+}
+
+TEST(Style, ALabelsSizeIsSetWithoutItsFaceAndWeight) {
+  ShippedScreen shipped;
+  auto &label = shipped.widget("setting_list");
+  const QFont before = label.font();
+  Style::setLabelSize(label, 20);
+  EXPECT_EQ(label.font().pixelSize(), 20);
+  EXPECT_EQ(label.font().weight(), before.weight());
+  EXPECT_EQ(label.font().families(), before.families());
+}
+
+TEST(Style, ASizeOfZeroIsTheDefaultSize) {
+  ShippedScreen shipped;
+  auto &label = shipped.widget("sid");
+  Style::setLabelSize(label, 20);
+  Style::setLabelSize(label, 0);
+  EXPECT_EQ(label.font().pixelSize(), Style::defaultLabelSize);
+}
+
+TEST(Style, NoColourOfTheSheetIsLeftUnnamed) {
+  const QString sheet = Style::sheet();
+  EXPECT_FALSE(sheet.contains(QRegularExpression(QStringLiteral("\\{\\w+\\}"))));
+}
+
+}  // namespace
+}  // namespace tavril
