@@ -45,14 +45,14 @@ SerialPortList portsOf(const Notification &notification, const char16_t *key) {
 }  // namespace
 
 std::shared_ptr<AppDelegate> AppDelegate::make(SharedState &state, const Desktop &desktop,
-                                               const SerialEnvironment &serial,
+                                               const SerialEnvironment &serial, StoreController &store,
                                                std::chrono::milliseconds startUpWait) {
-  return std::make_shared<AppDelegate>(Token{}, state, desktop, serial, startUpWait);
+  return std::make_shared<AppDelegate>(Token{}, state, desktop, serial, store, startUpWait);
 }
 
 AppDelegate::AppDelegate(Token, SharedState &state, const Desktop &desktop, const SerialEnvironment &serial,
-                         std::chrono::milliseconds startUpWait)
-    : state_(state), desktop_(desktop), serial_(serial), startUpWait_(startUpWait) {}
+                         StoreController &store, std::chrono::milliseconds startUpWait)
+    : state_(state), desktop_(desktop), serial_(serial), store_(store), startUpWait_(startUpWait) {}
 
 AppDelegate::~AppDelegate() {
   desktop_.notifications.removeObserver(this);
@@ -273,7 +273,7 @@ void AppDelegate::forgetDisconnected(const SerialPort &port, std::size_t positio
   clearSettings(true);
 }
 
-void AppDelegate::clearSettings(bool disable) {
+void AppDelegate::clearSettings(bool disable) const {
   for (const RegisterRow &row : settingRegisters()) {
     ScreenElement &element = state_.ObjectDictionaryArray.element(row.valueKey);
     element.setText(QString());

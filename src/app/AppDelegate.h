@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/StoreController.h"
 #include "platform/UserNotifications.h"
 #include "protocol/CommandSender.h"
 #include "serial/LinkOpener.h"
@@ -50,10 +51,10 @@ class AppDelegate final : public SerialPortDelegate,
 
   /// Owns nothing it is given; all of it must outlive the delegate.
   static std::shared_ptr<AppDelegate> make(SharedState &state, const Desktop &desktop,
-                                           const SerialEnvironment &serial,
+                                           const SerialEnvironment &serial, StoreController &store,
                                            std::chrono::milliseconds startUpWait = bridgeStartUp);
   AppDelegate(Token, SharedState &state, const Desktop &desktop, const SerialEnvironment &serial,
-              std::chrono::milliseconds startUpWait);
+              StoreController &store, std::chrono::milliseconds startUpWait);
   ~AppDelegate() override;
   AppDelegate(const AppDelegate &) = delete;
   AppDelegate &operator=(const AppDelegate &) = delete;
@@ -61,6 +62,15 @@ class AppDelegate final : public SerialPortDelegate,
   /// Menu titles, shared state, the decoder, the ports; nothing is sent.
   void applicationDidFinishLaunching(const MenuOutlets &menu = {});
   void applicationWillTerminate() {}
+
+  /// The object store and quitting, see StoreController.
+  QString applicationDocumentsDirectory() const { return store_.applicationDocumentsDirectory(); }
+  const ManagedObjectModel *managedObjectModel() { return store_.managedObjectModel(); }
+  PersistentStoreCoordinator *persistentStoreCoordinator() { return store_.persistentStoreCoordinator(); }
+  ManagedObjectContext *managedObjectContext() { return store_.managedObjectContext(); }
+  void saveAction() { store_.saveAction(); }
+  UndoManager *windowWillReturnUndoManager() { return store_.windowWillReturnUndoManager(); }
+  TerminateReply applicationShouldTerminate() { return store_.applicationShouldTerminate(); }
 
   /// Lists the ports and starts watching them.
   void OSSerialInit();
@@ -101,7 +111,7 @@ class AppDelegate final : public SerialPortDelegate,
   void showConnection(QStringView key);
   bool acceptFrame(const QByteArray &data, const QStringList &decimal, const QStringList &hexadecimal);
   void restartReading(const QStringList &decimal);
-  void clearSettings(bool disable);
+  void clearSettings(bool disable) const;
   void forgetDisconnected(const SerialPort &port, std::size_t position);
   int alertUser(const QString &informativeText);
   void request(const QString &word);
@@ -110,6 +120,7 @@ class AppDelegate final : public SerialPortDelegate,
   SharedState &state_;
   const Desktop &desktop_;
   const SerialEnvironment &serial_;
+  StoreController &store_;
   const std::chrono::milliseconds startUpWait_;
   std::shared_ptr<SerialPortManager> serialPortManager_;
   std::shared_ptr<SerialPort> serialPort_;

@@ -27,11 +27,15 @@ CommandLine CommandLine::parse(const QStringList &arguments, const QString &vers
       QStringLiteral("report"),
       QStringLiteral("No window: connect to the first port, print all registers, and exit."));
   const QCommandLineOption json(QStringLiteral("json"), QStringLiteral("With --report: print JSON."));
+  const QCommandLineOption snapshot(
+      QStringLiteral("snapshot"),
+      QStringLiteral("Open the window, connect to the first port, save a picture as <file>, and exit."),
+      QStringLiteral("file.png"));
   const QCommandLineOption showVersion({QStringLiteral("v"), QStringLiteral("version")},
                                        QStringLiteral("Print the version and exit."));
   const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
                                 QStringLiteral("Print this help and exit."));
-  parser.addOptions({demo, port, language, report, json, showVersion, help});
+  parser.addOptions({demo, port, language, report, json, snapshot, showVersion, help});
 
   CommandLine line;
   const auto usage = [&](const QString &problem) {
@@ -54,6 +58,7 @@ CommandLine CommandLine::parse(const QStringList &arguments, const QString &vers
   line.format = parser.isSet(json) ? ReportFormat::Json : ReportFormat::Table;
   line.ports = parser.values(port);
   line.language = parser.value(language);
+  line.snapshot = parser.value(snapshot);
   if (!parser.positionalArguments().isEmpty()) {
     usage(QStringLiteral("\"%1\" is not an option.").arg(parser.positionalArguments().constFirst()));
   } else if (line.demo && !line.ports.isEmpty()) {
@@ -61,6 +66,11 @@ CommandLine CommandLine::parse(const QStringList &arguments, const QString &vers
         "--demo and --port exclude each other: the one is the virtual servo, the other a real one."));
   } else if (parser.isSet(json) && !line.report) {
     usage(QStringLiteral("--json goes with --report."));
+  } else if (parser.isSet(snapshot) && line.report) {
+    usage(QStringLiteral(
+        "--snapshot and --report exclude each other: the one needs the window, the other has none."));
+  } else if (parser.isSet(snapshot) && line.snapshot.isEmpty()) {
+    usage(QStringLiteral("--snapshot needs the name of a file, such as tavril.png."));
   } else if (line.ports.contains(QString())) {
     usage(QStringLiteral("--port needs the path of a terminal, such as /dev/ttyUSB0."));
   }

@@ -1,38 +1,27 @@
 #pragma once
 
+#include "app/ReadOut.h"
 #include "platform/PlainElement.h"
 
-#include <QHash>
 #include <QString>
 
 #include <functional>
 #include <map>
-#include <memory>
 
 namespace tavril {
 
-class AppDelegate;
-class SerialPort;
-class Timer;
-struct Desktop;
-struct SharedState;
-
 enum class ReportFormat { Table, Json };
 
-/// Connects to the first listed port without a window, reads all twenty registers and tells the outcome once:
-/// the text to print, or one line that says what was wrong and what to do. Main thread only.
+/// The read-out without a window: registers plain values as the screen, reads all twenty registers and tells
+/// the outcome once. Main thread only; owns nothing it is given.
 class Report {
  public:
   struct Outcome {
     bool succeeded = false;
-    QString text;
+    QString text;  ///< what to print, or one line that says what was wrong and what to do
   };
   using Finished = std::function<void(const Outcome &)>;
 
-  /// Seconds without an answer after which the device counts as silent.
-  static constexpr int countdownSeconds = 30;
-
-  /// Registers its own screen elements. Owns nothing it is given.
   Report(SharedState &state, AppDelegate &application, const Desktop &desktop, ReportFormat format,
          Finished finished);
   ~Report();
@@ -40,29 +29,17 @@ class Report {
   Report &operator=(const Report &) = delete;
 
   /// Connects; `finished` may be called before this returns.
-  void start();
+  void start() { readOut_.start(); }
 
  private:
-  void update();
-  void countDown();
-  bool allRegistersRead() const;
-  int registersRead() const;
-  void finish(bool succeeded, const QString &text);
-  void fail(const QString &text);
   QString table() const;
   QString json() const;
 
   SharedState &state_;
-  AppDelegate &application_;
-  const Desktop &desktop_;
   const ReportFormat format_;
   Finished finished_;
   std::map<QString, PlainElement> elements_;
-  std::shared_ptr<SerialPort> port_;
-  std::shared_ptr<Timer> updateTimer_;
-  std::shared_ptr<Timer> countdownTimer_;
-  int secondsLeft_ = countdownSeconds;
-  int readSoFar_ = 0;
+  ReadOut readOut_;
 };
 
 }  // namespace tavril

@@ -1,16 +1,25 @@
 // The composition root: the only place that knows every room.
 #include "app/AppDelegate.h"
 #include "app/CommandLine.h"
+#include "app/ReadOut.h"
 #include "app/Report.h"
+#include "app/StoreController.h"
+#include "editor/EditorWindow.h"
+#include "editor/Style.h"
+#include "platform/AlertErrorPresenter.h"
 #include "platform/Desktop.h"
 #include "platform/LoggingAlert.h"
 #include "platform/NotificationCenter.h"
 #include "platform/linux/AtExit.h"
 #include "platform/linux/DesktopNotifications.h"
+#include "platform/linux/PaintWidgets.h"
 #include "platform/linux/PaintingWait.h"
+#include "platform/linux/PosixPrivateFiles.h"
 #include "platform/linux/PosixTerminalCalls.h"
 #include "platform/linux/QtMainQueue.h"
+#include "platform/linux/QtModalAlert.h"
 #include "platform/linux/QtTimers.h"
+#include "platform/linux/StandardStreams.h"
 #include "platform/linux/StreamLog.h"
 #include "platform/linux/StringTables.h"
 #include "platform/linux/ThreadBackground.h"
@@ -19,12 +28,16 @@
 #include "protocol/SharedState.h"
 #include "serial/PortRegistry.h"
 #include "serial/SerialEnvironment.h"
+#include "serial/config/Config.h"
 #include "simulator/VirtualServo.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QLocale>
+#include <QScreen>
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 
 namespace {
 
@@ -32,14 +45,27 @@ using namespace tavril;
 
 constexpr int failed = 1;
 
-void print(std::FILE *stream, const QString &text) {
-  std::fputs(qUtf8Printable(text), stream);
-  std::fflush(stream);
+/// False when the stream has not taken the whole text; errno tells why.
+bool print(std::FILE *stream, const QString &text) {
+  return std::fputs(qUtf8Printable(text), stream) >= 0 && std::fflush(stream) == 0;
 }
 
-int complain(const QString &text) {
+/// Returns the status to exit with.
+int complain(const QString &text, int status = failed) {
   print(stderr, QStringLiteral("tavril: ") + text + u'\n');
-  return failed;
+  return status;
+}
+
+/// Returns the status to exit with.
+int answer(const QString &text) {
+  if (print(stdout, text)) return 0;
+  return complain(QStringLiteral("the output could not be written: %1.")
+                      .arg(QString::fromLocal8Bit(std::strerror(errno))));
+}
+
+bool hasDisplay() {
+  return qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY") ||
+         qEnvironmentVariableIsSet("QT_QPA_PLATFORM");
 }
 
 /// Ends what reaches from one object into another: whoever still waits for the main thread is let go, and no
@@ -57,18 +83,25 @@ struct LooseEnds {
 /// Every object of the program. The order matters: what is named later goes first. So the ports are closed
 /// while all is still there, then the threads end, then goes what they stood on.
 struct House {
-  explicit House(std::chrono::milliseconds startUpWait)
-      : application(AppDelegate::make(state, desktop, serial, startUpWait)) {}
+  /// `interactive`: there is somebody who answers alerts.
+  House(std::chrono::milliseconds startUpWait, bool interactive)
+      : alert(interactive ? std::unique_ptr<ModalAlert>(std::make_unique<QtModalAlert>(mainQueue))
+                          : std::make_unique<LoggingAlert>(log)),
+        application(AppDelegate::make(state, desktop, serial, store, startUpWait)) {}
 
   StreamLog log;
   QtMainQueue mainQueue;
   QtTimers timers{mainQueue};
-  PaintingWait blockingWait{nullptr};
-  LoggingAlert alert{log};
+  PaintingWait blockingWait{paintPendingWidgets};
+  std::unique_ptr<ModalAlert> alert;
   StringTables strings{StringTables::standardFolders(), log};
   NotificationCenter notifications;
   DesktopNotifications userNotifications;
-  Desktop desktop{mainQueue, timers, blockingWait, alert, strings, notifications, &userNotifications, log};
+  Desktop desktop{mainQueue, timers, blockingWait, *alert, strings, notifications, &userNotifications, log};
+
+  PosixPrivateFiles files;
+  AlertErrorPresenter errors{*alert};
+  StoreController store{files, desktop, errors};
 
   PosixTerminalCalls terminal{log};
   UdevDeviceRegistry devices;
@@ -86,12 +119,7 @@ struct House {
 int report(House &house, ReportFormat format) {
   int status = failed;
   Report readOut(house.state, *house.application, house.desktop, format, [&](const Report::Outcome &outcome) {
-    status = 0;
-    if (outcome.succeeded) {
-      print(stdout, outcome.text);
-    } else {
-      status = complain(outcome.text);
-    }
+    status = outcome.succeeded ? answer(outcome.text) : complain(outcome.text);
     // Later, for the event loop has not begun when the port cannot be opened.
     house.mainQueue.async([status] { QCoreApplication::exit(status); });
   });
@@ -99,8 +127,56 @@ int report(House &house, ReportFormat format) {
   return QCoreApplication::exec();
 }
 
+/// Opens the port dialog over the window; the dialog lives until it is closed.
+void openPortSetting(House &house, EditorWindow &window) {
+  if (auto *open = window.findChild<Config *>()) {
+    open->raise();
+    return;
+  }
+  auto *dialog = new Config(house.state, *house.application, house.desktop, house.serial, &window);
+  dialog->setAttribute(Qt::WA_DeleteOnClose);
+  dialog->open();
+}
+
+/// The editor, or with a file name a picture of it once everything has been read.
+int edit(House &house, const QString &snapshot) {
+  EditorWindow::Actions actions;
+  EditorWindow *shown = nullptr;
+  actions.openPortSetting = [&] { openPortSetting(house, *shown); };
+  actions.quit = [&] {
+    if (house.application->applicationShouldTerminate() == TerminateReply::TerminateNow)
+      QCoreApplication::exit(0);
+  };
+  actions.endProcess = [](int status) { QCoreApplication::exit(status); };
+  EditorWindow window(house.state, *house.application, house.desktop, std::move(actions));
+  shown = &window;
+  house.application->applicationDidFinishLaunching(window.menuOutlets());
+  // A picture shows all of the window, also one that is larger than the desktop.
+  window.fitInto(snapshot.isEmpty() ? window.screen()->availableSize()
+                                    : QSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX));
+  window.show();
+  if (snapshot.isEmpty()) return QCoreApplication::exec();
+
+  ReadOut readOut(house.state, *house.application, house.desktop, [&](const QString &problem) {
+    // A moment later, so that the window shows what has been read.
+    house.desktop.timers.oneShot(std::chrono::milliseconds(200), [&window, snapshot, problem] {
+      int status = problem.isEmpty() ? 0 : complain(problem);
+      if (problem.isEmpty() && !window.grab().save(snapshot)) {
+        status = complain(
+            QStringLiteral("the picture could not be written to %1: name a file in a folder that you "
+                           "may write to, ending in .png.")
+                .arg(snapshot));
+      }
+      QCoreApplication::exit(status);
+    });
+  });
+  house.mainQueue.async([&readOut] { readOut.start(); });
+  return QCoreApplication::exec();
+}
+
 int run(const CommandLine &line) {
-  House house(line.demo ? std::chrono::milliseconds(0) : AppDelegate::bridgeStartUp);
+  const bool interactive = !line.report && line.snapshot.isEmpty();
+  House house(line.demo ? std::chrono::milliseconds(0) : AppDelegate::bridgeStartUp, interactive);
   buildHelpTables(house.state, house.log);
 
   QString language = line.language;
@@ -125,6 +201,7 @@ int run(const CommandLine &line) {
       return complain(*problem + QStringLiteral(". Name a serial terminal, such as /dev/ttyUSB0."));
     }
   }
+  if (!line.report) return edit(house, line.snapshot);
   house.application->applicationDidFinishLaunching();
   return report(house, line.format);
 }
@@ -132,22 +209,29 @@ int run(const CommandLine &line) {
 }  // namespace
 
 int main(int argc, char **argv) {
+  secureStandardStreams();
   QCoreApplication::setApplicationName(QStringLiteral("Tavril"));
   const QString version = QStringLiteral(TAVRIL_VERSION);
   QCoreApplication::setApplicationVersion(version);
-  QCoreApplication application(argc, argv);
-
-  CommandLine line = CommandLine::parse(QCoreApplication::arguments(), version);
-  if (!line.answer && !line.report) {
-    line.answer = CommandLine::Answer{QStringLiteral("the window is still being built: use --report."), 2};
-  }
+  QStringList arguments;
+  for (int i = 0; i < argc; ++i) arguments.append(QString::fromLocal8Bit(argv[i]));
+  const CommandLine line = CommandLine::parse(arguments, version);
   if (line.answer) {
-    if (line.answer->status == 0) {
-      print(stdout, line.answer->text);
-    } else {
-      complain(line.answer->text);
-    }
-    return line.answer->status;
+    const auto &[text, status] = *line.answer;
+    return status == 0 ? answer(text) : complain(text, status);
   }
+  if (line.report) {
+    const QCoreApplication application(argc, argv);
+    return run(line);
+  }
+  if (!hasDisplay()) {
+    if (line.snapshot.isEmpty()) {
+      return complain(
+          QStringLiteral("there is no display for the window: use --report, or --snapshot FILE.png."));
+    }
+    qputenv("QT_QPA_PLATFORM", "offscreen");  // a picture can be made without one
+  }
+  QApplication application(argc, argv);
+  Style::apply(application);
   return run(line);
 }

@@ -1,5 +1,9 @@
+#include "platform/ManagedObjectContext.h"
+#include "platform/PersistentStoreCoordinator.h"
 #include "tests/app/LinkBench.h"
 #include "tests/support/WaitFor.h"
+
+#include <QDir>
 
 namespace tavril {
 namespace {
@@ -43,6 +47,43 @@ TEST_F(AppDelegateLink, ThePlaceholderPortFailsItsAssertionInTheLogAtEveryLaunch
   launch();
   EXPECT_EQ(bench.log.lines().last(),
             "*** Assertion failure: SerialPort must be init'd using -initWithPath:");
+}
+
+// --------------------------------------------------------------------------------- the object store,
+// quitting
+
+TEST_F(AppDelegateLink, LaunchingAndQuittingMakeNoObjectStore) {
+  launchOnPty();
+  EXPECT_EQ(application->applicationShouldTerminate(), TerminateReply::TerminateNow);
+  application->applicationWillTerminate();
+  EXPECT_TRUE(QDir(applicationSupport.path()).isEmpty());
+}
+
+TEST_F(AppDelegateLink, TheObjectStoreIsReachedThroughTheDelegate) {
+  launch();
+  EXPECT_EQ(application->applicationDocumentsDirectory(),
+            applicationSupport.path() + QStringLiteral("/org.tavril.Tavril"));
+  EXPECT_EQ(application->managedObjectModel(), store.managedObjectModel());
+  EXPECT_FALSE(QDir(application->applicationDocumentsDirectory()).exists());
+  ManagedObjectContext *context = application->managedObjectContext();
+  ASSERT_NE(context, nullptr);
+  EXPECT_EQ(context, store.managedObjectContext());
+  EXPECT_EQ(application->persistentStoreCoordinator(), store.persistentStoreCoordinator());
+  EXPECT_EQ(application->windowWillReturnUndoManager(), &context->undoManager());
+  EXPECT_TRUE(QDir(application->applicationDocumentsDirectory()).exists());
+}
+
+TEST_F(AppDelegateLink, EditsThatCannotBeCommittedAreLoggedWhenSavingAndKeepTheProgramFromQuitting) {
+  class : public ManagedObjectContext::Editor {
+    bool commitEditing() override { return false; }
+  } editor;
+  launch();
+  application->managedObjectContext()->objectDidBeginEditing(editor);
+  application->saveAction();
+  EXPECT_EQ(bench.log.lines().last(), "AppDelegate:saveAction: unable to commit editing before saving");
+  EXPECT_EQ(application->applicationShouldTerminate(), TerminateReply::TerminateCancel);
+  EXPECT_EQ(bench.log.lines().last(),
+            "AppDelegate:applicationShouldTerminate: unable to commit editing to terminate");
 }
 
 // ------------------------------------------------------------------------------------------------ the link

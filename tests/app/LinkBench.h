@@ -1,8 +1,10 @@
 #pragma once
 
 #include "app/AppDelegate.h"
+#include "platform/AlertErrorPresenter.h"
 #include "platform/Desktop.h"
 #include "platform/PlainElement.h"
+#include "platform/linux/PosixPrivateFiles.h"
 #include "protocol/Function.h"
 #include "protocol/RegisterCatalogue.h"
 #include "protocol/SharedState.h"
@@ -12,6 +14,8 @@
 #include "tests/support/RecordingUserNotifications.h"
 #include "tests/support/RecordingWait.h"
 #include "tests/support/SerialBench.h"
+
+#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
@@ -38,7 +42,7 @@ class LinkBench : public testing::Test {
       elements[QString::fromLatin1(key)];
     }
     for (auto &[key, element] : elements) state.ObjectDictionaryArray.set(key, element);
-    application = AppDelegate::make(state, desktop, bench.environment);
+    application = AppDelegate::make(state, desktop, bench.environment, store);
     application->applicationDidFinishLaunching(menu);
   }
 
@@ -70,6 +74,11 @@ class LinkBench : public testing::Test {
   RecordingUserNotifications userNotifications;
   Desktop desktop{bench.mainQueue,    timers,   wait, alert, strings, bench.notifications,
                   &userNotifications, bench.log};
+  QTemporaryDir applicationSupport;
+  PosixPrivateFiles files;
+  AlertErrorPresenter errors{alert};
+  StoreController store{
+      files, desktop, errors, {applicationSupport.path(), QStringLiteral(":/model/Tavril.xml")}};
   MenuOutlets menu;
   std::shared_ptr<AppDelegate> application;
 };

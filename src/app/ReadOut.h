@@ -1,0 +1,55 @@
+#pragma once
+
+#include <QString>
+
+#include <functional>
+#include <memory>
+
+namespace tavril {
+
+class AppDelegate;
+class SerialPort;
+class Timer;
+struct Desktop;
+struct SharedState;
+
+/// Connects to the first listed port, as a user would, and watches until all twenty registers are shown or
+/// that has failed. Looks only at what the user could see. Main thread only; owns nothing it is given.
+class ReadOut {
+ public:
+  /// Empty when all registers were read, else one line that says what was wrong and what to do.
+  using Finished = std::function<void(const QString &problem)>;
+
+  /// Seconds without an answer after which the device counts as silent.
+  static constexpr int countdownSeconds = 30;
+
+  /// The registers' screen elements must be registered before start().
+  ReadOut(SharedState &state, AppDelegate &application, const Desktop &desktop, Finished finished);
+  ~ReadOut();
+  ReadOut(const ReadOut &) = delete;
+  ReadOut &operator=(const ReadOut &) = delete;
+
+  /// Connects; `finished` is called once, perhaps before this returns.
+  void start();
+  /// The port that is read; nothing before start() or without a port.
+  const std::shared_ptr<SerialPort> &port() const { return port_; }
+
+ private:
+  void update();
+  void countDown();
+  int registersRead() const;
+  void finish(const QString &problem);
+
+  SharedState &state_;
+  AppDelegate &application_;
+  const Desktop &desktop_;
+  Finished finished_;
+  std::shared_ptr<SerialPort> port_;
+  std::shared_ptr<Timer> updateTimer_;
+  std::shared_ptr<Timer> countdownTimer_;
+  int secondsLeft_ = countdownSeconds;
+  int readSoFar_ = 0;
+  bool detected_ = false;
+};
+
+}  // namespace tavril

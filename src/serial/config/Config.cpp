@@ -1,0 +1,130 @@
+#include "serial/config/Config.h"
+
+#include "platform/Desktop.h"
+#include "platform/DeviceRegistry.h"
+#include "platform/Log.h"
+#include "platform/NotificationCenter.h"
+#include "platform/ScreenElement.h"
+#include "platform/StringTable.h"
+#include "protocol/SharedState.h"
+#include "serial/LinkOpener.h"
+#include "serial/SerialPort.h"
+#include "serial/SerialPortManager.h"
+#include "serial/config/PortListModel.h"
+#include "ui_PortDialog.h"
+
+#include <QComboBox>
+#include <QPushButton>
+
+namespace tavril {
+
+namespace {
+
+QString identifierOf(const QComboBox &comboBox) {
+  return comboBox.property("identifier").toString();
+}
+
+}  // namespace
+
+Config::Config(SharedState &state, LinkOpener &appdelegate, const Desktop &desktop,
+               const SerialEnvironment &serial, QWidget *parent)
+    : QDialog(parent),
+      state_(state),
+      appdelegate_(appdelegate),
+      desktop_(desktop),
+      serial_(serial),
+      ui_(std::make_unique<Ui::PortDialog>()) {
+  ui_->setupUi(this);
+  viewDidLoad();
+  model_ = new PortListModel([this] { return numberOfItemsInComboBox(*ui_->portCombo); },
+                             [this](int index) { return objectValueForItemAtIndex(*ui_->portCombo, index); },
+                             [this](int index) { return toolTipOf(index); }, this);
+  ui_->portCombo->setModel(model_);
+  reload();
+  // Only what the user does is a choice, not what the list does by itself.
+  connect(ui_->portCombo, &QComboBox::activated, this,
+          [this] { comboBoxSelectionDidChange(*ui_->portCombo); });
+  connect(ui_->doneBT, &QPushButton::clicked, this, [this] { done(); });
+  connect(ui_->cancel, &QPushButton::clicked, this, &Config::cancel);
+  // The link hears of ports that come and go before this dialog does, and has changed the list by then.
+  for (const char16_t *name :
+       {SerialPortsWereConnectedNotification, SerialPortsWereDisconnectedNotification}) {
+    desktop_.notifications.addObserver(this, QString::fromUtf16(name),
+                                       [this](const Notification &) { reload(); });
+  }
+}
+
+Config::~Config() {
+  desktop_.notifications.removeObserver(this);
+}
+
+void Config::viewDidLoad() {
+  setWindowTitle(desktop_.strings.text(u"port_setting"));
+  ui_->parameter->setText(desktop_.strings.text(u"config_parameter"));
+  ui_->serialport->setText(desktop_.strings.text(u"config_serialport"));
+  ui_->doneBT->setText(desktop_.strings.text(u"Confirm"));
+  ui_->cancel->setText(desktop_.strings.text(u"CancelBT"));
+}
+
+int Config::numberOfItemsInComboBox(const QComboBox &) {
+  const auto count = static_cast<int>(state_.allSerialPortsInfo.size());
+  ui_->doneBT->setEnabled(count >= 1);
+  return count;
+}
+
+QString Config::objectValueForItemAtIndex(const QComboBox &comboBox, int index) {
+  const auto place = static_cast<std::size_t>(index);
+  if (place >= state_.allSerialPortsInfo.size()) return {};  // gone, and the box has not been told yet
+  const QString name = state_.allSerialPortsInfo[place]->name();
+  desktop_.log.write(QStringLiteral("ID=") + identifierOf(comboBox));
+  desktop_.log.write(QStringLiteral("PortName"));
+  desktop_.log.write(QStringLiteral("comboBox=%1,Name=%2").arg(QString::number(index), name));
+  return name;
+}
+
+void Config::comboBoxSelectionDidChange(const QComboBox &comboBox) {
+  const int index = comboBox.currentIndex();
+  if (index < 0 || static_cast<std::size_t>(index) >= state_.allSerialPortsInfo.size()) return;
+  const auto port = state_.allSerialPortsInfo[static_cast<std::size_t>(index)];
+  desktop_.log.write(QStringLiteral("ID=") + identifierOf(comboBox));
+  desktop_.log.write(QStringLiteral("select=%1,Value=%2").arg(QString::number(index), port->description()));
+  desktop_.log.write(port->description());
+  state_.SelectSerial = port;
+  state_.selectPort = index;
+}
+
+void Config::done() {
+  // A port that was shown but never picked is what the user saw and confirmed.
+  if (!state_.SelectSerial) comboBoxSelectionDidChange(*ui_->portCombo);
+  state_.ObjectDictionaryArray.element(u"ContrainerView_WaitView").setHidden(false);
+  state_.ObjectDictionaryArray.element(u"WaitContent")
+      .setText(desktop_.strings.text(u"Serial_port_start_initialization"));
+  state_.ToolbarFlag = QStringLiteral("InitSerialPort");
+  state_.CancelConnectFlag = QLatin1String("");
+  appdelegate_.serialFormat();
+  accept();
+}
+
+void Config::cancel() {
+  reject();
+}
+
+QString Config::toolTipOf(int index) const {
+  if (static_cast<std::size_t>(index) >= state_.allSerialPortsInfo.size()) return {};
+  const auto &port = state_.allSerialPortsInfo[static_cast<std::size_t>(index)];
+  QStringList parts;
+  for (const char16_t *key : {DeviceKey::product, DeviceKey::serialNumber}) {
+    const QString part = SerialPort::stringPropertyOf(serial_, port->IOKitDevice(), QString::fromUtf16(key));
+    if (!part.isEmpty()) parts.append(part.toHtmlEscaped());
+  }
+  parts.append(port->path().toHtmlEscaped());
+  return parts.join(QStringLiteral(" · "));
+}
+
+void Config::reload() {
+  model_->reload();
+  const int count = model_->rowCount();
+  ui_->portCombo->setCurrentIndex(state_.selectPort < count ? state_.selectPort : count - 1);
+}
+
+}  // namespace tavril

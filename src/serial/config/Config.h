@@ -1,0 +1,59 @@
+#pragma once
+
+#include <QDialog>
+
+#include <memory>
+
+class QComboBox;
+
+namespace Ui {
+class PortDialog;
+}
+
+namespace tavril {
+
+class LinkOpener;
+class PortListModel;
+struct Desktop;
+struct SerialEnvironment;
+struct SharedState;
+
+/// The dialog in which the user picks a port and starts the connection. It lists the ports live. The choice
+/// only names the port in messages: meant, the link always opens the first port of the list. Main thread
+/// only.
+class Config final : public QDialog {
+  Q_OBJECT
+
+ public:
+  Config(SharedState &state, LinkOpener &appdelegate, const Desktop &desktop, const SerialEnvironment &serial,
+         QWidget *parent = nullptr);
+  ~Config() override;
+
+  /// Sets the texts.
+  void viewDidLoad();
+
+  /// How many ports there are; with none the confirm button is disabled.
+  int numberOfItemsInComboBox(const QComboBox &comboBox);
+  /// The name of the port at this place.
+  QString objectValueForItemAtIndex(const QComboBox &comboBox, int index);
+  /// The user has chosen the entry that the combo box shows.
+  void comboBoxSelectionDidChange(const QComboBox &comboBox);
+
+  /// Shows the wait panel and asks the link to open.
+  void done();
+  using QDialog::done;
+  void cancel();
+
+ private:
+  QString toolTipOf(int index) const;
+  void reload();
+
+  SharedState &state_;
+  LinkOpener &appdelegate_;
+  const Desktop &desktop_;
+  const SerialEnvironment &serial_;
+  std::unique_ptr<Ui::PortDialog> ui_;
+  PortListModel *model_ = nullptr;
+};
+
+}  // namespace tavril

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QAbstractListModel>
+
+#include <functional>
+
+namespace tavril {
+
+/// The entries of the port dialog's combo box: as many as the dialog says, with what it says of each.
+class PortListModel final : public QAbstractListModel {
+  Q_OBJECT
+
+ public:
+  using Count = std::function<int()>;
+  using Text = std::function<QString(int index)>;
+
+  PortListModel(Count count, Text name, Text toolTip, QObject *parent = nullptr);
+
+  int rowCount(const QModelIndex &parent = {}) const override;
+  QVariant data(const QModelIndex &index, int role) const override;
+  /// The list has changed: it is asked for anew.
+  void reload();
+
+ private:
+  Count count_;
+  Text name_;
+  Text toolTip_;
+  int rows_ = 0;
+};
+
+}  // namespace tavril
