@@ -9,9 +9,9 @@
 #include "serial/SerialEnvironment.h"
 
 #include <array>
+#include <cerrno>
 #include <span>
 
-#include <errno.h>
 #include <termios.h>
 
 namespace tavril {

@@ -2,9 +2,10 @@
 // headers cannot be read together: nothing but this call lives in this file.
 #include "platform/linux/ArbitrarySpeed.h"
 
+#include <cerrno>
+
 #include <asm/ioctls.h>
 #include <asm/termbits.h>
-#include <errno.h>
 
 extern "C" int ioctl(int descriptor, unsigned long request, ...) noexcept;
 

@@ -4,10 +4,10 @@
 #include "platform/linux/ArbitrarySpeed.h"
 
 #include <array>
+#include <cerrno>
 #include <cstdint>
 #include <thread>
 
-#include <errno.h>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/eventfd.h>
