@@ -20,8 +20,8 @@ struct CommandLine {
   QString link;
   QString logFile;
 
-  /// `arguments` begins with the program's name.
-  static CommandLine parse(const QStringList &arguments);
+  /// `list` begins with the program's name.
+  static CommandLine parse(const QStringList &list);
 };
 
 }  // namespace tavril::simulator

@@ -67,13 +67,13 @@ void ReplyQueue::schedule(Delivery delivery, nanoseconds readyAt) {
   if (options_.lateEnds && (cuts.empty() || cuts.back() != size - 1)) cuts.push_back(size - 1);
   cuts.push_back(size);
 
+  // The lines leave with the first piece, so that the log keeps the order of events.
+  auto lines = std::move(delivery.lines);
   std::size_t from = 0;
   for (const std::size_t to : cuts) {
     const auto begin = delivery.bytes.begin();
     Delivery piece{Bytes(begin + static_cast<std::ptrdiff_t>(from), begin + static_cast<std::ptrdiff_t>(to)),
-                   {}};
-    // The lines leave with the first piece, so that the log keeps the order of events.
-    if (from == 0) piece.lines = std::move(delivery.lines);
+                   std::exchange(lines, {})};
     send(std::move(piece), start);
     start = queue_.back().due + options_.splitGap;
     from = to;

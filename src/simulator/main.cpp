@@ -7,9 +7,9 @@
 #include <QFile>
 #include <QSocketNotifier>
 
+#include <csignal>
 #include <cstdio>
 
-#include <signal.h>
 #include <sys/signalfd.h>
 
 namespace {

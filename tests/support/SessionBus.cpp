@@ -11,7 +11,8 @@
 
 #include <gtest/gtest.h>
 
-#include <signal.h>
+#include <csignal>
+
 #include <sys/prctl.h>
 
 namespace tavril {

@@ -75,7 +75,7 @@ int Config::numberOfItemsInComboBox(const QComboBox &) {
 QString Config::objectValueForItemAtIndex(const QComboBox &comboBox, int index) {
   const auto place = static_cast<std::size_t>(index);
   if (place >= state_.allSerialPortsInfo.size()) return {};  // gone, and the box has not been told yet
-  const QString name = state_.allSerialPortsInfo[place]->name();
+  QString name = state_.allSerialPortsInfo[place]->name();
   desktop_.log.write(QStringLiteral("ID=") + identifierOf(comboBox));
   desktop_.log.write(QStringLiteral("PortName"));
   desktop_.log.write(QStringLiteral("comboBox=%1,Name=%2").arg(QString::number(index), name));
