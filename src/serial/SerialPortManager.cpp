@@ -233,11 +233,11 @@ void SerialPortManager::insertObjectInAvailablePortsAtIndex(const std::shared_pt
 
 void SerialPortManager::removeAvailablePortsAtIndexes(const std::vector<std::size_t> &indexes) {
   if (indexes.empty()) return;
-  for (auto index = indexes.rbegin(); index != indexes.rend(); ++index) {
-    if (*index < availablePorts_.size()) {
-      availablePorts_.erase(availablePorts_.begin() + static_cast<std::ptrdiff_t>(*index));
-    }
+  SerialPortList kept;
+  for (std::size_t i = 0; i < availablePorts_.size(); ++i) {
+    if (std::ranges::find(indexes, i) == indexes.end()) kept.push_back(availablePorts_[i]);
   }
+  availablePorts_ = std::move(kept);
   observers_.tell(availablePortsKey, {Change::Kind::Removal, indexes});
 }
 
