@@ -12,8 +12,13 @@ namespace {
 using std::chrono::nanoseconds;
 
 Bytes frameOf(std::uint8_t code, const Bytes &data = {}) {
-  Bytes frame{wire::startMark, static_cast<std::uint8_t>(data.size() + wire::shortestFrame), code};
-  frame.insert(frame.end(), data.begin(), data.end());
+  const std::size_t length = data.size() + wire::shortestFrame;
+  Bytes frame;
+  frame.reserve(length);
+  frame.push_back(wire::startMark);
+  frame.push_back(static_cast<std::uint8_t>(length));
+  frame.push_back(code);
+  for (const std::uint8_t byte : data) frame.push_back(byte);
   frame.push_back(wire::endMark);
   return frame;
 }
