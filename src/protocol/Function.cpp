@@ -180,7 +180,7 @@ QString Function::returnErrorCode(const QStringList &frame) {
   return result;
 }
 
-void Function::show(QStringView key, const QString &text) {
+void Function::show(QStringView key, const QString &text) const {
   state_.ObjectDictionaryArray.element(key).setText(text);
 }
 
@@ -308,7 +308,7 @@ QString Function::decodeErrorReport(const QStringList &frame) {
 }
 
 QString Function::decodePosition(const QStringList &frame) {
-  const QString position = QString::number(frame[dataAt].toInt() * 256 + frame[dataAt + 1].toInt());
+  QString position = QString::number(frame[dataAt].toInt() * 256 + frame[dataAt + 1].toInt());
   log_.write(position);
   state_.ToolbarFlag = QStringLiteral("UpdateMotorValue");
   return position;

@@ -52,7 +52,7 @@ class Function {
   void send(CommandCode code);
   void logCommand();
 
-  void show(QStringView key, const QString &text);
+  void show(QStringView key, const QString &text) const;
   void alertUser(const QString &messageText, const QString &informativeText);
 
   QString decodeDetection(const QStringList &frame);
