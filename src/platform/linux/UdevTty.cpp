@@ -26,7 +26,7 @@ QString propertyOf(udev_device *device, const char *name) {
 QString driverOf(udev_device *terminal) {
   for (udev_device *parent = udev_device_get_parent(terminal); parent != nullptr;
        parent = udev_device_get_parent(parent)) {
-    const QString driver = text(udev_device_get_driver(parent));
+    QString driver = text(udev_device_get_driver(parent));
     if (!driver.isEmpty() && text(udev_device_get_subsystem(parent)) != u"serial-base") return driver;
   }
   return {};
