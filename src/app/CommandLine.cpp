@@ -46,7 +46,10 @@ CommandLine CommandLine::parse(const QStringList &arguments, const QString &vers
     return line;
   }
   if (parser.isSet(help)) {
-    line.answer = Answer{parser.helpText(), 0};
+    // Qt asks the application object for the program's name, and there is none yet.
+    const QString text =
+        parser.helpText().replace(QStringLiteral("<executable_name>"), QStringLiteral("tavril"));
+    line.answer = Answer{text, 0};
     return line;
   }
   if (parser.isSet(showVersion)) {

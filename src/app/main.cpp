@@ -147,6 +147,11 @@ int edit(House &house, const QString &snapshot) {
     if (house.application->applicationShouldTerminate() == TerminateReply::TerminateNow)
       QCoreApplication::exit(0);
   };
+  actions.about = [&] {
+    house.desktop.alert.run({QStringLiteral("Tavril ") + QCoreApplication::applicationVersion(),
+                             QStringLiteral("GPL-3.0-or-later"),
+                             {}});
+  };
   actions.endProcess = [](int status) { QCoreApplication::exit(status); };
   EditorWindow window(house.state, *house.application, house.desktop, std::move(actions));
   shown = &window;

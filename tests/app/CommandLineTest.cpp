@@ -25,9 +25,10 @@ TEST(CommandLine, HelpAndVersionArePrintedAndSucceed) {
   EXPECT_EQ(parse({"--version"}).answer->text, "tavril 1.2.3\n");
   EXPECT_EQ(parse({"--version"}).answer->status, 0);
   EXPECT_EQ(parse({"--help"}).answer->status, 0);
-  for (const char *option : {"--demo", "--port", "--language", "--report", "--json"}) {
+  for (const char *option : {"--demo", "--port", "--language", "--report", "--json", "--snapshot"}) {
     EXPECT_TRUE(parse({"--help"}).answer->text.contains(option)) << option;
   }
+  EXPECT_FALSE(parse({"--help"}).answer->text.contains("<executable_name>"));
 }
 
 TEST(CommandLine, WhatCannotBeMeantIsAUsageError) {
