@@ -4,6 +4,7 @@
 #include "platform/StringTableFile.h"
 #include "protocol/RegisterCatalogue.h"
 #include "tests/editor/ShippedScreen.h"
+#include "tests/support/ShippedLanguages.h"
 #include "ui_PortDialog.h"
 
 #include <QAccessible>
@@ -211,11 +212,8 @@ TEST_P(ScreenTextsTest, ThePortDialogHasItsElementsAndCutsNoText) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(InEveryLanguage, ScreenTextsTest,
-                         testing::Values(QStringLiteral("en"), QStringLiteral("zh-Hant")),
-                         [](const auto &parameter) {
-                           return parameter.param.startsWith(u'e') ? "English" : "Chinese";
-                         });
+INSTANTIATE_TEST_SUITE_P(InEveryLanguage, ScreenTextsTest, testing::ValuesIn(shippedLanguages()),
+                         languageTestName);
 
 }  // namespace
 }  // namespace tavril

@@ -2,6 +2,7 @@
 // that the environment variable TAVRIL_SCREENSHOTS names, which is what tools/screenshots does; else nowhere.
 #include "platform/linux/QtModalAlert.h"
 #include "tests/gui/GuiBench.h"
+#include "tests/support/ShippedLanguages.h"
 
 #include <QDir>
 #include <QTimer>
@@ -11,9 +12,9 @@
 namespace tavril {
 namespace {
 
-class Screenshots : public GuiBench, public testing::WithParamInterface<const char *> {
+class Screenshots : public GuiBench, public testing::WithParamInterface<QString> {
  protected:
-  Screenshots() : GuiBench(QString::fromLatin1(GetParam())) {}
+  Screenshots() : GuiBench(GetParam()) {}
 
   void take(const QString &name, QWidget *widget = nullptr) {
     const QImage picture = (widget ? widget : window.get())->grab().toImage();
@@ -24,7 +25,7 @@ class Screenshots : public GuiBench, public testing::WithParamInterface<const ch
     pictures_[name] = picture;
     const QString folder = qEnvironmentVariable("TAVRIL_SCREENSHOTS");
     if (folder.isEmpty()) return;
-    const QString file = QStringLiteral("%1/%2-%3.png").arg(folder, name, QString::fromLatin1(GetParam()));
+    const QString file = QStringLiteral("%1/%2-%3.png").arg(folder, name, GetParam());
     EXPECT_TRUE(picture.save(file)) << file.toStdString();
   }
 
@@ -32,9 +33,7 @@ class Screenshots : public GuiBench, public testing::WithParamInterface<const ch
   std::map<QString, QImage> pictures_;
 };
 
-INSTANTIATE_TEST_SUITE_P(Languages, Screenshots, testing::Values("en", "zh-Hant"), [](const auto &parameter) {
-  return QString(parameter.param).remove(u'-').toStdString();
-});
+INSTANTIATE_TEST_SUITE_P(Languages, Screenshots, testing::ValuesIn(shippedLanguages()), languageTestName);
 
 TEST_P(Screenshots, EveryStateOfTheWindowHasItsPicture) {
   take("not-connected");

@@ -1,11 +1,11 @@
 #include "platform/StringTableFile.h"
 #include "platform/linux/StringTables.h"
 #include "tests/support/RecordingLog.h"
+#include "tests/support/ShippedLanguages.h"
 
-#include <QCoreApplication>
-#include <QDir>
 #include <QFile>
 #include <QRegularExpression>
+#include <QSet>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -14,15 +14,15 @@ namespace tavril {
 namespace {
 
 using testing::Contains;
+using testing::UnorderedElementsAre;
 
 /// The tables that came with the program, by language.
 QHash<QString, StringTableFile> shippedTables() {
   QHash<QString, StringTableFile> tables;
-  const QDir folder(QCoreApplication::applicationDirPath() + QStringLiteral("/strings"));
-  for (const QString &name : folder.entryList({QStringLiteral("*.strings")}, QDir::Files)) {
-    QFile file(folder.filePath(name));
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << qPrintable(name);
-    tables.insert(name.section(u'.', 0, 0), StringTableFile::parse(file.readAll()));
+  for (const QString &language : shippedLanguages()) {
+    QFile file(shippedStringsFolder().filePath(language + QStringLiteral(".strings")));
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << qPrintable(language);
+    tables.insert(language, StringTableFile::parse(file.readAll()));
   }
   return tables;
 }
@@ -41,10 +41,11 @@ QStringList formatSpecifiers(const QString &text) {
   return found;
 }
 
-TEST(ShippedStrings, AreThereInEnglishAndTraditionalChinese) {
-  const QStringList languages = shippedTables().keys();
-  EXPECT_THAT(languages, Contains(QStringLiteral("en")));
-  EXPECT_THAT(languages, Contains(QStringLiteral("zh-Hant")));
+TEST(ShippedStrings, AreThereInEightLanguages) {
+  EXPECT_THAT(shippedLanguages(),
+              UnorderedElementsAre(QStringLiteral("de"), QStringLiteral("en"), QStringLiteral("es"),
+                                   QStringLiteral("fr"), QStringLiteral("ja"), QStringLiteral("ko"),
+                                   QStringLiteral("zh-Hans"), QStringLiteral("zh-Hant")));
 }
 
 TEST(ShippedStrings, AreWithoutAProblem) {
@@ -81,6 +82,39 @@ TEST(ShippedStrings, HaveATextForEveryKeyWithTheFormatSpecifiersOfTheEnglishText
         EXPECT_EQ(formatSpecifiers(*entry), formatSpecifiers(entry.key())) << qPrintable(entry.key());
       }
     }
+  }
+}
+
+TEST(ShippedStrings, NameTheirLanguageInItselfAndGiveALabelSize) {
+  const auto tables = shippedTables();
+  ASSERT_FALSE(tables.isEmpty());
+  QStringList names;
+  for (auto table = tables.cbegin(); table != tables.cend(); ++table) {
+    names.append(table->entries().value(QStringLiteral("language_name")));
+    const int size = table->entries().value(QStringLiteral("fontsize")).toInt();
+    EXPECT_TRUE(size >= 11 && size <= 16) << qPrintable(table.key()) << ": " << size;
+  }
+  EXPECT_THAT(names, UnorderedElementsAre(QStringLiteral("Deutsch"), QStringLiteral("English"),
+                                          QStringLiteral("Español"), QStringLiteral("Français"),
+                                          QStringLiteral("日本語"), QStringLiteral("한국어"),
+                                          QStringLiteral("简体中文"), QStringLiteral("繁體中文")));
+}
+
+// The connection line and the question's answer are told by comparing texts.
+TEST(ShippedStrings, KeepApartWhatTheProgramTellsByItsText) {
+  const auto tables = shippedTables();
+  ASSERT_FALSE(tables.isEmpty());
+  for (auto table = tables.cbegin(); table != tables.cend(); ++table) {
+    const QHash<QString, QString> &entries = table->entries();
+    const QString connected = entries.value(QStringLiteral("COM_Connect_P1"));
+    for (const QString &key :
+         {QStringLiteral("Not_connect"), QStringLiteral("Serial_port_start_initialization")}) {
+      EXPECT_FALSE(entries.value(key).startsWith(connected)) << qPrintable(table.key() + u' ' + key);
+    }
+    const QStringList texts{entries.value(QStringLiteral("reboot")), entries.value(QStringLiteral("reset")),
+                            entries.value(QStringLiteral("no_servo")),
+                            entries.value(QStringLiteral("there_are_more_than_one_servo"))};
+    EXPECT_EQ(QSet<QString>(texts.begin(), texts.end()).size(), texts.size()) << qPrintable(table.key());
   }
 }
 
