@@ -1,7 +1,7 @@
 #include "tools/ConverterWindow.h"
 
 #include "platform/StringTable.h"
-#include "tools/WindowTitle.h"
+#include "tools/WindowTexts.h"
 #include "ui_ConverterWindow.h"
 
 namespace tavril {
@@ -23,6 +23,7 @@ ConverterWindow::ConverterWindow(FilePanels &panels, UserFiles &files, TableFold
       keypath_(*ui_->keypath),
       valuepath_(*ui_->valuepath),
       controller_({keypath_, valuepath_}, panels, files, tables, strings, log) {
+  for (QLineEdit *path : {ui_->keypath, ui_->valuepath}) path->setTextMargins(pathMargins);
   setTexts(strings);
   controller_.viewDidLoad();
   connect(ui_->key, &QPushButton::clicked, this, [this] {

@@ -2,7 +2,7 @@
 
 #include "platform/StringTable.h"
 #include "tools/TableFolder.h"
-#include "tools/WindowTitle.h"
+#include "tools/WindowTexts.h"
 #include "ui_FileListWindow.h"
 
 #include <QSignalBlocker>
@@ -26,13 +26,17 @@ FileListWindow::FileListWindow(FilePanels &panels, UserFiles &files, const Table
       controller_(*this, panels, files, tables, strings, log) {
   ui_->setupUi(this);
   ui_->FileTableView->setColumnCount(static_cast<int>(columns.size()));
-  ui_->FileTableView->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
+  QHeaderView *header = ui_->FileTableView->horizontalHeader();
+  header->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+  header->setSectionResizeMode(0, QHeaderView::Stretch);
+  ui_->folder->setTextMargins(pathMargins);
   setTexts(strings);
   connect(ui_->FileTableView, &QTableWidget::itemSelectionChanged, this, &FileListWindow::selectionDidChange);
   connect(ui_->open, &QPushButton::clicked, this, [this] { controller_.open(); });
   connect(ui_->cancel, &QPushButton::clicked, this, [this] { controller_.cancel(); });
   connect(ui_->close, &QPushButton::clicked, this, &QDialog::reject);
   load();
+  focusContent();
 }
 
 FileListWindow::~FileListWindow() = default;
@@ -77,9 +81,16 @@ void FileListWindow::reloadData() {
     ui_->pages->setCurrentWidget(rows > 0 ? ui_->tablePage : ui_->emptyPage);
   }
   // Before its button is disabled, which would pass the focus on to the next.
-  if (ui_->cancel->hasFocus())
-    (ui_->tablePage->isVisible() ? static_cast<QWidget *>(ui_->FileTableView) : ui_->close)->setFocus();
+  if (ui_->cancel->hasFocus()) focusContent();
   ui_->cancel->setEnabled(false);
+}
+
+void FileListWindow::focusContent() {
+  if (controller_.numberOfRowsInTableView() > 0) {
+    ui_->FileTableView->setFocus();
+  } else {
+    ui_->close->setFocus();
+  }
 }
 
 int FileListWindow::selectedRow() const {

@@ -33,6 +33,7 @@ class FileListWindow final : public QDialog, private FileTable {
  private:
   void setRowHeight(int points) override;
   void reloadData() override;
+  void focusContent();
   int selectedRow() const;
   void selectionDidChange();
 

@@ -1,4 +1,4 @@
-#include "tools/WindowTitle.h"
+#include "tools/WindowTexts.h"
 
 namespace tavril {
 
