@@ -16,6 +16,8 @@
 #include "platform/linux/PaintingWait.h"
 #include "platform/linux/PosixPrivateFiles.h"
 #include "platform/linux/PosixTerminalCalls.h"
+#include "platform/linux/PosixUserFiles.h"
+#include "platform/linux/QtFilePanels.h"
 #include "platform/linux/QtMainQueue.h"
 #include "platform/linux/QtModalAlert.h"
 #include "platform/linux/QtTimers.h"
@@ -30,6 +32,7 @@
 #include "serial/SerialEnvironment.h"
 #include "serial/config/Config.h"
 #include "simulator/VirtualServo.h"
+#include "tools/StringsConverter.h"
 
 #include <QApplication>
 #include <QLocale>
@@ -152,6 +155,16 @@ int edit(House &house, const QString &snapshot) {
                              QStringLiteral("GPL-3.0-or-later"),
                              {}});
   };
+  // Remembered for this run only as yet.
+  QString lastFolder;
+  PosixUserFiles userFiles;
+  QtFilePanels panels(house.mainQueue);
+  StringsConverter converter(
+      panels, userFiles,
+      TableFolder([&] { return lastFolder; }, [&](const QString &folder) { lastFolder = folder; }),
+      house.strings, house.log);
+  actions.openConverter = [&] { converter.showConverter(shown); };
+  actions.openTables = [&] { converter.showTables(shown); };
   actions.endProcess = [](int status) { QCoreApplication::exit(status); };
   EditorWindow window(house.state, *house.application, house.desktop, std::move(actions));
   shown = &window;

@@ -104,6 +104,10 @@ void EditorWindow::buildMenus(AppDelegate &appdelegate) {
                         [&appdelegate] { appdelegate.RebootServo(); });
   QAction *reset = add(*tool, QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Delete),
                        [&appdelegate] { appdelegate.ResetServo(); });
+  tool->addSeparator();
+  converter_ = add(*tool, QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S), actions_.openConverter);
+  tables_ = add(*tool, QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_T), actions_.openTables);
+  setToolTexts();
 
   outlets_.tavril = item(tavril->menuAction());
   outlets_.abouttavril = item(about);
@@ -114,6 +118,11 @@ void EditorWindow::buildMenus(AppDelegate &appdelegate) {
   outlets_.config = item(config->menuAction());
   outlets_.port = item(port);
   outlets_.detectionmotor = item(detect);
+}
+
+void EditorWindow::setToolTexts() {
+  converter_->setText(desktop_.strings.text(u"strings_converter"));
+  tables_->setText(desktop_.strings.text(u"string_tables"));
 }
 
 ScreenElement *EditorWindow::item(QAction *action) {

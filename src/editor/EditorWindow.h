@@ -14,6 +14,7 @@
 #include <memory>
 #include <vector>
 
+class QAction;
 class QMenu;
 
 namespace tavril {
@@ -33,6 +34,8 @@ class EditorWindow final : public QMainWindow {
     std::function<void()> openPortSetting;
     std::function<void()> quit;
     std::function<void()> about;
+    std::function<void()> openConverter;
+    std::function<void()> openTables;
     WindowsCtrl::EndProcess endProcess;
   };
 
@@ -55,6 +58,7 @@ class EditorWindow final : public QMainWindow {
  private:
   void buildScreen(SharedState &state, AppDelegate &appdelegate);
   void buildMenus(AppDelegate &appdelegate);
+  void setToolTexts();
   void wireScreen();
   ScreenElement *item(QAction *action);
 
@@ -72,6 +76,8 @@ class EditorWindow final : public QMainWindow {
   std::unique_ptr<WindowsCtrl> windowController_;
   std::vector<std::unique_ptr<ActionElement>> items_;
   MenuOutlets outlets_;
+  QAction *converter_ = nullptr;
+  QAction *tables_ = nullptr;
 };
 
 }  // namespace tavril

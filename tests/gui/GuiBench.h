@@ -69,6 +69,8 @@ class GuiBench : public testing::Test {
     devices.add(portName, servo.path());
     EditorWindow::Actions actions;
     actions.openPortSetting = [this] { openDialog(); };
+    actions.openConverter = [this] { ++convertersOpened; };
+    actions.openTables = [this] { ++tablesOpened; };
     actions.quit = [this] { endStatus = 0; };
     actions.endProcess = [this](int status) { endStatus = status; };
     window = std::make_unique<EditorWindow>(state, *application, desktop, std::move(actions));
@@ -179,6 +181,8 @@ class GuiBench : public testing::Test {
   std::shared_ptr<AppDelegate> application = AppDelegate::make(state, desktop, serial, store);
   std::unique_ptr<EditorWindow> window;
   QPointer<Config> dialog;
+  int convertersOpened = 0;
+  int tablesOpened = 0;
   std::optional<int> endStatus;
 };
 

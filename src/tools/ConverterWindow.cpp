@@ -1,0 +1,70 @@
+#include "tools/ConverterWindow.h"
+
+#include "platform/StringTable.h"
+#include "tools/WindowTexts.h"
+#include "ui_ConverterWindow.h"
+
+namespace tavril {
+
+namespace {
+
+std::unique_ptr<Ui::ConverterWindow> design(QDialog &window) {
+  auto ui = std::make_unique<Ui::ConverterWindow>();
+  ui->setupUi(&window);
+  return ui;
+}
+
+}  // namespace
+
+ConverterWindow::ConverterWindow(FilePanels &panels, UserFiles &files, TableFolder &tables,
+                                 const StringTable &strings, Log &log, QWidget *parent)
+    : QDialog(parent),
+      ui_(design(*this)),
+      keypath_(*ui_->keypath),
+      valuepath_(*ui_->valuepath),
+      controller_({keypath_, valuepath_}, panels, files, tables, strings, log) {
+  for (QLineEdit *path : {ui_->keypath, ui_->valuepath}) path->setTextMargins(pathMargins);
+  setTexts(strings);
+  controller_.viewDidLoad();
+  connect(ui_->key, &QPushButton::clicked, this, [this] {
+    controller_.key();
+    chosen();
+  });
+  connect(ui_->value, &QPushButton::clicked, this, [this] {
+    controller_.value();
+    chosen();
+  });
+  connect(ui_->converter, &QPushButton::clicked, this, [this] { controller_.converter(); });
+  connect(ui_->close, &QPushButton::clicked, this, &QDialog::reject);
+  chosen();
+}
+
+ConverterWindow::~ConverterWindow() = default;
+
+void ConverterWindow::setTexts(const StringTable &strings) {
+  const QString choose = strings.text(u"choose_file");
+  const QString keys = strings.text(u"key_file");
+  const QString values = strings.text(u"value_file");
+  setWindowTitle(windowTitleFor(strings.text(u"strings_converter")));
+  ui_->hint->setText(strings.text(u"converter_hint"));
+  ui_->keyCaption->setText(keys);
+  ui_->valueCaption->setText(values);
+  for (QLineEdit *path : {ui_->keypath, ui_->valuepath}) {
+    path->setPlaceholderText(strings.text(u"no_file_chosen"));
+  }
+  ui_->keypath->setAccessibleName(keys);
+  ui_->valuepath->setAccessibleName(values);
+  ui_->key->setText(choose);
+  ui_->value->setText(choose);
+  // Two buttons of one text have to be told apart by ear.
+  ui_->key->setAccessibleName(QStringLiteral("%1: %2").arg(keys, choose));
+  ui_->value->setAccessibleName(QStringLiteral("%1: %2").arg(values, choose));
+  ui_->converter->setText(strings.text(u"convert"));
+  ui_->close->setText(strings.text(u"close"));
+}
+
+void ConverterWindow::chosen() {
+  ui_->converter->setEnabled(!keypath_.text().isEmpty() && !valuepath_.text().isEmpty());
+}
+
+}  // namespace tavril

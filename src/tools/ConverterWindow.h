@@ -1,0 +1,40 @@
+#pragma once
+
+#include "tools/MultiLangConverter.h"
+#include "tools/PathElement.h"
+
+#include <QDialog>
+
+#include <memory>
+
+namespace Ui {
+class ConverterWindow;
+}
+
+namespace tavril {
+
+/// The converter's screen: two files to choose and a table to save. Main thread only.
+class ConverterWindow final : public QDialog {
+  Q_OBJECT
+
+ public:
+  /// Owns nothing that it is given but gives itself to `parent`.
+  ConverterWindow(FilePanels &panels, UserFiles &files, TableFolder &tables, const StringTable &strings,
+                  Log &log, QWidget *parent);
+  ~ConverterWindow() override;
+
+  /// Also later, when the language has changed.
+  void setTexts(const StringTable &strings);
+
+  const MultiLangConverter &controller() const { return controller_; }
+
+ private:
+  void chosen();
+
+  std::unique_ptr<Ui::ConverterWindow> ui_;
+  PathElement keypath_;
+  PathElement valuepath_;
+  MultiLangConverter controller_;
+};
+
+}  // namespace tavril

@@ -1,0 +1,62 @@
+#pragma once
+
+#include "tools/FileSystemFunction.h"
+
+#include <QStringList>
+
+#include <memory>
+
+namespace tavril {
+
+class FilePanels;
+class FileSystem;
+class FileTable;
+class Log;
+class StringTable;
+class TableFolder;
+class UserFiles;
+
+/// Lists the string tables of a folder, reads the one that is selected into the log, and deletes it. What
+/// goes wrong is logged and not shown. Main thread only; owns nothing that it is given.
+class FileListView final : public FileSystemFunction {
+ public:
+  FileListView(FileTable &FileTableView, FilePanels &panels, UserFiles &files, const TableFolder &tables,
+               const StringTable &strings, Log &log);
+  ~FileListView() override;
+
+  /// Lists the files; the table has to be loaded after it.
+  void viewDidLoad();
+
+  /// Lets the user choose a file, with which nothing is done: meant.
+  void open();
+  /// Deletes the selected file, without a question and whatever its name says: both meant.
+  void cancel();
+
+  int numberOfRowsInTableView() const;
+  /// The cell's text in the column of this identifier.
+  QString viewForTableColumn(const QString &identifier, int row);
+  /// The user has selected this row. One that is not there changes nothing.
+  void tableViewSelectionDidChange(int row);
+
+  void FileResult(const QString &result) override;
+
+  const QStringList &hFiles() const { return hFiles_; }
+  const QStringList &a() const { return a_; }
+  const QString &SelectFileName() const { return SelectFileName_; }
+
+ private:
+  void list();
+
+  FileTable &FileTableView_;
+  FilePanels &panels_;
+  UserFiles &files_;
+  const TableFolder &tables_;
+  const StringTable &strings_;
+  Log &log_;
+  QStringList hFiles_;
+  QStringList a_;
+  QString SelectFileName_;
+  std::unique_ptr<FileSystem> FileSystem_;
+};
+
+}  // namespace tavril

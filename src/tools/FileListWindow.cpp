@@ -1,0 +1,107 @@
+#include "tools/FileListWindow.h"
+
+#include "platform/StringTable.h"
+#include "tools/TableFolder.h"
+#include "tools/WindowTexts.h"
+#include "ui_FileListWindow.h"
+
+#include <QSignalBlocker>
+
+#include <array>
+
+namespace tavril {
+
+namespace {
+
+/// The identifiers of the columns.
+constexpr std::array<const char16_t *, 2> columns{u"name", u"number"};
+
+}  // namespace
+
+FileListWindow::FileListWindow(FilePanels &panels, UserFiles &files, const TableFolder &tables,
+                               const StringTable &strings, Log &log, QWidget *parent)
+    : QDialog(parent),
+      tables_(tables),
+      ui_(std::make_unique<Ui::FileListWindow>()),
+      controller_(*this, panels, files, tables, strings, log) {
+  ui_->setupUi(this);
+  ui_->FileTableView->setColumnCount(static_cast<int>(columns.size()));
+  QHeaderView *header = ui_->FileTableView->horizontalHeader();
+  header->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+  header->setSectionResizeMode(0, QHeaderView::Stretch);
+  ui_->folder->setTextMargins(pathMargins);
+  setTexts(strings);
+  connect(ui_->FileTableView, &QTableWidget::itemSelectionChanged, this, &FileListWindow::selectionDidChange);
+  connect(ui_->open, &QPushButton::clicked, this, [this] { controller_.open(); });
+  connect(ui_->cancel, &QPushButton::clicked, this, [this] { controller_.cancel(); });
+  connect(ui_->close, &QPushButton::clicked, this, &QDialog::reject);
+  load();
+  focusContent();
+}
+
+FileListWindow::~FileListWindow() = default;
+
+void FileListWindow::load() {
+  ui_->folder->setText(tables_.filepath());
+  controller_.viewDidLoad();
+  reloadData();
+}
+
+void FileListWindow::setTexts(const StringTable &strings) {
+  const QString title = windowTitleFor(strings.text(u"string_tables"));
+  setWindowTitle(title);
+  ui_->FileTableView->setAccessibleName(title);
+  ui_->folder->setAccessibleName(title);
+  ui_->FileTableView->setHorizontalHeaderLabels({strings.text(u"file_name"), strings.text(u"file_number")});
+  ui_->empty->setText(strings.text(u"no_string_tables"));
+  ui_->open->setText(strings.text(u"open_file"));
+  ui_->cancel->setText(strings.text(u"delete_file"));
+  ui_->close->setText(strings.text(u"close"));
+}
+
+void FileListWindow::setRowHeight(int points) {
+  ui_->FileTableView->verticalHeader()->setDefaultSectionSize(points);
+}
+
+void FileListWindow::reloadData() {
+  {
+    // Only what the user does is a selection, not that rows come and go.
+    const QSignalBlocker quiet(ui_->FileTableView);
+    const int rows = controller_.numberOfRowsInTableView();
+    ui_->FileTableView->clearSelection();
+    ui_->FileTableView->setCurrentCell(-1, -1);
+    ui_->FileTableView->setRowCount(rows);
+    for (int row = 0; row < rows; ++row) {
+      for (int column = 0; column < static_cast<int>(columns.size()); ++column) {
+        const QString identifier = QString::fromUtf16(columns[static_cast<std::size_t>(column)]);
+        ui_->FileTableView->setItem(row, column,
+                                    new QTableWidgetItem(controller_.viewForTableColumn(identifier, row)));
+      }
+    }
+    ui_->pages->setCurrentWidget(rows > 0 ? ui_->tablePage : ui_->emptyPage);
+  }
+  // Before its button is disabled, which would pass the focus on to the next.
+  if (ui_->cancel->hasFocus()) focusContent();
+  ui_->cancel->setEnabled(false);
+}
+
+void FileListWindow::focusContent() {
+  if (controller_.numberOfRowsInTableView() > 0) {
+    ui_->FileTableView->setFocus();
+  } else {
+    ui_->close->setFocus();
+  }
+}
+
+int FileListWindow::selectedRow() const {
+  const QList<QTableWidgetItem *> selected = ui_->FileTableView->selectedItems();
+  return selected.isEmpty() ? -1 : selected.constFirst()->row();
+}
+
+void FileListWindow::selectionDidChange() {
+  const int row = selectedRow();
+  ui_->cancel->setEnabled(row >= 0);
+  controller_.tableViewSelectionDidChange(row);
+}
+
+}  // namespace tavril

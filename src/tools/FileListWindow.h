@@ -1,0 +1,45 @@
+#pragma once
+
+#include "tools/FileListView.h"
+#include "tools/FileTable.h"
+
+#include <QDialog>
+
+#include <memory>
+
+namespace Ui {
+class FileListWindow;
+}
+
+namespace tavril {
+
+/// The list of the string tables in a folder. Main thread only.
+class FileListWindow final : public QDialog, private FileTable {
+  Q_OBJECT
+
+ public:
+  /// Owns nothing that it is given but gives itself to `parent`.
+  FileListWindow(FilePanels &panels, UserFiles &files, const TableFolder &tables, const StringTable &strings,
+                 Log &log, QWidget *parent);
+  ~FileListWindow() override;
+
+  /// Lists the folder anew.
+  void load();
+  /// Also later, when the language has changed.
+  void setTexts(const StringTable &strings);
+
+  const FileListView &controller() const { return controller_; }
+
+ private:
+  void setRowHeight(int points) override;
+  void reloadData() override;
+  void focusContent();
+  int selectedRow() const;
+  void selectionDidChange();
+
+  const TableFolder &tables_;
+  std::unique_ptr<Ui::FileListWindow> ui_;
+  FileListView controller_;
+};
+
+}  // namespace tavril

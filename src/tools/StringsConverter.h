@@ -1,0 +1,42 @@
+#pragma once
+
+#include "tools/TableFolder.h"
+
+#include <QPointer>
+
+class QWidget;
+
+namespace tavril {
+
+class ConverterWindow;
+class FileListWindow;
+class FilePanels;
+class Log;
+class StringTable;
+class UserFiles;
+
+/// The translator's tool: its two windows, of each of which there is one at most. Main thread only; owns
+/// nothing that it is given but the folder, and must outlive its windows.
+class StringsConverter {
+ public:
+  StringsConverter(FilePanels &panels, UserFiles &files, TableFolder tables, const StringTable &strings,
+                   Log &log);
+
+  /// Opens the window as a child of `parent`, or brings it to the front.
+  void showConverter(QWidget *parent);
+  /// The same, and lists the folder anew.
+  void showTables(QWidget *parent);
+  /// Puts the texts of the present language on the windows that are open.
+  void setTexts();
+
+ private:
+  FilePanels &panels_;
+  UserFiles &files_;
+  TableFolder tables_;
+  const StringTable &strings_;
+  Log &log_;
+  QPointer<ConverterWindow> converter_;
+  QPointer<FileListWindow> list_;
+};
+
+}  // namespace tavril

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <QMargins>
+#include <QString>
+
+namespace tavril {
+
+/// The title of the window that a menu item opens: the item's text without the dots at its end.
+QString windowTitleFor(QString itemText);
+
+/// Between the frame of a field and the path in it, in pixels.
+inline constexpr QMargins pathMargins{6, 0, 6, 0};
+
+}  // namespace tavril
