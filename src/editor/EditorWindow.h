@@ -18,8 +18,11 @@ class QMenu;
 
 namespace tavril {
 
+class LanguageChoice;
+class LanguageMenu;
 class MainScreen;
 class MsgPanel;
+class TextChange;
 class WaitPanel;
 
 /// The main window: the screen with its two panels, their controllers, and the menus. On a desktop that is
@@ -34,6 +37,8 @@ class EditorWindow final : public QMainWindow {
     std::function<void()> quit;
     std::function<void()> about;
     WindowsCtrl::EndProcess endProcess;
+    LanguageChoice *language =
+        nullptr;  ///< what the language menu chooses from; without it there is no such menu
   };
 
   EditorWindow(SharedState &state, AppDelegate &appdelegate, const Desktop &desktop, Actions actions);
@@ -56,8 +61,12 @@ class EditorWindow final : public QMainWindow {
   void buildScreen(SharedState &state, AppDelegate &appdelegate);
   void buildMenus(AppDelegate &appdelegate);
   void wireScreen();
+  void addLanguageMenu(QMenu &tavril);
   ScreenElement *item(QAction *action);
+  void setTexts();
+  void languageDidChange(const TextChange &change);
 
+  AppDelegate &appdelegate_;
   const Desktop &desktop_;
   Actions actions_;
   MainScreen *screen_ = nullptr;
@@ -72,6 +81,7 @@ class EditorWindow final : public QMainWindow {
   std::unique_ptr<WindowsCtrl> windowController_;
   std::vector<std::unique_ptr<ActionElement>> items_;
   MenuOutlets outlets_;
+  LanguageMenu *languageMenu_ = nullptr;
 };
 
 }  // namespace tavril

@@ -39,6 +39,12 @@ INSTANTIATE_TEST_SUITE_P(Languages, Screenshots, testing::Values("en", "zh-Hant"
 TEST_P(Screenshots, EveryStateOfTheWindowHasItsPicture) {
   take("not-connected");
 
+  shortcut(Qt::Key_F1, Qt::NoModifier);
+  auto *about = window->findChild<AboutWindow *>();
+  ASSERT_NE(about, nullptr);
+  take("about", about);
+  about->close();
+
   shortcut(Qt::Key_P, Qt::ControlModifier);
   take("port-dialog", dialog);
   bool taken = false;
