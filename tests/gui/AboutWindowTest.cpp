@@ -6,6 +6,7 @@
 #include <QClipboard>
 #include <QLabel>
 #include <QPlainTextEdit>
+#include <QScrollBar>
 
 namespace tavril {
 namespace {
@@ -110,6 +111,7 @@ TEST_F(AboutWindowTest, ShowsAllOfItsTextsWithoutScrollingInEveryLanguage) {
     auto *content = part<QPlainTextEdit>("aboutContent");
     const double height = content->document()->size().height() * content->fontMetrics().lineSpacing();
     EXPECT_LE(height, content->viewport()->height()) << qPrintable(language);
+    EXPECT_TRUE(waitFor([&] { return !content->verticalScrollBar()->isVisible(); })) << qPrintable(language);
     for (const char *name : {"licence", "documents"}) {
       auto *button = part<QAbstractButton>(name);
       EXPECT_LE(button->fontMetrics().horizontalAdvance(button->text()), button->width() - 8);

@@ -4,6 +4,8 @@
 #include "tests/gui/GuiBench.h"
 
 #include <QDir>
+#include <QPlainTextEdit>
+#include <QScrollBar>
 #include <QTimer>
 
 #include <map>
@@ -42,6 +44,9 @@ TEST_P(Screenshots, EveryStateOfTheWindowHasItsPicture) {
   shortcut(Qt::Key_F1, Qt::NoModifier);
   auto *about = window->findChild<AboutWindow *>();
   ASSERT_NE(about, nullptr);
+  // It comes up with the bar that the text needs before the window has its size.
+  const auto *bar = about->findChild<QPlainTextEdit *>(QStringLiteral("aboutContent"))->verticalScrollBar();
+  ASSERT_TRUE(waitFor([&] { return !bar->isVisible(); }));
   take("about", about);
   about->close();
 
