@@ -18,7 +18,6 @@
 
 #include <algorithm>
 #include <any>
-#include <array>
 #include <utility>
 
 namespace tavril {
@@ -60,8 +59,8 @@ AppDelegate::~AppDelegate() {
 
 // ------------------------------------------------------------------------------------------------ start-up
 
-void AppDelegate::applicationDidFinishLaunching(const MenuOutlets &menu) {
-  const std::array<std::pair<ScreenElement *, const char16_t *>, 9> titles{{
+void AppDelegate::setMenuTitles(const MenuOutlets &menu) const {
+  const std::pair<ScreenElement *, const char16_t *> titles[]{
       {menu.tavril, u"tavril"},
       {menu.abouttavril, u"about_tavril"},
       {menu.quittavril, u"quit_tavril"},
@@ -71,10 +70,16 @@ void AppDelegate::applicationDidFinishLaunching(const MenuOutlets &menu) {
       {menu.config, u"config"},
       {menu.port, u"port_setting"},
       {menu.detectionmotor, u"detection_motor"},
-  }};
+      {menu.language, u"language"},
+      {menu.systemlanguage, u"system_language"},
+  };
   for (const auto &[item, key] : titles) {
     if (item) item->setText(desktop_.strings.text(key));
   }
+}
+
+void AppDelegate::applicationDidFinishLaunching(const MenuOutlets &menu) {
+  setMenuTitles(menu);
   state_.returnSTR = QLatin1String("");
   state_.ToolbarFlag = QLatin1String("");
   state_.FunctionCMD = std::make_shared<Function>(state_, *this, desktop_);

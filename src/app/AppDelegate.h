@@ -23,7 +23,8 @@ struct Notification;
 struct SerialEnvironment;
 struct SharedState;
 
-/// The menu items whose titles are looked up at start-up. Those that are not there are left out.
+/// The menu items whose titles are looked up at start-up and when the language changes. Those that are not
+/// there are left out.
 struct MenuOutlets {
   ScreenElement *tavril = nullptr;
   ScreenElement *abouttavril = nullptr;
@@ -34,6 +35,8 @@ struct MenuOutlets {
   ScreenElement *config = nullptr;
   ScreenElement *port = nullptr;
   ScreenElement *detectionmotor = nullptr;
+  ScreenElement *language = nullptr;
+  ScreenElement *systemlanguage = nullptr;
 };
 
 /// The application's delegate: start-up, menu actions, and the one link to the servo. It opens the port,
@@ -61,6 +64,7 @@ class AppDelegate final : public SerialPortDelegate,
 
   /// Menu titles, shared state, the decoder, the ports; nothing is sent.
   void applicationDidFinishLaunching(const MenuOutlets &menu = {});
+  void setMenuTitles(const MenuOutlets &menu) const;
   void applicationWillTerminate() {}
 
   /// The object store and quitting, see StoreController.

@@ -20,9 +20,12 @@ CommandLine CommandLine::parse(const QStringList &arguments, const QString &vers
       QStringLiteral("port"),
       QStringLiteral("Put the terminal at <path> first in the port list. Repeatable."),
       QStringLiteral("path"));
-  const QCommandLineOption language(QStringLiteral("language"),
-                                    QStringLiteral("Use this string table, such as en or zh-Hant."),
-                                    QStringLiteral("language"));
+  const QCommandLineOption language(
+      QStringLiteral("language"),
+      QStringLiteral(
+          "Use this string table, such as en or zh-Hant, in this run. Without it: what was chosen in "
+          "the menu, else what the system says, else English."),
+      QStringLiteral("language"));
   const QCommandLineOption report(
       QStringLiteral("report"),
       QStringLiteral("No window: connect to the first port, print all registers, and exit."));

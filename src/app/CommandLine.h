@@ -15,7 +15,7 @@ struct CommandLine {
   bool report = false;
   ReportFormat format = ReportFormat::Table;
   QStringList ports;  ///< terminals that come first in the port list, in this order
-  QString language;   ///< empty: the user's own
+  QString language;   ///< for this run; empty: the user's own
   QString snapshot;   ///< file for a picture of the window; empty: none
 
   /// Text to print instead of doing anything, with the status to exit with: help, version, or what was wrong.

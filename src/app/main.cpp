@@ -1,9 +1,12 @@
 // The composition root: the only place that knows every room.
 #include "app/AppDelegate.h"
 #include "app/CommandLine.h"
+#include "app/LanguageChoice.h"
 #include "app/ReadOut.h"
 #include "app/Report.h"
 #include "app/StoreController.h"
+#include "editor/AboutWindow.h"
+#include "editor/DocumentsLink.h"
 #include "editor/EditorWindow.h"
 #include "editor/Style.h"
 #include "platform/AlertErrorPresenter.h"
@@ -12,6 +15,7 @@
 #include "platform/NotificationCenter.h"
 #include "platform/linux/AtExit.h"
 #include "platform/linux/DesktopNotifications.h"
+#include "platform/linux/DocumentFolder.h"
 #include "platform/linux/PaintWidgets.h"
 #include "platform/linux/PaintingWait.h"
 #include "platform/linux/PosixPrivateFiles.h"
@@ -21,6 +25,7 @@
 #include "platform/linux/QtMainQueue.h"
 #include "platform/linux/QtModalAlert.h"
 #include "platform/linux/QtTimers.h"
+#include "platform/linux/SettingsFile.h"
 #include "platform/linux/StandardStreams.h"
 #include "platform/linux/StreamLog.h"
 #include "platform/linux/StringTables.h"
@@ -35,8 +40,10 @@
 #include "tools/StringsConverter.h"
 
 #include <QApplication>
+#include <QDesktopServices>
 #include <QLocale>
 #include <QScreen>
+#include <QUrl>
 
 #include <cerrno>
 #include <cstdio>
@@ -98,11 +105,13 @@ struct House {
   PaintingWait blockingWait{paintPendingWidgets};
   std::unique_ptr<ModalAlert> alert;
   StringTables strings{StringTables::standardFolders(), log};
+  PosixPrivateFiles files;
+  SettingsFile preferences{SettingsFile::standardPath(), files, log};
   NotificationCenter notifications;
+  LanguageChoice language{strings, preferences, notifications, log, QLocale().uiLanguages()};
   DesktopNotifications userNotifications;
   Desktop desktop{mainQueue, timers, blockingWait, *alert, strings, notifications, &userNotifications, log};
 
-  PosixPrivateFiles files;
   AlertErrorPresenter errors{*alert};
   StoreController store{files, desktop, errors};
 
@@ -141,9 +150,19 @@ void openPortSetting(House &house, EditorWindow &window) {
   dialog->open();
 }
 
+void openDocuments(House &house) {
+  const DocumentsLink link(
+      DocumentFolder::candidates(),
+      [](const QString &folder) { return QDesktopServices::openUrl(QUrl::fromLocalFile(folder)); },
+      house.desktop);
+  link.open();
+}
+
 /// The editor, or with a file name a picture of it once everything has been read.
 int edit(House &house, const QString &snapshot) {
+  Style::setLanguage(house.language.language());
   EditorWindow::Actions actions;
+  actions.language = &house.language;
   EditorWindow *shown = nullptr;
   actions.openPortSetting = [&] { openPortSetting(house, *shown); };
   actions.quit = [&] {
@@ -151,18 +170,19 @@ int edit(House &house, const QString &snapshot) {
       QCoreApplication::exit(0);
   };
   actions.about = [&] {
-    house.desktop.alert.run({QStringLiteral("Tavril ") + QCoreApplication::applicationVersion(),
-                             QStringLiteral("GPL-3.0-or-later"),
-                             {}});
+    AboutWindow::open(
+        *shown, house.desktop,
+        {{QStringLiteral("CFBundleShortVersionString"), QCoreApplication::applicationVersion()}},
+        [&house] { openDocuments(house); });
   };
-  // Remembered for this run only as yet.
-  QString lastFolder;
+  const QString lastFolder = QStringLiteral("stringTableFolder");
   PosixUserFiles userFiles;
   QtFilePanels panels(house.mainQueue);
   StringsConverter converter(
       panels, userFiles,
-      TableFolder([&] { return lastFolder; }, [&](const QString &folder) { lastFolder = folder; }),
-      house.strings, house.log);
+      TableFolder([&] { return house.preferences.value(lastFolder).value_or(QString()); },
+                  [&](const QString &folder) { house.preferences.setValue(lastFolder, folder); }),
+      house.strings, house.notifications, house.log);
   actions.openConverter = [&] { converter.showConverter(shown); };
   actions.openTables = [&] { converter.showTables(shown); };
   actions.endProcess = [](int status) { QCoreApplication::exit(status); };
@@ -197,11 +217,7 @@ int run(const CommandLine &line) {
   House house(line.demo ? std::chrono::milliseconds(0) : AppDelegate::bridgeStartUp, interactive);
   buildHelpTables(house.state, house.log);
 
-  QString language = line.language;
-  if (language.isEmpty()) {
-    language = StringTables::languageFor(QLocale().uiLanguages(), house.strings.languages());
-  }
-  if (!house.strings.setLanguage(language) && !line.language.isEmpty()) {
+  if (!house.language.begin(line.language)) {
     return complain(QStringLiteral("there is no string table \"%1\". There are: %2.")
                         .arg(line.language, house.strings.languages().join(QStringLiteral(", "))));
   }

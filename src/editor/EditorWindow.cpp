@@ -1,15 +1,20 @@
 #include "editor/EditorWindow.h"
 
+#include "app/LanguageChoice.h"
 #include "editor/ButtonLabel.h"
 #include "editor/EntryField.h"
+#include "editor/LanguageMenu.h"
 #include "editor/MainScreen.h"
 #include "editor/MsgPanel.h"
 #include "editor/PanelBackdrop.h"
 #include "editor/ScreenCoordinates.h"
+#include "editor/Style.h"
 #include "editor/ValueField.h"
 #include "editor/WaitPanel.h"
 #include "platform/Desktop.h"
+#include "platform/NotificationCenter.h"
 #include "platform/StringTable.h"
+#include "platform/TextChange.h"
 #include "protocol/RegisterCatalogue.h"
 #include "protocol/SharedState.h"
 
@@ -20,6 +25,7 @@
 #include <QScreen>
 #include <QScrollArea>
 
+#include <any>
 #include <utility>
 
 namespace tavril {
@@ -41,14 +47,21 @@ void connectButtons(QWidget &panel, Action action) {
 
 EditorWindow::EditorWindow(SharedState &state, AppDelegate &appdelegate, const Desktop &desktop,
                            Actions actions)
-    : desktop_(desktop), actions_(std::move(actions)) {
+    : appdelegate_(appdelegate), desktop_(desktop), actions_(std::move(actions)) {
   buildScreen(state, appdelegate);
   buildMenus(appdelegate);
   wireScreen();
   windowController_->windowDidLoad();
+  desktop_.notifications.addObserver(
+      this, QString::fromUtf16(LanguageDidChangeNotification), [this](const Notification &notification) {
+        const std::any change = notification.userInfo.value(QString::fromUtf16(textChangeKey));
+        if (const auto *texts = std::any_cast<TextChange>(&change)) languageDidChange(*texts);
+      });
 }
 
-EditorWindow::~EditorWindow() = default;
+EditorWindow::~EditorWindow() {
+  desktop_.notifications.removeObserver(this);
+}
 
 void EditorWindow::buildScreen(SharedState &state, AppDelegate &appdelegate) {
   auto *scroll = new QScrollArea(this);
@@ -62,9 +75,7 @@ void EditorWindow::buildScreen(SharedState &state, AppDelegate &appdelegate) {
   waitPanel_ = new WaitPanel;
   screen_->findChild<PanelBackdrop *>(QStringLiteral("ContrainerView_MsgView"))->setPanel(msgPanel_);
   screen_->findChild<PanelBackdrop *>(QStringLiteral("ContrainerView_WaitView"))->setPanel(waitPanel_);
-  screen_->setTexts(desktop_.strings);
-  msgPanel_->setTexts(desktop_.strings);
-  waitPanel_->setTexts(desktop_.strings);
+  setTexts();
 
   screenView_ = std::make_unique<WidgetView>(*screen_);
   msgView_ = std::make_unique<WidgetView>(*msgPanel_);
@@ -91,6 +102,7 @@ void EditorWindow::buildMenus(AppDelegate &appdelegate) {
   QAction *about = add(*tavril, QKeySequence(Qt::Key_F1), actions_.about);
   about->setMenuRole(QAction::AboutRole);
   about->setVisible(actions_.about != nullptr);
+  if (actions_.language) addLanguageMenu(*tavril);
   QAction *quit = add(*tavril, QKeySequence(Qt::CTRL | Qt::Key_Q), actions_.quit);
   quit->setMenuRole(QAction::QuitRole);
 
@@ -125,6 +137,14 @@ void EditorWindow::setToolTexts() {
   tables_->setText(desktop_.strings.text(u"string_tables"));
 }
 
+void EditorWindow::addLanguageMenu(QMenu &tavril) {
+  QMenu *menu = tavril.addMenu(QString());
+  tavril.addSeparator();
+  languageMenu_ = new LanguageMenu(*menu, *actions_.language);
+  outlets_.language = item(menu->menuAction());
+  outlets_.systemlanguage = item(languageMenu_->systemAction());
+}
+
 ScreenElement *EditorWindow::item(QAction *action) {
   items_.push_back(std::make_unique<ActionElement>(action));
   return items_.back().get();
@@ -137,6 +157,24 @@ MenuOutlets EditorWindow::menuOutlets() {
 void EditorWindow::fitInto(const QSize &available) {
   const int menuHeight = menuBar()->sizeHint().height();
   resize(QSize(ScreenCoordinates::width, ScreenCoordinates::height + menuHeight).boundedTo(available));
+}
+
+void EditorWindow::setTexts() {
+  screen_->setTexts(desktop_.strings);
+  msgPanel_->setTexts(desktop_.strings);
+  waitPanel_->setTexts(desktop_.strings);
+}
+
+void EditorWindow::languageDidChange(const TextChange &change) {
+  // First of all, for the texts are laid out in their faces.
+  if (actions_.language) Style::setLanguage(actions_.language->language());
+  setTexts();
+  message_->setTexts();
+  waiting_->setTexts();
+  controller_->languageDidChange(change);
+  appdelegate_.setMenuTitles(outlets_);
+  setToolTexts();
+  if (languageMenu_) languageMenu_->mark();
 }
 
 void EditorWindow::wireScreen() {

@@ -19,8 +19,11 @@ class QMenu;
 
 namespace tavril {
 
+class LanguageChoice;
+class LanguageMenu;
 class MainScreen;
 class MsgPanel;
+class TextChange;
 class WaitPanel;
 
 /// The main window: the screen with its two panels, their controllers, and the menus. On a desktop that is
@@ -37,6 +40,8 @@ class EditorWindow final : public QMainWindow {
     std::function<void()> openConverter;
     std::function<void()> openTables;
     WindowsCtrl::EndProcess endProcess;
+    LanguageChoice *language =
+        nullptr;  ///< what the language menu chooses from; without it there is no such menu
   };
 
   EditorWindow(SharedState &state, AppDelegate &appdelegate, const Desktop &desktop, Actions actions);
@@ -60,8 +65,12 @@ class EditorWindow final : public QMainWindow {
   void buildMenus(AppDelegate &appdelegate);
   void setToolTexts();
   void wireScreen();
+  void addLanguageMenu(QMenu &tavril);
   ScreenElement *item(QAction *action);
+  void setTexts();
+  void languageDidChange(const TextChange &change);
 
+  AppDelegate &appdelegate_;
   const Desktop &desktop_;
   Actions actions_;
   MainScreen *screen_ = nullptr;
@@ -78,6 +87,7 @@ class EditorWindow final : public QMainWindow {
   MenuOutlets outlets_;
   QAction *converter_ = nullptr;
   QAction *tables_ = nullptr;
+  LanguageMenu *languageMenu_ = nullptr;
 };
 
 }  // namespace tavril

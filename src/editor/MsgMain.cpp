@@ -19,10 +19,14 @@ constexpr int okTag = 1000;
 MsgMain::MsgMain(SharedState &state, CommandSender &sender, PanelView &view, const Desktop &desktop)
     : state_(state), view_(view), desktop_(desktop), FunctionCMD(state, sender, desktop) {}
 
-void MsgMain::viewDidLoad() {
+void MsgMain::setTexts() {
   view_.element(u"MsgTittle").setText(desktop_.strings.text(u"warning"));
   view_.element(u"cancel_lab").setText(desktop_.strings.text(u"CancelBT"));
   view_.element(u"ok_lab").setText(desktop_.strings.text(u"Confirm"));
+}
+
+void MsgMain::viewDidLoad() {
+  setTexts();
   state_.ObjectDictionaryArray.set(QStringLiteral("_MsgContent"), view_.element(u"MsgContent"));
 }
 

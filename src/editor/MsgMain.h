@@ -16,6 +16,8 @@ class MsgMain {
  public:
   MsgMain(SharedState &state, CommandSender &sender, PanelView &view, const Desktop &desktop);
 
+  /// Sets the texts, also when the language has changed. Those that others change are left to them.
+  void setTexts();
   /// Sets the texts and registers the question. After the main screen has loaded.
   void viewDidLoad();
   /// A button was pressed; its identifier is "cancel", "ok" or "close".

@@ -27,6 +27,9 @@ constexpr std::array pairs{
     Style::TextPair{"buttons", Style::restText, Style::face},
     Style::TextPair{"strong buttons", Style::restText, Style::strongFace},
     Style::TextPair{"clicked buttons", Style::clickedText, Style::flashFace},
+    Style::TextPair{"About and the licence", Style::text, Style::aboutGround},
+    Style::TextPair{"version in About", Style::mutedText, Style::aboutGround},
+    Style::TextPair{"selected text in About", Style::text, Style::selection},
 };
 
 // {name} stands for a colour. The 31 labels whose size comes from the string table get no font here, because
@@ -60,11 +63,39 @@ tavril--FrameField {
   font-family: "JetBrains Mono", "DejaVu Sans Mono", monospace; font-size: 12px;
 }
 QPlainTextEdit#MsgView { background: transparent; border: none; color: {restText}; }
+QPlainTextEdit#aboutContent, QPlainTextEdit#licenceText {
+  background: transparent; border: none; color: {text};
+  selection-background-color: {selection}; selection-color: {text};
+}
+QPlainTextEdit#licenceText { font-family: "JetBrains Mono", "DejaVu Sans Mono", monospace; font-size: 12px; }
 QToolTip { background: {well}; color: {text}; border: 1px solid {edge}; padding: 4px; }
 )";
 
 QString named(QString sheet, QStringView name, const QColor &colour) {
   return sheet.replace(u'{' + name.toString() + u'}', colour.name());
+}
+
+/// A region that draws the characters of East Asia in shapes of its own.
+struct Region {
+  QStringView name;  ///< as the collection of fonts has it
+  /// Says nothing that would matter to an outline font. But the fonts that Qt has at hand are told apart by
+  /// their first face and by what else is asked of them; the faces that step in for the first do not count.
+  QFont::StyleStrategy strategy;
+};
+constexpr Region traditional{u"TC", QFont::PreferDefault};
+constexpr Region hongKong{u"HK", QFont::StyleStrategy(QFont::PreferOutline | QFont::PreferMatch)};
+constexpr Region simplified{u"SC", QFont::PreferOutline};
+constexpr Region japan{u"JP", QFont::PreferMatch};
+constexpr Region korea{u"KR", QFont::PreferQuality};
+
+/// Of other languages the region matters only to a name from elsewhere.
+const Region &regionOf(const QString &language) {
+  const QStringList subtags = language.toLower().split(u'-');
+  if (subtags.first() == u"ja") return japan;
+  if (subtags.first() == u"ko") return korea;
+  if (subtags.first() != u"zh") return traditional;
+  if (subtags.contains(u"hk") || subtags.contains(u"mo")) return hongKong;
+  return subtags.contains(u"hant") || subtags.contains(u"tw") ? traditional : simplified;
 }
 
 QPalette darkPalette() {
@@ -94,10 +125,19 @@ std::span<const Style::TextPair> Style::textPairs() {
   return pairs;
 }
 
-QFont Style::textFont(int pixelSize) {
+QFont Style::languageFont(const QString &language) {
+  const Region &region = regionOf(language);
   QFont font;
-  font.setFamilies({QStringLiteral("Inter"), QStringLiteral("Noto Sans CJK TC"), QStringLiteral("Noto Sans"),
-                    QStringLiteral("sans-serif")});
+  font.setFamilies({QStringLiteral("Inter"), QStringLiteral("Noto Sans CJK ") + region.name.toString(),
+                    QStringLiteral("Noto Sans"), QStringLiteral("sans-serif")});
+  font.setStyleStrategy(region.strategy);
+  font.setPixelSize(defaultLabelSize);
+  return font;
+}
+
+QFont Style::textFont(int pixelSize) {
+  // Only the size is set here, so that all else, the faces too, comes from the program's font.
+  QFont font;
   font.setPixelSize(pixelSize);
   return font;
 }
@@ -140,10 +180,21 @@ QString Style::sheet() {
   return sheet;
 }
 
-void Style::apply(QApplication &application) {
+void Style::setLanguage(const QString &language) {
+  QApplication::setFont(languageFont(language));
+  // What a window has not set itself it takes from the application anew. The application by itself only tells
+  // the windows that are there already while its event loop runs.
+  const auto windows = QApplication::topLevelWidgets();
+  for (QWidget *window : windows) window->setFont(window->font());
+  // Where there is a style sheet, a window's children take its font when the sheet is applied, and only then.
+  const QString sheet = qApp->styleSheet();
+  if (!sheet.isEmpty()) qApp->setStyleSheet(sheet);
+}
+
+void Style::apply(QApplication &application, const QString &language) {
   QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
   QApplication::setPalette(darkPalette());
-  QApplication::setFont(textFont());
+  setLanguage(language);
   application.setStyleSheet(sheet());
 }
 

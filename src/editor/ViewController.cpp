@@ -2,6 +2,7 @@
 
 #include "editor/EditorView.h"
 #include "editor/ScreenLabels.h"
+#include "editor/ShownTexts.h"
 #include "platform/BlockingWait.h"
 #include "platform/Desktop.h"
 #include "platform/IntegerValue.h"
@@ -123,6 +124,12 @@ void ViewController::viewWillLayout() {
     // Looked up for every label, so that a changed table shows at the next pass.
     view_.setLabelFontSize(label.name, desktop_.strings.text(u"fontsize").toDouble());
   }
+}
+
+void ViewController::languageDidChange(const TextChange &change) {
+  ShownTexts::change(state_, change);
+  str_ = ShownTexts::notice(str_, change);
+  viewWillLayout();
 }
 
 // ---------------------------------------------------------------------------------------------- the tick

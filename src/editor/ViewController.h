@@ -13,6 +13,7 @@ namespace tavril {
 class CommandSender;
 class EditorView;
 class Function;
+class TextChange;
 class Timer;
 struct Desktop;
 struct SharedState;
@@ -31,6 +32,8 @@ class ViewController {
   void viewDidLoad();
   /// Looks up title, texts and font size of the labels.
   void viewWillLayout();
+  /// The language is another: what is shown, or kept to be shown, is put into it.
+  void languageDidChange(const TextChange &change);
   /// One tick.
   void update();
 

@@ -11,11 +11,15 @@ namespace tavril {
 WaitMain::WaitMain(SharedState &state, PanelView &view, const Desktop &desktop)
     : state_(state), view_(view), desktop_(desktop) {}
 
-void WaitMain::viewDidLoad() {
+void WaitMain::setTexts() {
   // Meant: the title is the text of the confirm key.
   view_.element(u"WaitTittle").setText(desktop_.strings.text(u"Confirm"));
-  view_.element(u"WaitContent").setText(desktop_.strings.text(u"Serial_port_start_initialization"));
   view_.element(u"cancel").setText(desktop_.strings.text(u"CancelBT"));
+}
+
+void WaitMain::viewDidLoad() {
+  setTexts();
+  view_.element(u"WaitContent").setText(desktop_.strings.text(u"Serial_port_start_initialization"));
   state_.ObjectDictionaryArray.set(QStringLiteral("WaitContent"), view_.element(u"WaitContent"));
   state_.ObjectDictionaryArray.set(QStringLiteral("CloseButtonView"), view_.element(u"CloseButtonView"));
 }

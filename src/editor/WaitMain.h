@@ -13,6 +13,8 @@ class WaitMain {
  public:
   WaitMain(SharedState &state, PanelView &view, const Desktop &desktop);
 
+  /// Sets the texts, also when the language has changed. Those that others change are left to them.
+  void setTexts();
   /// Sets the texts and registers what others change. After the main screen has loaded.
   void viewDidLoad();
   /// A button was pressed; the one with the identifier "close" gives up waiting.

@@ -1,5 +1,7 @@
 #include "tools/StringsConverter.h"
 
+#include "platform/NotificationCenter.h"
+#include "platform/TextChange.h"
 #include "tools/ConverterWindow.h"
 #include "tools/FileListWindow.h"
 
@@ -19,8 +21,20 @@ void bringToFront(QDialog &window) {
 }  // namespace
 
 StringsConverter::StringsConverter(FilePanels &panels, UserFiles &files, TableFolder tables,
-                                   const StringTable &strings, Log &log)
-    : panels_(panels), files_(files), tables_(std::move(tables)), strings_(strings), log_(log) {}
+                                   const StringTable &strings, NotificationCenter &notifications, Log &log)
+    : panels_(panels),
+      files_(files),
+      tables_(std::move(tables)),
+      strings_(strings),
+      notifications_(notifications),
+      log_(log) {
+  notifications_.addObserver(this, QString::fromUtf16(LanguageDidChangeNotification),
+                             [this](const Notification &) { setTexts(); });
+}
+
+StringsConverter::~StringsConverter() {
+  notifications_.removeObserver(this);
+}
 
 void StringsConverter::showConverter(QWidget *parent) {
   if (!converter_) converter_ = new ConverterWindow(panels_, files_, tables_, strings_, log_, parent);

@@ -12,28 +12,33 @@ class ConverterWindow;
 class FileListWindow;
 class FilePanels;
 class Log;
+class NotificationCenter;
 class StringTable;
 class UserFiles;
 
-/// The translator's tool: its two windows, of each of which there is one at most. Main thread only; owns
-/// nothing that it is given but the folder, and must outlive its windows.
+/// The translator's tool: its two windows, of each of which there is one at most. Their texts follow the
+/// language. Main thread only; owns nothing that it is given but the folder, and must outlive its windows.
 class StringsConverter {
  public:
   StringsConverter(FilePanels &panels, UserFiles &files, TableFolder tables, const StringTable &strings,
-                   Log &log);
+                   NotificationCenter &notifications, Log &log);
+  ~StringsConverter();
+  StringsConverter(const StringsConverter &) = delete;
+  StringsConverter &operator=(const StringsConverter &) = delete;
 
   /// Opens the window as a child of `parent`, or brings it to the front.
   void showConverter(QWidget *parent);
   /// The same, and lists the folder anew.
   void showTables(QWidget *parent);
-  /// Puts the texts of the present language on the windows that are open.
-  void setTexts();
 
  private:
+  void setTexts();
+
   FilePanels &panels_;
   UserFiles &files_;
   TableFolder tables_;
   const StringTable &strings_;
+  NotificationCenter &notifications_;
   Log &log_;
   QPointer<ConverterWindow> converter_;
   QPointer<FileListWindow> list_;

@@ -68,6 +68,14 @@ TEST(TavrilProgram, ListsTheLanguagesWhenTheOneWantedIsNotThere) {
                   "there is no string table \"xx\". There are: de, en, es, fr, ja, ko, zh-Hans, zh-Hant.");
 }
 
+TEST(TavrilProgram, SaysInItsHelpWhatDecidesTheLanguage) {
+  QString help = QString::fromStdString(run({QStringLiteral("--help")}).out).simplified();
+  EXPECT_TRUE(
+      help.contains(QStringLiteral("in this run. Without it: what was chosen in the menu, else what the "
+                                   "system says, else English.")))
+      << help.toStdString();
+}
+
 TEST(TavrilProgram, ReportsTheSameInEachLanguage) {
   const Program::Outcome english =
       run(demo + QStringList{QStringLiteral("--language"), QStringLiteral("en")});

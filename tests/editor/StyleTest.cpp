@@ -9,6 +9,8 @@
 #include <QRegularExpression>
 
 #include <cmath>
+#include <tuple>
+#include <vector>
 
 namespace tavril {
 namespace {
@@ -150,6 +152,25 @@ TEST(Style, ASizeOfZeroIsTheDefaultSize) {
   Style::setLabelSize(label, 20);
   Style::setLabelSize(label, 0);
   EXPECT_EQ(label.font().pixelSize(), Style::defaultLabelSize);
+}
+
+TEST(Style, AnotherLanguageLeavesSizesAndWeightsOfAllLabelsAndFields) {
+  ShippedScreen shipped;
+  shipped.show();
+  const auto fonts = [&] {
+    std::vector<std::tuple<QString, int, int, QString>> all;
+    for (const QWidget *widget : shipped.screen.findChildren<QWidget *>()) {
+      const QFont &font = widget->font();
+      all.emplace_back(widget->objectName(), font.pixelSize(), font.weight(), font.families().value(0));
+    }
+    return all;
+  };
+  const auto before = fonts();
+  ASSERT_GT(before.size(), 80U);
+  for (const char *language : {"ja", "zh-Hans", "en"}) {
+    Style::setLanguage(QString::fromLatin1(language));
+    EXPECT_EQ(fonts(), before) << language;
+  }
 }
 
 TEST(Style, NoColourOfTheSheetIsLeftUnnamed) {

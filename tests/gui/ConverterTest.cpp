@@ -1,6 +1,8 @@
 // The strings converter as it is shipped: with the editor's look, real files and the texts of every language.
 #include "editor/Style.h"
+#include "platform/NotificationCenter.h"
 #include "platform/StringTableFile.h"
+#include "platform/TextChange.h"
 #include "platform/linux/PosixUserFiles.h"
 #include "platform/linux/StringTables.h"
 #include "tests/support/AnsweringFilePanels.h"
@@ -82,10 +84,14 @@ class ConverterOnDisk : public testing::Test {
   AnsweringFilePanels panels_;
   PosixUserFiles files_;
   QString lastFolder_;
+  NotificationCenter notifications_;
   StringsConverter tool_{
-      panels_, files_,
+      panels_,
+      files_,
       TableFolder{[this] { return lastFolder_; }, [this](const QString &folder) { lastFolder_ = folder; }},
-      strings_, log_};
+      strings_,
+      notifications_,
+      log_};
   QWidget window_;
 };
 

@@ -1,7 +1,9 @@
 #pragma once
 
 #include "app/AppDelegate.h"
+#include "app/LanguageChoice.h"
 #include "app/StoreController.h"
+#include "editor/AboutWindow.h"
 #include "editor/EditorWindow.h"
 #include "editor/MainScreen.h"
 #include "editor/Style.h"
@@ -25,6 +27,7 @@
 #include "tests/support/FakeDevices.h"
 #include "tests/support/FaultyTerminalCalls.h"
 #include "tests/support/MemoryFiles.h"
+#include "tests/support/MemoryPreferences.h"
 #include "tests/support/RecordingLog.h"
 #include "tests/support/RecordingUserNotifications.h"
 #include "tests/support/RecordingWait.h"
@@ -62,7 +65,7 @@ class NoExit final : public ProcessExit {
 class GuiBench : public testing::Test {
  protected:
   explicit GuiBench(const QString &language = QStringLiteral("en")) {
-    Style::apply(*qApp);
+    Style::apply(*qApp, language);
     buildHelpTables(state, log);
     EXPECT_TRUE(strings.setLanguage(language));
     EXPECT_TRUE(servo.start());
@@ -72,6 +75,12 @@ class GuiBench : public testing::Test {
     actions.openConverter = [this] { ++convertersOpened; };
     actions.openTables = [this] { ++tablesOpened; };
     actions.quit = [this] { endStatus = 0; };
+    actions.about = [this] {
+      AboutWindow::open(*window, desktop,
+                        {{QStringLiteral("CFBundleShortVersionString"), QStringLiteral("1.2.3")}},
+                        [this] { ++documentsOpened; });
+    };
+    actions.language = &languageChoice;
     actions.endProcess = [this](int status) { endStatus = status; };
     window = std::make_unique<EditorWindow>(state, *application, desktop, std::move(actions));
     application->applicationDidFinishLaunching(window->menuOutlets());
@@ -159,6 +168,8 @@ class GuiBench : public testing::Test {
   AnsweringAlert alert;
   StringTables strings{{QStringLiteral(TAVRIL_STRINGS)}, log};
   NotificationCenter notifications;
+  MemoryPreferences preferences;
+  LanguageChoice languageChoice{strings, preferences, notifications, log, {QStringLiteral("en")}};
   RecordingUserNotifications userNotifications;
   Desktop desktop{mainQueue, timers, wait, alert, strings, notifications, &userNotifications, log};
   PosixTerminalCalls posix{log};
@@ -184,6 +195,7 @@ class GuiBench : public testing::Test {
   int convertersOpened = 0;
   int tablesOpened = 0;
   std::optional<int> endStatus;
+  int documentsOpened = 0;
 };
 
 }  // namespace tavril

@@ -28,6 +28,8 @@ class Program {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("LC_ALL"), QStringLiteral("C.UTF-8"));
     environment.remove(QStringLiteral("LANGUAGE"));
+    // Nor by what the user of this machine has chosen: no such folder.
+    environment.insert(QStringLiteral("XDG_CONFIG_HOME"), QStringLiteral("/nonexistent"));
     environment.remove(QStringLiteral("TAVRIL_LOG"));
     process_.setProcessEnvironment(environment);
     process_.start(path, arguments);

@@ -109,16 +109,21 @@ QString StringTables::languageFor(const QStringList &wanted, const QStringList &
   return QStringLiteral("en");
 }
 
+QStringList StringTables::languages() const {
+  QStringList codes;
+  for (const auto &[language, texts] : tables_) codes.append(language);
+  return codes;
+}
+
 bool StringTables::setLanguage(const QString &language) {
   if (!tables_.contains(language)) return false;
   language_ = language;
   return true;
 }
 
-QString StringTables::text(QStringView key) const {
-  const QString name = key.toString();
-  const auto table = tables_.constFind(language_);
-  return table == tables_.cend() ? name : table->value(name, name);
+const StringTable &StringTables::table(const QString &language) const {
+  const auto found = tables_.find(language);
+  return found == tables_.end() ? none_ : found->second;
 }
 
 void StringTables::readFolder(const QString &folder, const QString &suffix, Log &log) {
@@ -141,7 +146,7 @@ void StringTables::readFolder(const QString &folder, const QString &suffix, Log 
     for (const StringTableFile::Problem &fault : file.problems()) {
       log.write(QStringLiteral("%1:%2: %3").arg(path).arg(fault.line).arg(fault.what));
     }
-    tables_[language].insert(file.entries());
+    tables_[language].add(file.entries());
   }
 }
 

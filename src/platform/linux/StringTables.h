@@ -1,10 +1,12 @@
 #pragma once
 
+#include "platform/Languages.h"
 #include "platform/StringTable.h"
+#include "platform/linux/LanguageTexts.h"
 
-#include <QHash>
-#include <QMap>
 #include <QStringList>
+
+#include <map>
 
 namespace tavril {
 
@@ -13,7 +15,7 @@ class Log;
 /// The string tables of all languages, read once from files named after their language ("zh-Hant.strings") in
 /// one or more folders. Also read is "zh-Hant.h", which is how the strings converter names its tables. A text
 /// that the current language lacks is shown by its key.
-class StringTables final : public StringTable {
+class StringTables final : public StringTable, public Languages {
  public:
   /// `folders` in order of increasing precedence: later ones win key by key. What is wrong with a file goes
   /// to the log. The current language is "en".
@@ -26,19 +28,19 @@ class StringTables final : public StringTable {
   /// "de_DE").
   static QString languageFor(const QStringList &wanted, const QStringList &available);
 
-  QStringList languages() const { return tables_.keys(); }
-  QString language() const { return language_; }
-  /// False, and nothing changes, when there is no table for this language.
-  bool setLanguage(const QString &language);
+  QStringList languages() const override;
+  QString language() const override { return language_; }
+  bool setLanguage(const QString &language) override;
+  const StringTable &table(const QString &language) const override;
+  QString bestFor(const QStringList &wanted) const override { return languageFor(wanted, languages()); }
 
-  QString text(QStringView key) const override;
+  QString text(QStringView key) const override { return table(language_).text(key); }
 
  private:
-  using Texts = QHash<QString, QString>;
-
   void readFolder(const QString &folder, const QString &suffix, Log &log);
 
-  QMap<QString, Texts> tables_;
+  std::map<QString, LanguageTexts> tables_;
+  LanguageTexts none_;
   QString language_ = QStringLiteral("en");
 };
 

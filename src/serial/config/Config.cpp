@@ -6,6 +6,7 @@
 #include "platform/NotificationCenter.h"
 #include "platform/ScreenElement.h"
 #include "platform/StringTable.h"
+#include "platform/TextChange.h"
 #include "protocol/SharedState.h"
 #include "serial/LinkOpener.h"
 #include "serial/SerialPort.h"
@@ -46,6 +47,8 @@ Config::Config(SharedState &state, LinkOpener &appdelegate, const Desktop &deskt
           [this] { comboBoxSelectionDidChange(*ui_->portCombo); });
   connect(ui_->doneBT, &QPushButton::clicked, this, [this] { done(); });
   connect(ui_->cancel, &QPushButton::clicked, this, &Config::cancel);
+  desktop_.notifications.addObserver(this, QString::fromUtf16(LanguageDidChangeNotification),
+                                     [this](const Notification &) { viewDidLoad(); });
   // The link hears of ports that come and go before this dialog does, and has changed the list by then.
   for (const char16_t *name :
        {SerialPortsWereConnectedNotification, SerialPortsWereDisconnectedNotification}) {

@@ -29,7 +29,7 @@ class Config final : public QDialog {
          QWidget *parent = nullptr);
   ~Config() override;
 
-  /// Sets the texts.
+  /// Sets the texts, also when the language has changed.
   void viewDidLoad();
 
   /// How many ports there are; with none the confirm button is disabled.

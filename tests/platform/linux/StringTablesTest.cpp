@@ -52,6 +52,17 @@ TEST_F(StringTablesTest, ShowsTheTextsOfTheCurrentLanguage) {
   EXPECT_THAT(log_.lines(), IsEmpty());
 }
 
+TEST_F(StringTablesTest, EveryTableCanBeLookedIntoWhateverIsInUse) {
+  write(QStringLiteral("a/en.strings"), "\"k\"=\"text\";");
+  write(QStringLiteral("a/de.strings"), "\"k\"=\"Text\";");
+  StringTables tables(folders({QStringLiteral("a")}), log_);
+  EXPECT_EQ(tables.table(QStringLiteral("de")).text(u"k"), QStringLiteral("Text"));
+  EXPECT_TRUE(tables.setLanguage(QStringLiteral("de")));
+  EXPECT_EQ(tables.table(QStringLiteral("en")).text(u"k"), QStringLiteral("text"));
+  EXPECT_EQ(tables.table(QStringLiteral("fr")).text(u"k"), QStringLiteral("k")) << "there is none";
+  EXPECT_EQ(tables.bestFor({QStringLiteral("fr"), QStringLiteral("de_AT")}), QStringLiteral("de"));
+}
+
 TEST_F(StringTablesTest, AMissingKeyShowsItselfAndNotTheEnglishText) {
   write(QStringLiteral("a/en.strings"), "\"k\"=\"text\";");
   write(QStringLiteral("a/de.strings"), "\"other\"=\"\";");
@@ -169,6 +180,27 @@ TEST(StringTablesLanguage, FollowsTheLocale) {
   EXPECT_EQ(choose(QLocale(QStringLiteral("zh_CN")).uiLanguages()), QStringLiteral("zh-Hans"));
   EXPECT_EQ(choose(QLocale(QStringLiteral("de_CH")).uiLanguages()), QStringLiteral("de"));
   EXPECT_EQ(choose(QLocale::c().uiLanguages()), QStringLiteral("en"));
+}
+
+/// By what a locale of the system says, with the languages that the program comes with.
+QString chooseForLocale(const char *locale) {
+  return StringTables::languageFor(
+      QLocale(QString::fromLatin1(locale)).uiLanguages(),
+      {QStringLiteral("de"), QStringLiteral("en"), QStringLiteral("es"), QStringLiteral("fr"),
+       QStringLiteral("ja"), QStringLiteral("ko"), QStringLiteral("zh-Hans"), QStringLiteral("zh-Hant")});
+}
+
+TEST(StringTablesLanguage, OfALocaleIsTheOneThatIsReadThere) {
+  const std::pair<const char *, const char *> expected[]{
+      {"zh_CN", "zh-Hans"}, {"zh_SG", "zh-Hans"}, {"zh_TW", "zh-Hant"}, {"zh_HK", "zh-Hant"},
+      {"zh_MO", "zh-Hant"}, {"ja_JP", "ja"},      {"ko_KR", "ko"},      {"de_AT", "de"},
+      {"de_DE", "de"},      {"fr_CA", "fr"},      {"fr_CH", "fr"},      {"es_MX", "es"},
+      {"es_ES", "es"},      {"en_GB", "en"},      {"pt_BR", "en"},      {"pt_PT", "en"},
+      {"it_IT", "en"},      {"C", "en"},          {"POSIX", "en"},
+  };
+  for (const auto &[locale, language] : expected) {
+    EXPECT_EQ(chooseForLocale(locale).toStdString(), language) << locale;
+  }
 }
 
 }  // namespace
