@@ -1,3 +1,5 @@
+#include "platform/NotificationCenter.h"
+#include "platform/TextChange.h"
 #include "tests/support/AnsweringFilePanels.h"
 #include "tests/support/KeyTable.h"
 #include "tests/support/MemoryUserFiles.h"
@@ -83,10 +85,14 @@ class ConverterWindowsTest : public testing::Test {
   KeyTable strings_;
   RecordingLog log_;
   QString lastFolder_;
+  NotificationCenter notifications_;
   StringsConverter tool_{
-      panels_, files_,
+      panels_,
+      files_,
       TableFolder{[this] { return lastFolder_; }, [this](const QString &folder) { lastFolder_ = folder; }},
-      strings_, log_};
+      strings_,
+      notifications_,
+      log_};
   QWidget parent_;
 };
 
@@ -255,7 +261,7 @@ TEST_F(ConverterWindowsTest, TheTextsAreThoseOfTheTableAndCanBeSetAgain) {
   strings_.texts.insert(QStringLiteral("strings_converter"), QString::fromUtf8("Umsetzer…"));
   strings_.texts.insert(QStringLiteral("converter_hint"), QStringLiteral("Zwei Dateien"));
   strings_.texts.insert(QStringLiteral("file_name"), QStringLiteral("Name"));
-  tool_.setTexts();
+  notifications_.post({QString::fromUtf16(LanguageDidChangeNotification), nullptr, {}});
   EXPECT_EQ(converter().windowTitle(), QStringLiteral("Umsetzer"));
   EXPECT_EQ(find<QLabel>(converter(), "hint").text(), QStringLiteral("Zwei Dateien"));
   EXPECT_EQ(table().horizontalHeaderItem(0)->text(), QStringLiteral("Name"));
