@@ -59,7 +59,7 @@ tavril--FrameField {
   background: transparent; border: none; color: {liveText}; selection-background-color: {selection};
   font-family: "JetBrains Mono", "DejaVu Sans Mono", monospace; font-size: 12px;
 }
-QPlainTextEdit#MsgView { background: transparent; border: none; color: {restText}; }
+QPlainTextEdit#MsgView { background: transparent; border: none; }
 QToolTip { background: {well}; color: {text}; border: 1px solid {edge}; padding: 4px; }
 )";
 
