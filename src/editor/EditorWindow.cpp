@@ -6,6 +6,7 @@
 #include "editor/MsgPanel.h"
 #include "editor/PanelBackdrop.h"
 #include "editor/ScreenCoordinates.h"
+#include "editor/ScreenPointer.h"
 #include "editor/ValueField.h"
 #include "editor/WaitPanel.h"
 #include "platform/Desktop.h"
@@ -142,6 +143,13 @@ void EditorWindow::wireScreen() {
   connect(angle, &EntryField::changed, this, [this] { controller_->positionEntry().controlTextDidChange(); });
   connect(angle, &EntryField::ended, this,
           [this] { controller_->positionEntry().controlTextDidEndEditing(); });
+
+  const ScreenPointer &pointer = screen_->pointer();
+  connect(&pointer, &ScreenPointer::pressed, this, [this](QPointF at) { controller_->mouseDown(at); });
+  connect(&pointer, &ScreenPointer::dragged, this, [this](QPointF at) { controller_->mouseDragged(at); });
+  connect(&pointer, &ScreenPointer::released, this, [this] { controller_->mouseUp(); });
+  connect(&pointer, &ScreenPointer::moved, this, [this](QPointF at) { controller_->mouseMoved(at); });
+  connect(screen_, &MainScreen::positionRequested, this, [this](int to) { controller_->dragTo(to); });
 
   for (const char *name : {"relax", "capture", "motor_set", "read", "detail_set"}) {
     auto *button = screen_->findChild<ButtonLabel *>(QString::fromLatin1(name));
