@@ -49,12 +49,18 @@ EditorWindow::EditorWindow(SharedState &state, AppDelegate &appdelegate, const D
   windowController_->windowDidLoad();
 }
 
-EditorWindow::~EditorWindow() = default;
+EditorWindow::~EditorWindow() {
+  // The controllers go before the widgets, which still tell of a press or an edit that ends as they are
+  // hidden.
+  for (QObject *child : findChildren<QObject *>()) child->disconnect(this);
+}
 
 void EditorWindow::buildScreen(SharedState &state, AppDelegate &appdelegate) {
   auto *scroll = new QScrollArea(this);
   scroll->setFrameShape(QFrame::NoFrame);
   scroll->setAlignment(Qt::AlignCenter);
+  // Else a press beside the controls would end an edit by taking the focus.
+  scroll->setFocusPolicy(Qt::NoFocus);
   screen_ = new MainScreen;
   scroll->setWidget(screen_);
   setCentralWidget(scroll);

@@ -8,6 +8,7 @@
 #include <QWidget>
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace tavril {
@@ -77,7 +78,7 @@ bool ScreenPointer::takeFromScreen(QEvent &event) {
 
 bool ScreenPointer::takePress(const QMouseEvent &mouse) {
   if (mouse.button() != Qt::LeftButton || isPanelUp()) return false;
-  const QPointF location = ScreenCoordinates::pointFromQt(mouse.position());
+  const QPointF location = locationOf(mouse);
   isDown_ = true;
   Q_EMIT pressed(location);
   followTo(location);
@@ -88,20 +89,30 @@ bool ScreenPointer::takeDrag(const QMouseEvent &mouse) {
   if (!isDown_ || !mouse.buttons().testFlag(Qt::LeftButton)) return false;
   // A panel that came up in the middle of a drag takes it away from the dial, but not the release.
   if (isPanelUp()) return true;
-  const QPointF location = ScreenCoordinates::pointFromQt(mouse.position());
+  const QPointF location = locationOf(mouse);
   Q_EMIT dragged(location);
   followTo(location);
   return true;
 }
 
-void ScreenPointer::hover(QWidget &receiver, const QMouseEvent &mouse) {
-  const QPointF position = receiver.mapTo(&screen_, mouse.position());
+void ScreenPointer::hover(const QWidget &receiver, const QMouseEvent &mouse) {
   // What the receiver does not want goes on to the screen, where it would count again.
-  QWidget *under = screen_.childAt(position.toPoint());
+  const QWidget *under = screen_.childAt(receiver.mapTo(&screen_, mouse.position()).toPoint());
   if (&receiver != (under ? under : &screen_) || isPanelUp()) return;
-  const QPointF location = ScreenCoordinates::pointFromQt(position);
+  const QPointF location = locationOf(mouse);
   Q_EMIT moved(location);
   followTo(location);
+}
+
+/// Where a point has several pixels, an event's place in a widget and on the desktop may have been rounded,
+/// and only its place in the window has not. An event that did not come through the window does not know that
+/// place.
+QPointF ScreenPointer::locationOf(const QMouseEvent &mouse) const {
+  const QPointF rounded = screen_.mapFromGlobal(mouse.globalPosition());
+  const QPointF exact = screen_.mapFrom(screen_.window(), mouse.scenePosition());
+  const QPointF apart = exact - rounded;
+  const bool isKnown = std::abs(apart.x()) <= 1 && std::abs(apart.y()) <= 1;
+  return ScreenCoordinates::pointFromQt(isKnown ? exact : rounded);
 }
 
 void ScreenPointer::release() {

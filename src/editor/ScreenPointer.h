@@ -42,7 +42,8 @@ class ScreenPointer final : public QObject {
   bool takeFromScreen(QEvent &event);
   bool takePress(const QMouseEvent &mouse);
   bool takeDrag(const QMouseEvent &mouse);
-  void hover(QWidget &receiver, const QMouseEvent &mouse);
+  void hover(const QWidget &receiver, const QMouseEvent &mouse);
+  QPointF locationOf(const QMouseEvent &mouse) const;
   void release();
   void leave();
   void followTo(QPointF location);
