@@ -1,23 +1,34 @@
 #include "editor/DialView.h"
 
+#include "editor/DialAccessible.h"
+#include "editor/DialPointer.h"
 #include "editor/Style.h"
 
+#include <QKeyEvent>
 #include <QPainter>
 #include <QtMath>
+
+#include <algorithm>
+#include <array>
 
 namespace tavril {
 
 namespace {
 
-constexpr double knobRadius = 66;
 constexpr double faceRadius = 92;
+constexpr double focusRadius = faceRadius - 0.5;  ///< of a wider line, which ends where the face does
 constexpr double arcWidth = 10;
-constexpr double tickRadius = 80;
 constexpr double zeroAngle_deg = -60;  ///< position 0, at the lower right
 constexpr double liveArc_deg = 300;
-constexpr double unitsPerDegree = 3.41;
+constexpr double tickRadius = 79;
+constexpr double tickLength = 5;
+constexpr double markLength = 9;
 constexpr int tickStep_deg = 10;
-constexpr int ticksPerMark = 5;
+constexpr std::array marks_deg{0, 60, 150, 240, 300};  ///< from position 0: the ends and the two axes
+
+constexpr int restPosition = 511;  ///< where the knob stands before anything is known
+constexpr int step = 1;
+constexpr int page = 10;
 
 QPointF onRim(QPointF centre, double radius, double angle_deg) {
   const double angle = qDegreesToRadians(angle_deg);
@@ -25,46 +36,95 @@ QPointF onRim(QPointF centre, double radius, double angle_deg) {
 }
 
 void drawScale(QPainter &painter, QPointF centre) {
-  constexpr int ticks = static_cast<int>(liveArc_deg) / tickStep_deg;
-  for (int tick = 0; tick <= ticks; ++tick) {
-    const bool isMark = tick % ticksPerMark == 0;
-    const double angle = zeroAngle_deg + tick * tickStep_deg;
-    painter.setPen(QPen(isMark ? Style::disabledText : Style::edge, isMark ? 1.6 : 1.2));
-    painter.drawLine(onRim(centre, tickRadius, angle), onRim(centre, tickRadius + (isMark ? 8 : 4), angle));
+  for (int travel = 0; travel <= static_cast<int>(liveArc_deg); travel += tickStep_deg) {
+    const bool isMark = std::find(marks_deg.begin(), marks_deg.end(), travel) != marks_deg.end();
+    const double angle = zeroAngle_deg + travel;
+    painter.setPen(
+        QPen(isMark ? Style::mutedText : Style::edge, isMark ? 2 : 1.2, Qt::SolidLine, Qt::FlatCap));
+    painter.drawLine(onRim(centre, tickRadius, angle),
+                     onRim(centre, tickRadius + (isMark ? markLength : tickLength), angle));
   }
 }
 
-void drawArc(QPainter &painter, QPointF centre, const QColor &colour, double angle_deg) {
+void drawArc(QPainter &painter, QPointF centre, const QColor &colour, double span_deg) {
   constexpr int steps = 16;  // of Qt's arcs per degree
-  const QRectF square(centre.x() - knobRadius, centre.y() - knobRadius, 2 * knobRadius, 2 * knobRadius);
+  constexpr double radius = dial::knobRadius;
+  const QRectF square(centre.x() - radius, centre.y() - radius, 2 * radius, 2 * radius);
   painter.setPen(QPen(colour, arcWidth, Qt::SolidLine, Qt::RoundCap));
-  painter.drawArc(square, qRound(zeroAngle_deg * steps), qRound(angle_deg * steps));
+  painter.drawArc(square, qRound(zeroAngle_deg * steps), qRound(span_deg * steps));
 }
 
-void drawFigures(QPainter &painter, QPointF centre, std::optional<int> position) {
-  QFont figures = Style::textFont(24);
-  figures.setWeight(QFont::DemiBold);
-  painter.setFont(figures);
+void drawFigures(QPainter &painter, QPointF centre, const QString &figures, std::optional<int> position) {
+  QFont font = Style::textFont(24);
+  font.setWeight(QFont::DemiBold);
+  painter.setFont(font);
   painter.setPen(position ? Style::text : Style::mutedText);
-  painter.drawText(QRectF(centre.x() - 45, centre.y() - 18, 90, 30), Qt::AlignCenter,
-                   position ? QString::number(*position) : QStringLiteral("\u2013"));
+  painter.drawText(QRectF(centre.x() - 45, centre.y() - 18, 90, 30), Qt::AlignCenter, figures);
   if (!position) return;
   painter.setFont(Style::textFont(11));
   painter.setPen(Style::mutedText);
   painter.drawText(QRectF(centre.x() - 45, centre.y() + 12, 90, 18), Qt::AlignCenter,
-                   QString::number(qRound(*position / unitsPerDegree)) + QStringLiteral("\u00b0"));
+                   QString::number(qRound(*position / dial::unitsPerDegree)) + QStringLiteral("\u00b0"));
 }
 
 }  // namespace
 
 DialView::DialView(QWidget *parent) : QWidget(parent) {
+  QAccessible::installFactory(&DialAccessible::make);
   setAttribute(Qt::WA_TransparentForMouseEvents);
+  setFocusPolicy(Qt::TabFocus);
 }
 
 void DialView::setPosition(std::optional<int> position) {
   if (position == position_) return;
   position_ = position;
   update();
+  QAccessibleValueChangeEvent changed(this, knobPosition());
+  QAccessible::updateAccessibility(&changed);
+}
+
+int DialView::knobPosition() const {
+  return position_.value_or(restPosition);
+}
+
+QString DialView::figures() const {
+  return position_ ? QString::number(*position_) : QStringLiteral("\u2013");
+}
+
+void DialView::requestPosition(int position) {
+  if (isEnabled()) Q_EMIT positionRequested(std::clamp(position, 0, dial::highestPosition));
+}
+
+void DialView::keyPressEvent(QKeyEvent *event) {
+  const bool isPlain = !(event->modifiers() & ~(Qt::KeypadModifier | Qt::ShiftModifier));
+  switch (isPlain ? event->key() : Qt::Key_unknown) {
+    case Qt::Key_Up:
+    case Qt::Key_Right:
+      return requestPosition(knobPosition() + step);
+    case Qt::Key_Down:
+    case Qt::Key_Left:
+      return requestPosition(knobPosition() - step);
+    case Qt::Key_PageUp:
+      return requestPosition(knobPosition() + page);
+    case Qt::Key_PageDown:
+      return requestPosition(knobPosition() - page);
+    case Qt::Key_Home:
+      return requestPosition(0);
+    case Qt::Key_End:
+      return requestPosition(dial::highestPosition);
+    default:
+      QWidget::keyPressEvent(event);
+  }
+}
+
+void DialView::focusInEvent(QFocusEvent *event) {
+  QWidget::focusInEvent(event);
+  Q_EMIT focusChanged(true);
+}
+
+void DialView::focusOutEvent(QFocusEvent *event) {
+  QWidget::focusOutEvent(event);
+  Q_EMIT focusChanged(false);
 }
 
 void DialView::paintEvent(QPaintEvent *) {
@@ -75,11 +135,15 @@ void DialView::paintEvent(QPaintEvent *) {
   painter.setPen(QPen(Style::hairline, 1));
   painter.setBrush(Style::recess);
   painter.drawEllipse(centre, faceRadius, faceRadius);
-  drawScale(painter, centre);
   painter.setBrush(Qt::NoBrush);
+  if (hasFocus()) {
+    painter.setPen(QPen(Style::accent, 2));
+    painter.drawEllipse(centre, focusRadius, focusRadius);
+  }
+  drawScale(painter, centre);
   drawArc(painter, centre, Style::hairline.lighter(125), liveArc_deg);
-  if (position_ && *position_ > 0) drawArc(painter, centre, Style::accent, *position_ / unitsPerDegree);
-  drawFigures(painter, centre, position_);
+  if (position_ && *position_ > 0) drawArc(painter, centre, Style::accent, *position_ / dial::unitsPerDegree);
+  drawFigures(painter, centre, figures(), position_);
 }
 
 }  // namespace tavril

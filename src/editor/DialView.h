@@ -7,7 +7,8 @@
 namespace tavril {
 
 /// The dial behind the knob: its scale, the live arc of 300 degrees with the part up to the position filled,
-/// and the position in figures. The centre of the widget is the dial's centre. It takes no pointer events.
+/// and the position in figures. The centre of the widget is the dial's centre. It takes no pointer events,
+/// but it can have the keyboard's focus, and its keys ask for other positions.
 class DialView : public QWidget {
   Q_OBJECT
 
@@ -17,9 +18,23 @@ class DialView : public QWidget {
   std::optional<int> position() const { return position_; }
   /// 0 to 1023, or nothing as long as no position is known.
   void setPosition(std::optional<int> position);
+  /// Where the knob stands: the position, or the top of the dial while none is known.
+  int knobPosition() const;
+  /// The position as text, or a dash.
+  QString figures() const;
+  /// Asks for a position; what is beyond an end means the end.
+  void requestPosition(int position);
+
+ Q_SIGNALS:
+  /// The user wants this position, 0 to 1023. The dial itself has not changed.
+  void positionRequested(int position);
+  void focusChanged(bool hasFocus);
 
  protected:
   void paintEvent(QPaintEvent *event) override;
+  void keyPressEvent(QKeyEvent *event) override;
+  void focusInEvent(QFocusEvent *event) override;
+  void focusOutEvent(QFocusEvent *event) override;
 
  private:
   std::optional<int> position_;

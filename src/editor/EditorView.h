@@ -33,6 +33,8 @@ class EditorView {
   virtual void setTitle(const QString &title) = 0;
   /// Font size of a label in points; 0 is the platform's default size.
   virtual void setLabelFontSize(QStringView label, double size_pt) = 0;
+  /// Font size in points and colour of a text view.
+  virtual void setTextLook(QStringView textView, double size_pt, LabelColor color) = 0;
   /// Frame of the dial's knob.
   virtual DesignRect knobFrame() const = 0;
   virtual void setKnobFrame(const DesignRect &frame) = 0;

@@ -9,6 +9,7 @@
 #include "editor/PanelBackdrop.h"
 #include "editor/ScreenCoordinates.h"
 #include "editor/Style.h"
+#include "editor/ScreenPointer.h"
 #include "editor/ValueField.h"
 #include "editor/WaitPanel.h"
 #include "platform/Desktop.h"
@@ -61,12 +62,17 @@ EditorWindow::EditorWindow(SharedState &state, AppDelegate &appdelegate, const D
 
 EditorWindow::~EditorWindow() {
   desktop_.notifications.removeObserver(this);
+  // The controllers go before the widgets, which still tell of a press or an edit that ends as they are
+  // hidden.
+  for (QObject *child : findChildren<QObject *>()) child->disconnect(this);
 }
 
 void EditorWindow::buildScreen(SharedState &state, AppDelegate &appdelegate) {
   auto *scroll = new QScrollArea(this);
   scroll->setFrameShape(QFrame::NoFrame);
   scroll->setAlignment(Qt::AlignCenter);
+  // Else a press beside the controls would end an edit by taking the focus.
+  scroll->setFocusPolicy(Qt::NoFocus);
   screen_ = new MainScreen;
   scroll->setWidget(screen_);
   setCentralWidget(scroll);
@@ -189,6 +195,13 @@ void EditorWindow::wireScreen() {
   connect(angle, &EntryField::changed, this, [this] { controller_->positionEntry().controlTextDidChange(); });
   connect(angle, &EntryField::ended, this,
           [this] { controller_->positionEntry().controlTextDidEndEditing(); });
+
+  const ScreenPointer &pointer = screen_->pointer();
+  connect(&pointer, &ScreenPointer::pressed, this, [this](QPointF at) { controller_->mouseDown(at); });
+  connect(&pointer, &ScreenPointer::dragged, this, [this](QPointF at) { controller_->mouseDragged(at); });
+  connect(&pointer, &ScreenPointer::released, this, [this] { controller_->mouseUp(); });
+  connect(&pointer, &ScreenPointer::moved, this, [this](QPointF at) { controller_->mouseMoved(at); });
+  connect(screen_, &MainScreen::positionRequested, this, [this](int to) { controller_->dragTo(to); });
 
   for (const char *name : {"relax", "capture", "motor_set", "read", "detail_set"}) {
     auto *button = screen_->findChild<ButtonLabel *>(QString::fromLatin1(name));

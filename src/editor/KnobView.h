@@ -11,8 +11,23 @@ class KnobView : public QWidget {
  public:
   explicit KnobView(QWidget *parent = nullptr);
 
+  /// Pale as long as no position is known.
+  void setKnown(bool isKnown);
+  /// Brighter while the pointer could take it, and filled while it follows the pointer.
+  void setPointer(bool isHovered, bool isPressed);
+  /// Ringed while the dial has the keyboard's focus.
+  void setFocused(bool isFocused);
+
  protected:
   void paintEvent(QPaintEvent *event) override;
+
+ private:
+  void change(bool &state, bool value);
+
+  bool isKnown_ = false;
+  bool isHovered_ = false;
+  bool isPressed_ = false;
+  bool isFocused_ = false;
 };
 
 }  // namespace tavril

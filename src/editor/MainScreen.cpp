@@ -1,5 +1,6 @@
 #include "editor/MainScreen.h"
 
+#include "editor/ScreenPointer.h"
 #include "editor/Style.h"
 #include "platform/IntegerValue.h"
 #include "platform/StringTable.h"
@@ -38,6 +39,7 @@ MainScreen::MainScreen(QWidget *parent) : QWidget(parent), ui_(std::make_unique<
   connect(ui_->angle, &QLineEdit::textChanged, this, &MainScreen::followPosition);
   connect(ui_->StatusError_value, &QLineEdit::textChanged, this,
           [this](const QString &text) { ui_->StatusError_value->setAlarm(integerValueOf(text) > 0); });
+  wireDial();
 }
 
 MainScreen::~MainScreen() = default;
@@ -46,7 +48,8 @@ void MainScreen::setTexts(const StringTable &strings) {
   ui_->product->setText(strings.text(u"tavril"));
   ui_->productLine->setText(strings.text(u"product_line"));
   ui_->ConnectStatus->setKnownTexts(strings.text(u"Not_connect"), strings.text(u"COM_Connect_P1"));
-  ui_->imageView->setAccessibleName(strings.text(u"position"));
+  ui_->imageView->setAccessibleName(strings.text(u"dial"));
+  ui_->imageView->setAccessibleDescription(strings.text(u"dial_help"));
   ui_->MsgView->setAccessibleName(strings.text(u"detail_about"));
 }
 
@@ -55,7 +58,29 @@ void MainScreen::followPosition(const QString &entry) {
   const bool isNumber =
       std::all_of(entry.begin(), entry.end(), [](QChar c) { return c >= u'0' && c <= u'9'; });
   const int position = integerValueOf(entry);
-  if (isNumber && position <= highestPosition) ui_->imageView->setPosition(position);
+  if (isNumber && position <= highestPosition) {
+    ui_->imageView->setPosition(position);
+    ui_->MotorPoint->setKnown(true);
+  }
+}
+
+void MainScreen::wireDial() {
+  pointer_ = new ScreenPointer(*this);
+  connect(pointer_, &ScreenPointer::followed, this, &MainScreen::followPointer);
+  connect(ui_->imageView, &DialView::focusChanged, ui_->MotorPoint, &KnobView::setFocused);
+  connect(ui_->imageView, &DialView::positionRequested, this, [this](int position) {
+    if (!pointer_->isPanelUp()) Q_EMIT positionRequested(position);
+  });
+}
+
+void MainScreen::followPointer() {
+  const bool isTurning = pointer_->isDown() && pointer_->isOverDial();
+  ui_->MotorPoint->setPointer(pointer_->isOverDial(), isTurning);
+  setCursor(pointer_->isOverDial() ? Qt::PointingHandCursor : Qt::ArrowCursor);
+  // The dial takes the focus after it has written the position, which ends an edit of the position without
+  // sending it. Any other unfinished edit stays: leaving it could bring up an alert in the middle of a press.
+  const auto *edited = qobject_cast<EditLine *>(focusWidget());
+  if (isTurning && !(edited && edited->isModified())) ui_->imageView->setFocus(Qt::MouseFocusReason);
 }
 
 }  // namespace tavril

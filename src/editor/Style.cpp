@@ -62,7 +62,7 @@ tavril--FrameField {
   background: transparent; border: none; color: {liveText}; selection-background-color: {selection};
   font-family: "JetBrains Mono", "DejaVu Sans Mono", monospace; font-size: 12px;
 }
-QPlainTextEdit#MsgView { background: transparent; border: none; color: {restText}; }
+QPlainTextEdit#MsgView { background: transparent; border: none; }
 QPlainTextEdit#aboutContent, QPlainTextEdit#licenceText {
   background: transparent; border: none; color: {text};
   selection-background-color: {selection}; selection-color: {text};

@@ -55,7 +55,8 @@ ViewController::ViewController(SharedState &state, CommandSender &appdelegate, E
       desktop_(desktop),
       FunctionCMD_(std::make_shared<Function>(state, appdelegate, desktop)),
       knob_(view),
-      valueEntry_(state, desktop) {
+      valueEntry_(state, desktop),
+      hoverNotices_(state, view, desktop) {
   setFunctionCMD(FunctionCMD_);
 }
 
@@ -70,6 +71,7 @@ ViewController::~ViewController() {
 void ViewController::setFunctionCMD(std::shared_ptr<Function> commands) {
   FunctionCMD_ = std::move(commands);
   positionEntry_ = std::make_unique<PositionEntry>(state_, view_, knob_, *FunctionCMD_, desktop_);
+  positionDial_ = std::make_unique<PositionDial>(state_, view_, knob_, *FunctionCMD_, desktop_);
 }
 
 // ------------------------------------------------------------------------------------------------ start-up
@@ -84,7 +86,7 @@ void ViewController::viewDidLoad() {
   view_.element(u"errormsg").setText(desktop_.strings.text(u"Please_choose_COM_Port_and_Connect_to_device"));
   view_.element(u"ConnectStatus").setText(desktop_.strings.text(u"Not_connect"));
   state_.limitFlag = QLatin1String("");
-  str_ = QLatin1String("");
+  hoverNotices_.reset();
   state_.TextMouseFlag = QLatin1String("");
   cmdcnt = 1;
   knob_.takeCentre();

@@ -1,9 +1,12 @@
 #pragma once
 
+#include "editor/HoverNotices.h"
 #include "editor/Knob.h"
+#include "editor/PositionDial.h"
 #include "editor/PositionEntry.h"
 #include "editor/ValueEntry.h"
 
+#include <QPointF>
 #include <QString>
 
 #include <memory>
@@ -57,6 +60,15 @@ class ViewController {
   void text(ScreenElement &sender) { valueEntry_.text(sender); }
   PositionEntry &positionEntry() { return *positionEntry_; }
 
+  /// The pointer on the screen, in the design's coordinates. A press and what follows up to the release
+  /// belong to the dial; a pointer without a button held asks for notices.
+  void mouseDown(QPointF location) { positionDial_->mouseDown(location); }
+  void mouseDragged(QPointF location) { positionDial_->mouseDragged(location); }
+  void mouseUp() { positionDial_->mouseUp(); }
+  void mouseMoved(QPointF location) { hoverNotices_.mouseMoved(location); }
+  /// The dial's keys: as if the knob had been dragged there.
+  void dragTo(int position) { positionDial_->dragTo(position); }
+
   const std::shared_ptr<Function> &FunctionCMD() const { return FunctionCMD_; }
   void setFunctionCMD(std::shared_ptr<Function> commands);
 
@@ -79,10 +91,11 @@ class ViewController {
   std::shared_ptr<Function> FunctionCMD_;
   Knob knob_;
   ValueEntry valueEntry_;
+  HoverNotices hoverNotices_;
   std::unique_ptr<PositionEntry> positionEntry_;
+  std::unique_ptr<PositionDial> positionDial_;
   std::shared_ptr<Timer> tick_;
   std::shared_ptr<Timer> TimerCnt_;
-  QString str_;  ///< the start-up log, and the notice shown
 };
 
 }  // namespace tavril

@@ -5,6 +5,7 @@
 #include "editor/Style.h"
 #include "editor/WidgetElement.h"
 
+#include <QPlainTextEdit>
 #include <QWidget>
 
 namespace tavril {
@@ -27,10 +28,12 @@ QStringView nameOf(ButtonName button) {
   return {};
 }
 
+QColor colourOf(LabelColor color) {
+  return color == LabelColor::Black ? Style::clickedText : Style::restText;
+}
+
 void colour(QWidget *widget, LabelColor color) {
-  if (auto *label = qobject_cast<ButtonLabel *>(widget)) {
-    label->setTextColor(color == LabelColor::Black ? Style::clickedText : Style::restText);
-  }
+  if (auto *label = qobject_cast<ButtonLabel *>(widget)) label->setTextColor(colourOf(color));
 }
 
 }  // namespace
@@ -83,6 +86,17 @@ void WidgetView::setTitle(const QString &title) {
 
 void WidgetView::setLabelFontSize(QStringView label, double size_pt) {
   Style::setLabelSize(widget(label), size_pt);
+}
+
+void WidgetView::setTextLook(QStringView textView, double size_pt, LabelColor color) {
+  QWidget &frame = widget(textView);
+  auto *inside = frame.findChild<QPlainTextEdit *>(QString(), Qt::FindDirectChildrenOnly);
+  QWidget &view = inside ? *inside : frame;
+  Style::setLabelSize(view, size_pt);
+  QPalette palette = view.palette();
+  if (palette.color(QPalette::Text) == colourOf(color)) return;
+  palette.setColor(QPalette::Text, colourOf(color));
+  view.setPalette(palette);
 }
 
 DesignRect WidgetView::knobFrame() const {

@@ -26,6 +26,8 @@ class WidgetView final : public EditorView, public PanelView {
   /// The title of the window that the root stands in.
   void setTitle(const QString &title) override;
   void setLabelFontSize(QStringView label, double size_pt) override;
+  /// A frame round a text view passes it on.
+  void setTextLook(QStringView textView, double size_pt, LabelColor color) override;
   DesignRect knobFrame() const override;
   void setKnobFrame(const DesignRect &frame) override;
 

@@ -16,6 +16,7 @@
 
 #include <map>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace tavril {
@@ -33,6 +34,9 @@ class FakeView final : public EditorView, public PanelView {
   void setLabelColor(int tag, LabelColor color) override { tagColors[tag] = color; }
   void setTitle(const QString &text) override { title = text; }
   void setLabelFontSize(QStringView label, double size_pt) override { fontSizes[label.toString()] = size_pt; }
+  void setTextLook(QStringView textView, double size_pt, LabelColor color) override {
+    textLooks[textView.toString()] = {size_pt, color};
+  }
   DesignRect knobFrame() const override { return knob; }
   void setKnobFrame(const DesignRect &frame) override {
     knob = frame;
@@ -42,6 +46,7 @@ class FakeView final : public EditorView, public PanelView {
   std::map<ButtonName, LabelColor> colors;
   std::map<int, LabelColor> tagColors;
   std::map<QString, double> fontSizes;
+  std::map<QString, std::pair<double, LabelColor>> textLooks;
   QString title;
   DesignRect knob{806, 593, 22, 22};
   int knobMoves = 0;

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QAccessibleWidget>
+
+namespace tavril {
+
+class DialView;
+
+/// The dial for assistive technologies: a value from 0 to 1023 that can be set, which is then as if it had
+/// been reached with the keys. Qt owns it.
+class DialAccessible final : public QAccessibleWidget, public QAccessibleValueInterface {
+ public:
+  explicit DialAccessible(DialView &dial);
+
+  /// For QAccessible::installFactory(): an interface for dials, nothing for all else.
+  static QAccessibleInterface *make(const QString &className, QObject *object);
+
+  void *interface_cast(QAccessible::InterfaceType type) override;
+  QString text(QAccessible::Text type) const override;
+
+  QVariant currentValue() const override;
+  void setCurrentValue(const QVariant &value) override;
+  QVariant maximumValue() const override;
+  QVariant minimumValue() const override;
+  QVariant minimumStepSize() const override;
+
+ private:
+  DialView &dial() const;
+};
+
+}  // namespace tavril

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QPointF>
+#include <QString>
+
+namespace tavril {
+
+class EditorView;
+class StringTable;
+struct Desktop;
+struct SharedState;
+
+/// Explains the row of the parameter list that the pointer is over. A notice stays until another row is
+/// hovered. Points are in the design's coordinates. Main thread only; owns nothing that it is given.
+class HoverNotices {
+ public:
+  HoverNotices(SharedState &state, EditorView &view, const Desktop &desktop);
+
+  /// Forgets the last notice.
+  void reset();
+  void mouseMoved(QPointF location);
+
+ private:
+  SharedState &state_;
+  EditorView &view_;
+  const StringTable &strings_;
+  QString str;  ///< the notice shown last
+};
+
+}  // namespace tavril
