@@ -101,7 +101,7 @@ bool ThreadQueue::waitForJob(std::unique_lock<std::mutex> &lock) {
   const Clock::time_point idleEnd = Clock::now() + idleTime_;
   for (;;) {
     const Clock::time_point now = Clock::now();
-    queueTicks(now);
+    if (!closing.stop_requested()) queueTicks(now);
     if (!jobs_.empty()) return true;
     if (closing.stop_requested() || (timers_.empty() && now >= idleEnd)) return false;
     const auto first = std::ranges::min_element(timers_, {}, [](const auto &timer) { return timer->due(); });
