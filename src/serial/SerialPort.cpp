@@ -4,8 +4,11 @@
 #include "platform/Log.h"
 #include "platform/MainQueue.h"
 #include "serial/LineSession.h"
+#include "serial/PinPoller.h"
 #include "serial/PortRegistry.h"
+#include "serial/PortRequests.h"
 #include "serial/PosixError.h"
+#include "serial/ReadLoop.h"
 #include "serial/SerialEnvironment.h"
 
 #include <array>
@@ -18,9 +21,7 @@ namespace tavril {
 
 namespace {
 
-constexpr std::chrono::milliseconds inputTimeout{100};
 constexpr std::chrono::milliseconds pinPollInterval{10};
-constexpr std::size_t largestRead = 1024;
 
 void reportMisuse(const SerialEnvironment &environment, const QString &text) {
   environment.log.write(QStringLiteral("*** Assertion failure: ") + text);
@@ -69,10 +70,12 @@ SerialPort::Ptr SerialPort::init(const SerialEnvironment &environment) {
 
 SerialPort::SerialPort(Token, const SerialEnvironment &environment, RegistryHandle device,
                        const QString &path)
-    : environment_(environment), path_(path), name_(modemNameFromDevice(environment, device)) {
+    : environment_(environment),
+      path_(path),
+      name_(modemNameFromDevice(environment, device)),
+      requests_(std::make_unique<PortRequests>(
+          *this, environment, [this](const QString &key, const Change &change) { changed(key, change); })) {
   setIOKitDevice(device);
-  requestHandlingQueue_ = environment_.background.serialQueue(
-      QStringLiteral("org.tavril.Tavril.SerialPort.requestHandlingQueue"));
 }
 
 SerialPort::~SerialPort() {
@@ -217,11 +220,11 @@ void SerialPort::takeOverPins() {
 }
 
 void SerialPort::startLoops(const std::shared_ptr<LineSession> &running) {
-  const std::weak_ptr<SerialPort> weak = weak_from_this();
-  environment_.background.run([weak, running] { readLoop(weak, running); });
-  running->setPinPollTimer(environment_.background.repeat(pinPollInterval, [weak, running] {
-    if (const Ptr self = weak.lock()) self->pollPins(running);
-  }));
+  const std::weak_ptr<PortLine> line = std::shared_ptr<PortLine>(shared_from_this(), this);
+  TerminalCalls &calls = environment_.terminal;
+  environment_.background.run([loop = ReadLoop(calls, line, running)] { loop.run(); });
+  running->setPinPollTimer(environment_.background.repeat(
+      pinPollInterval, [poller = PinPoller(calls, line, running)] { poller.poll(); }));
 }
 
 bool SerialPort::close() {
@@ -259,7 +262,7 @@ bool SerialPort::closeSession(const std::shared_ptr<LineSession> &closing) {
         delegate->serialPortWasClosed(self);
     });
     // Meant: without that callback the requests survive the closing.
-    requestHandlingQueue_->async([self = shared_from_this()] { self->forgetRequests(); });
+    requests_->forget();
   }
   return true;
 }
@@ -295,6 +298,11 @@ void SerialPort::cleanupAfterSystemRemoval() {
   close();
 }
 
+void SerialPort::deviceHasGone(const std::shared_ptr<LineSession> &session) {
+  tellRemoved();
+  if (!session->hasEnded()) closeSession(session);
+}
+
 void SerialPort::tellRemoved() {
   onMainThreadAndWait([self = shared_from_this()] {
     if (const auto delegate = self->delegate()) delegate->serialPortWasRemovedFromSystem(self);
@@ -308,30 +316,36 @@ void SerialPort::cleanup() {
   cleanupAfterSystemRemoval();
 }
 
-void SerialPort::forgetRequests() {
-  bool hadRequests = false;
-  {
-    const std::lock_guard lock(requestsMutex_);
-    hadRequests = !requestsQueue_.empty();
-    requestsQueue_.clear();
-    pendingRequest_.reset();
-  }
-  if (hadRequests) changed(QStringLiteral("requestsQueue"));
+// ------------------------------------------------------------------------------------------------ requests
+
+bool SerialPort::sendRequest(const std::shared_ptr<SerialRequest> &request) {
+  return requests_->sendRequest(request);
+}
+
+std::shared_ptr<SerialRequest> SerialPort::pendingRequest() const {
+  return requests_->pendingRequest();
+}
+
+void SerialPort::setPendingRequest(std::shared_ptr<SerialRequest> request) {
+  requests_->setPendingRequest(std::move(request));
 }
 
 std::vector<std::shared_ptr<SerialRequest>> SerialPort::queuedRequests() const {
-  const std::lock_guard lock(requestsMutex_);
-  return requestsQueue_;
+  return requests_->requestsQueue();
 }
 
 // --------------------------------------------------------------------------------- sending and receiving
 
 bool SerialPort::sendData(const QByteArray &bytes) {
   if (!isOpen()) return false;
+  const auto sending = session();
   auto remaining = std::as_bytes(std::span(bytes.constData(), static_cast<std::size_t>(bytes.size())));
   while (!remaining.empty()) {
-    const CallResult written =
-        withDescriptor([&](int fd) { return environment_.terminal.write(fd, remaining); });
+    const CallResult written = withDescriptor([&](int fd) {
+      // What could not be sent before the port was closed is not sent once it has been opened anew.
+      return sending && sending->hasEnded() ? CallResult::failure(EBADF)
+                                            : environment_.terminal.write(fd, remaining);
+    });
     if (written.failed()) {
       notifyDelegateOfPosixError(written.error);
       return false;
@@ -341,55 +355,18 @@ bool SerialPort::sendData(const QByteArray &bytes) {
   return true;
 }
 
-void SerialPort::readLoop(const std::weak_ptr<SerialPort> &weak,
-                          const std::shared_ptr<LineSession> &session) {
-  while (!session->hasEnded()) {
-    if (session->isClosing()) {  // keep out of the way of close(), which wants the semaphore
-      session->pause(inputTimeout);
-      continue;
-    }
-    const Ptr self = weak.lock();
-    if (!self) return;
-    if (!self->readOnce(*session)) session->pause(inputTimeout);
-  }
-}
-
-/// One wait for input and one read. False when nothing can come for a while: the line is hung up (which
-/// counts as readable for ever) or the wait itself fails, and the loop must not spin.
-bool SerialPort::readOnce(LineSession &session) {
-  TerminalCalls &calls = environment_.terminal;
-  if (!selectSemaphore_.try_acquire_for(inputTimeout)) return true;
-  const CallResult ready =
-      session.hasEnded() ? CallResult::success()
-                         : calls.waitForInput(session.descriptor(), session.wakeDescriptor(), inputTimeout);
-  selectSemaphore_.release();
-  if (session.hasEnded()) return true;
-  if (ready.failed()) {
-    notifyDelegateOfPosixError(ready.error);
-    return false;
-  }
-  if (ready.value == 0) return true;
-
-  std::array<std::byte, largestRead> buffer;
-  const CallResult got = withDescriptor([&](int fd) {
-    // The port may have been opened anew in the meantime: its bytes belong to the new session's loop.
-    return session.hasEnded() ? CallResult::success() : calls.read(fd, buffer);
-  });
-  if (got.value <= 0) return false;
-  receiveData(QByteArray(reinterpret_cast<const char *>(buffer.data()), got.value));
-  return true;
-}
-
 void SerialPort::receiveData(const QByteArray &bytes) {
-  if (!delegateRespondsTo(SerialPortCallback::DidReceiveData)) return;
-  // Bytes that wait to be told do not keep a port alive: under steady traffic it would otherwise never go.
-  environment_.mainQueue.async([weak = weak_from_this(), bytes] {
-    const Ptr self = weak.lock();
-    const auto delegate = self ? self->delegate() : nullptr;
-    if (delegate && delegate->respondsTo(SerialPortCallback::DidReceiveData)) {
-      delegate->didReceiveData(self, bytes);
-    }
-  });
+  if (delegateRespondsTo(SerialPortCallback::DidReceiveData)) {
+    // Bytes that wait to be told do not keep a port alive: under steady traffic it would otherwise never go.
+    environment_.mainQueue.async([weak = weak_from_this(), bytes] {
+      const Ptr self = weak.lock();
+      const auto delegate = self ? self->delegate() : nullptr;
+      if (delegate && delegate->respondsTo(SerialPortCallback::DidReceiveData)) {
+        delegate->didReceiveData(self, bytes);
+      }
+    });
+  }
+  requests_->receive(bytes);
 }
 
 CallResult SerialPort::withDescriptor(const std::function<CallResult(int)> &call) const {
@@ -401,21 +378,7 @@ CallResult SerialPort::withDescriptor(const std::function<CallResult(int)> &call
 
 // -------------------------------------------------------------------------------------------------- pins
 
-void SerialPort::pollPins(const std::shared_ptr<LineSession> &session) {
-  int pins = 0;
-  const CallResult read = withDescriptor([&](int fd) {
-    return session->hasEnded() ? CallResult::failure(EBADF) : environment_.terminal.pins(fd, pins);
-  });
-  if (session->hasEnded()) return;  // closed before or while we asked; close() has cancelled the poller
-  if (read.failed()) {
-    const bool gone = read.error == ENXIO;
-    notifyDelegateOfPosixError(read.error, gone);
-    // While that was told, the main thread may have seen the removal itself and closed the port: told once.
-    if (!gone || session->hasEnded()) return;
-    tellRemoved();
-    if (!session->hasEnded()) closeSession(session);
-    return;
-  }
+void SerialPort::showPins(int pins) {
   showPin(CTS_, QStringLiteral("CTS"), (pins & Pin::cts) != 0);
   showPin(DSR_, QStringLiteral("DSR"), (pins & Pin::dsr) != 0);
   showPin(DCD_, QStringLiteral("DCD"), (pins & Pin::dcd) != 0);
@@ -450,8 +413,8 @@ KeyValueObservers::Token SerialPort::observe(const QString &key, KeyValueObserve
   return observers_.observe(key, std::move(handler));
 }
 
-void SerialPort::changed(const QString &key) {
-  observers_.tell(key);
+void SerialPort::changed(const QString &key, const Change &change) {
+  observers_.tell(key, change);
   for (const QString &dependent : {QStringLiteral("isOpen"), QStringLiteral("queuedRequests")}) {
     if (keyPathsForValuesAffectingValueForKey(dependent).contains(key)) observers_.tell(dependent);
   }

@@ -4,6 +4,7 @@
 #include "platform/KeyValueObservers.h"
 #include "platform/NamedDevice.h"
 #include "serial/LineSettings.h"
+#include "serial/PortLine.h"
 #include "serial/SerialPortDelegate.h"
 
 #include <QByteArray>
@@ -22,7 +23,7 @@
 namespace tavril {
 
 class LineSession;
-class SerialQueue;
+class PortRequests;
 class SerialRequest;
 struct SerialEnvironment;
 
@@ -30,9 +31,11 @@ struct SerialEnvironment;
 /// writes to it and reports everything to one delegate on the main thread. There is one live object for each
 /// path, as far as the name begins with "usb".
 ///
-/// open(), close(), sendData() and the setters belong to the main thread; close() may also come from the pin
-/// poller when the device is gone. Operations return false on failure and tell the delegate why.
-class SerialPort final : public NamedDevice, public std::enable_shared_from_this<SerialPort> {
+/// open(), close() and the setters belong to the main thread; close() may also come from the pin poller when
+/// the device is gone. Operations return false on failure and tell the delegate why.
+class SerialPort final : public NamedDevice,
+                         public std::enable_shared_from_this<SerialPort>,
+                         private PortLine {
   struct Token {};
 
  public:
@@ -74,7 +77,7 @@ class SerialPort final : public NamedDevice, public std::enable_shared_from_this
   /// True when the port is closed afterwards, at once when it was.
   bool close();
   bool isOpen() const { return fileDescriptor_ != 0; }
-  /// Writes all bytes, blocking. False when closed or when a write failed.
+  /// Writes all bytes, blocking. False when closed or when a write failed. Thread-safe.
   bool sendData(const QByteArray &bytes);
   /// Tells the delegate that the device is gone, then closes.
   void cleanupAfterSystemRemoval();
@@ -124,39 +127,48 @@ class SerialPort final : public NamedDevice, public std::enable_shared_from_this
   bool DSR() const { return DSR_; }
   bool DCD() const { return DCD_; }
 
-  /// A copy of the requests that wait to be sent.
+  /// Sends the request, or has it wait behind those that were sent before it. Waits until the bytes are
+  /// written; must not be called on the request queue, as from a request's evaluator. False when sending
+  /// failed: the request is pending all the same. Thread-safe. The delegate hears of its response or
+  /// time-out.
+  bool sendRequest(const std::shared_ptr<SerialRequest> &request);
+  /// The request whose response is awaited, or nothing. Setting it only stores it: nothing is sent.
+  /// Thread-safe.
+  std::shared_ptr<SerialRequest> pendingRequest() const;
+  void setPendingRequest(std::shared_ptr<SerialRequest> request);
+  /// A copy of the requests that wait to be sent. Its observers are told on the request queue. Thread-safe.
   std::vector<std::shared_ptr<SerialRequest>> queuedRequests() const;
 
   /// Observes a property by name, such as "isOpen", "CTS" or "queuedRequests".
   [[nodiscard]] KeyValueObservers::Token observe(const QString &key, KeyValueObservers::Handler handler);
 
  private:
+  CallResult withDescriptor(const std::function<CallResult(int)> &call) const override;
+  std::binary_semaphore &selectSemaphore() override { return selectSemaphore_; }
+  void receiveData(const QByteArray &bytes) override;
+  void showPins(int pins) override;
+  void notifyDelegateOfPosixError(int error, bool waitUntilDone = false) override;
+  void deviceHasGone(const std::shared_ptr<LineSession> &session) override;
+
   void setFileDescriptor(int descriptor);
   std::shared_ptr<LineSession> session() const;
   void setSession(std::shared_ptr<LineSession> session);
   CallResult openExclusively();
-  CallResult withDescriptor(const std::function<CallResult(int)> &call) const;
   void setPortOptions();
   void applyFlowControl(bool FlowControl::*kind, bool use);
   void drivePin(std::atomic<bool> &stored, int pin, bool on);
   void takeOverPins();
   void keepOriginalAttributes();
   void startLoops(const std::shared_ptr<LineSession> &running);
-  static void readLoop(const std::weak_ptr<SerialPort> &weak, const std::shared_ptr<LineSession> &session);
-  bool readOnce(LineSession &session);
-  void receiveData(const QByteArray &bytes);
-  void pollPins(const std::shared_ptr<LineSession> &session);
   void showPin(std::atomic<bool> &stored, const QString &key, bool on);
   bool closeSession(const std::shared_ptr<LineSession> &closing);
   void tellRemoved();
   void restoreLine(int descriptor);
   CallResult releaseDescriptor();
-  void forgetRequests();
 
-  void notifyDelegateOfPosixError(int error, bool waitUntilDone = false);
   bool delegateRespondsTo(SerialPortCallback callback) const;
   void onMainThreadAndWait(const std::function<void()> &job);
-  void changed(const QString &key);
+  void changed(const QString &key, const Change &change = {});
 
   const SerialEnvironment &environment_;
 
@@ -181,12 +193,8 @@ class SerialPort final : public NamedDevice, public std::enable_shared_from_this
   std::shared_ptr<LineSession> session_;             // guarded by identityMutex_
   std::binary_semaphore selectSemaphore_{1};         // held by the read loop while it waits, and by close()
 
-  std::shared_ptr<SerialQueue> requestHandlingQueue_;
-  mutable std::mutex requestsMutex_;
-  std::vector<std::shared_ptr<SerialRequest>> requestsQueue_;
-  std::shared_ptr<SerialRequest> pendingRequest_;
-
   KeyValueObservers observers_;
+  const std::unique_ptr<PortRequests> requests_;
 };
 
 }  // namespace tavril
