@@ -6,6 +6,7 @@
 #include "editor/MsgPanel.h"
 #include "editor/PanelBackdrop.h"
 #include "editor/ScreenCoordinates.h"
+#include "editor/ScreenScroller.h"
 #include "editor/ValueField.h"
 #include "editor/WaitPanel.h"
 #include "platform/Desktop.h"
@@ -18,7 +19,6 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QScreen>
-#include <QScrollArea>
 
 #include <utility>
 
@@ -51,9 +51,7 @@ EditorWindow::EditorWindow(SharedState &state, AppDelegate &appdelegate, const D
 EditorWindow::~EditorWindow() = default;
 
 void EditorWindow::buildScreen(SharedState &state, AppDelegate &appdelegate) {
-  auto *scroll = new QScrollArea(this);
-  scroll->setFrameShape(QFrame::NoFrame);
-  scroll->setAlignment(Qt::AlignCenter);
+  auto *scroll = new ScreenScroller(this);
   screen_ = new MainScreen;
   scroll->setWidget(screen_);
   setCentralWidget(scroll);

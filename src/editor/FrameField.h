@@ -25,6 +25,7 @@ class FrameField : public QLineEdit {
   void focusInEvent(QFocusEvent *event) override;
 
  private:
+  QRect textArea() const;
   bool fits(const QString &line) const;
 };
 
