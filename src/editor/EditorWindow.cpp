@@ -146,6 +146,8 @@ void EditorWindow::wireScreen() {
     connect(button, &ButtonLabel::clicked, this,
             [this, button] { controller_->LabelTouchEvent(button->property("identifier").toString()); });
   }
+  // The one thing that can be used from the start, so that the keyboard has a place to begin from.
+  angle->setFocus(Qt::OtherFocusReason);
   connectButtons(*msgPanel_, [this](const QString &identifier) { message_->MsgButton(identifier); });
   connectButtons(*waitPanel_, [this](const QString &identifier) { waiting_->WaitButton(identifier); });
 }

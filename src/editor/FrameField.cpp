@@ -73,6 +73,11 @@ QStringList FrameField::lines() const {
   return lines;
 }
 
+QVariant FrameField::inputMethodQuery(Qt::InputMethodQuery query) const {
+  return query == Qt::ImCursorRectangle ? QWidget::inputMethodQuery(query)
+                                        : QLineEdit::inputMethodQuery(query);
+}
+
 void FrameField::paintEvent(QPaintEvent *) {
   QStyleOptionFrame option;
   initStyleOption(&option);

@@ -34,9 +34,15 @@ void ScreenScroller::follow(QWidget *focus) {
   // A panel that has just been shown is not in its place before its layout has run.
   if (QWidget *panel = panelOf(focus)) {
     panel->parentWidget()->layout()->activate();
-    ensureWidgetVisible(panel, margin, margin);
+    bringIntoView(*panel);
   }
-  ensureWidgetVisible(focus, margin, margin);
+  bringIntoView(*focus);
+}
+
+void ScreenScroller::bringIntoView(const QWidget &element) {
+  // By its place: Qt's own way goes by the text cursor, which need not be where the element is.
+  const QPoint middle = element.mapTo(widget(), element.rect().center());
+  ensureVisible(middle.x(), middle.y(), element.width() / 2 + margin, element.height() / 2 + margin);
 }
 
 }  // namespace tavril

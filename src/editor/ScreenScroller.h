@@ -14,6 +14,7 @@ class ScreenScroller final : public QScrollArea {
 
  private:
   void follow(QWidget *focus);
+  void bringIntoView(const QWidget &element);
 };
 
 }  // namespace tavril

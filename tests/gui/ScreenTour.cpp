@@ -45,7 +45,8 @@ void ScreenTour::visitMenus() {
 void ScreenTour::visitConnecting() {
   shortcut(Qt::Key_P, Qt::ControlModifier);
   ASSERT_NE(dialog, nullptr);
-  ASSERT_TRUE(QTest::qWaitForWindowActive(dialog));
+  ASSERT_TRUE(QTest::qWaitForWindowExposed(dialog));
+  QApplication::setActiveWindow(dialog);
   show(QStringLiteral("port-dialog"), *dialog);
   bool shown = false;
   wait.during = [&] {
@@ -59,6 +60,7 @@ void ScreenTour::visitConnecting() {
   press("capture");
   ASSERT_TRUE(waitFor([this] { return !textOf("angle").isEmpty(); }));
   controller().Colorreset();
+  QApplication::setActiveWindow(window.get());
   show(QStringLiteral("connected"), *window);
 }
 
@@ -131,8 +133,7 @@ void ScreenTour::visitFailure() {
   // A device that does not answer: thirty seconds later.
   servo.withOptions([](simulator::Options &options) { options.mute = true; });
   application->serialFormat();
-  window->activateWindow();
-  ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+  QApplication::setActiveWindow(window.get());
   state.ObjectDictionaryArray.element(u"ContrainerView_WaitView").setHidden(false);
   for (int second = 0; second < 30; ++second) controller().ConnectTimeout();
   show(QStringLiteral("wait-failed"), *window);

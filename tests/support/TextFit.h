@@ -16,6 +16,13 @@ class TextFit {
   /// How many texts were looked at, so that a check of nothing can be told from one that found nothing.
   int count() const { return count_; }
 
+  /// Where a text is drawn, in the screen's coordinates; of what has a frame, all of it.
+  struct Place {
+    const QWidget *element;
+    QRect rect;
+  };
+  const QList<Place> &places() const { return places_; }
+
   /// The elements that can be seen: with a panel up, those of the panel.
   static QList<QWidget *> seen(const QWidget &screen);
 
@@ -27,10 +34,6 @@ class TextFit {
             const QRect &takes);
   void findOverlaps();
 
-  struct Place {
-    const QWidget *element;
-    QRect rect;
-  };
   const QWidget &screen_;
   QList<Place> places_;
   QStringList problems_;

@@ -23,13 +23,13 @@ constexpr int textWidth = 360;
 constexpr int edge = 24;  ///< round all
 
 /// The message is the alert's title, and is set off as one where there is a text below it.
-void layOut(QLabel &label, bool isTitle) {
-  label.setMinimumWidth(textWidth);
-  label.setWordWrap(true);
-  if (!isTitle) return;
+void layOutMessage(QLabel &label, bool isTitle) {
   QFont font = label.font();
-  font.setWeight(QFont::DemiBold);
+  if (isTitle) font.setWeight(QFont::DemiBold);
   label.setFont(font);
+  // The box turns wrapping off where it thinks there is room, and goes by what the label says it needs: a
+  // least width would hide a need for more.
+  if (label.fontMetrics().horizontalAdvance(label.text()) <= textWidth) label.setMinimumWidth(textWidth);
 }
 
 void showPlain(QMessageBox &box, const AlertContent &content) {
@@ -39,9 +39,10 @@ void showPlain(QMessageBox &box, const AlertContent &content) {
   box.setInformativeText(content.informativeText);
   // The box does not hand its text format on to the second text, which would then guess whether it is markup.
   for (auto *label : box.findChildren<QLabel *>()) {
-    const bool isMessage = label->text() == content.messageText;
-    if (isMessage || label->text() == content.informativeText) {
-      layOut(*label, isMessage && !content.informativeText.isEmpty());
+    if (label->text() == content.messageText) {
+      layOutMessage(*label, !content.informativeText.isEmpty());
+    } else if (label->text() == content.informativeText) {
+      label->setMinimumWidth(textWidth);
     }
     label->setTextFormat(Qt::PlainText);
     label->setTextInteractionFlags(Qt::TextSelectableByMouse);
