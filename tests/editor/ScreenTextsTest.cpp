@@ -286,9 +286,7 @@ TEST_P(ScreenTextsTest, TheConnectionStateIsReadOutAsItStands) {
   EXPECT_EQ(line->text(QAccessible::Name), text(u"Serial_port_start_initialization"));
 }
 
-INSTANTIATE_TEST_SUITE_P(Languages, ScreenTextsTest,
-                         testing::ValuesIn(shippedLanguages(QStringLiteral(TAVRIL_STRINGS))),
-                         languageTestName);
+INSTANTIATE_TEST_SUITE_P(Languages, ScreenTextsTest, testing::ValuesIn(shippedLanguages()), languageTestName);
 
 }  // namespace
 }  // namespace tavril

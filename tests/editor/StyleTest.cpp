@@ -9,6 +9,8 @@
 #include <QPlainTextEdit>
 #include <QRegularExpression>
 
+#include <cstdio>
+
 namespace tavril {
 namespace {
 
@@ -25,6 +27,7 @@ TEST(Style, EveryPairOfTextAndGroundHasEnoughContrast) {
   ASSERT_GE(Style::textPairs().size(), 10U);
   for (const Style::TextPair &pair : Style::textPairs()) {
     EXPECT_GE(contrast(pair.text, pair.ground), enoughForText) << pair.where;
+    std::printf("%5.1f  %s\n", contrast(pair.text, pair.ground), pair.where);
   }
 }
 
@@ -32,6 +35,7 @@ TEST(Style, EveryMarkStandsOutFromItsGround) {
   ASSERT_GE(Style::markPairs().size(), 10U);
   for (const Style::MarkPair &pair : Style::markPairs()) {
     EXPECT_GE(contrast(pair.mark, pair.ground), enoughForMarks) << pair.where;
+    std::printf("%5.1f  %s\n", contrast(pair.mark, pair.ground), pair.where);
   }
 }
 

@@ -1,7 +1,7 @@
 // Every text can be told from what is behind it, as it is really drawn.
 #include "tests/gui/ScreenTour.h"
+#include "tests/gui/TextFit.h"
 #include "tests/support/DrawnContrast.h"
-#include "tests/support/TextFit.h"
 
 namespace tavril {
 namespace {
@@ -32,9 +32,7 @@ TEST(Contrast, OfAFaintTextIsFoundOut) {
   EXPECT_GT(drawnContrast(picture), enoughForText);
 }
 
-INSTANTIATE_TEST_SUITE_P(Languages, ContrastTest,
-                         testing::ValuesIn(shippedLanguages(QStringLiteral(TAVRIL_STRINGS))),
-                         languageTestName);
+INSTANTIATE_TEST_SUITE_P(Languages, ContrastTest, testing::ValuesIn(shippedLanguages()), languageTestName);
 
 }  // namespace
 }  // namespace tavril

@@ -2,7 +2,7 @@
 // has the focus.
 #include "protocol/RegisterCatalogue.h"
 #include "tests/gui/ScreenTour.h"
-#include "tests/support/TextFit.h"
+#include "tests/gui/TextFit.h"
 
 #include <QAccessible>
 
@@ -141,9 +141,7 @@ TEST_P(NamesTest, EverythingThatCanHaveTheFocusHasANameOfItsOwn) {
   EXPECT_GT(count, 80);
 }
 
-INSTANTIATE_TEST_SUITE_P(Languages, NamesTest,
-                         testing::ValuesIn(shippedLanguages(QStringLiteral(TAVRIL_STRINGS))),
-                         languageTestName);
+INSTANTIATE_TEST_SUITE_P(Languages, NamesTest, testing::ValuesIn(shippedLanguages()), languageTestName);
 
 }  // namespace
 }  // namespace tavril

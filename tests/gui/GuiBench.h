@@ -28,6 +28,7 @@
 #include "tests/support/RecordingLog.h"
 #include "tests/support/RecordingUserNotifications.h"
 #include "tests/support/RecordingWait.h"
+#include "tests/support/ShippedLanguages.h"
 #include "tests/support/WaitFor.h"
 
 #include <QAbstractButton>
@@ -155,7 +156,7 @@ class GuiBench : public testing::Test {
   QtTimers timers{mainQueue};
   RecordingWait wait;
   AnsweringAlert alert;
-  StringTables strings{{QStringLiteral(TAVRIL_STRINGS)}, log};
+  StringTables strings{{stringsFolder()}, log};
   NotificationCenter notifications;
   RecordingUserNotifications userNotifications;
   Desktop desktop{mainQueue, timers, wait, alert, strings, notifications, &userNotifications, log};

@@ -62,9 +62,7 @@ class Screenshots : public ScreenTour {
   std::map<QString, QImage> pictures_;
 };
 
-INSTANTIATE_TEST_SUITE_P(Languages, Screenshots,
-                         testing::ValuesIn(shippedLanguages(QStringLiteral(TAVRIL_STRINGS))),
-                         languageTestName);
+INSTANTIATE_TEST_SUITE_P(Languages, Screenshots, testing::ValuesIn(shippedLanguages()), languageTestName);
 
 TEST_P(Screenshots, EverythingThatCanBeShownHasItsPicture) {
   tour([this](const QString &name, QWidget &screen) { take(name, screen); });

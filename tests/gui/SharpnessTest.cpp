@@ -1,6 +1,6 @@
 // On a screen with twice the pixels nothing is a small picture made larger.
 #include "tests/gui/ScreenTour.h"
-#include "tests/support/TextFit.h"
+#include "tests/gui/TextFit.h"
 
 #include <QPainter>
 #include <QPixmap>

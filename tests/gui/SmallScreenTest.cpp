@@ -1,6 +1,6 @@
 // A desktop that is smaller than the screen: there are scroll bars, and nothing is out of reach.
 #include "tests/gui/GuiBench.h"
-#include "tests/support/TextFit.h"
+#include "tests/gui/TextFit.h"
 
 #include <QScrollArea>
 #include <QScrollBar>

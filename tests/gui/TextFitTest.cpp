@@ -1,7 +1,7 @@
 // No text on any screen is cut, elided or in the way of another, in any language.
 #include "editor/FrameField.h"
 #include "tests/gui/ScreenTour.h"
-#include "tests/support/TextFit.h"
+#include "tests/gui/TextFit.h"
 
 #include <QLabel>
 #include <QPlainTextEdit>
@@ -68,9 +68,7 @@ TEST(TextFit, FindsATextThatHasToBeScrolledOrIsElided) {
   EXPECT_EQ(TextFit(screen).problems().size(), 2);
 }
 
-INSTANTIATE_TEST_SUITE_P(Languages, TextFitTest,
-                         testing::ValuesIn(shippedLanguages(QStringLiteral(TAVRIL_STRINGS))),
-                         languageTestName);
+INSTANTIATE_TEST_SUITE_P(Languages, TextFitTest, testing::ValuesIn(shippedLanguages()), languageTestName);
 
 }  // namespace
 }  // namespace tavril

@@ -1,4 +1,4 @@
-#include "tests/support/TextFit.h"
+#include "tests/gui/TextFit.h"
 
 #include "editor/ButtonLabel.h"
 #include "editor/FrameField.h"
