@@ -64,11 +64,7 @@ void ButtonLabel::paintEvent(QPaintEvent *) {
   painter.setBrush(faceColor());
   painter.drawRoundedRect(frame.adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
 
-  if (hasFocus()) {
-    painter.setPen(QPen(strong_ ? Style::restText : Style::accent, 2));
-    painter.setBrush(Qt::NoBrush);
-    painter.drawRoundedRect(frame, radius, radius);
-  }
+  if (hasFocus()) Style::drawFocusRing(painter, rect(), strong_ ? Style::restText : Style::accent);
   painter.setPen(isEnabled() ? textColor_ : Style::disabledText);
   painter.drawText(rect(), Qt::AlignCenter | Qt::TextSingleLine, text());
 }

@@ -8,8 +8,9 @@
 #include "editor/MsgPanel.h"
 #include "editor/PanelBackdrop.h"
 #include "editor/ScreenCoordinates.h"
-#include "editor/Style.h"
 #include "editor/ScreenPointer.h"
+#include "editor/ScreenScroller.h"
+#include "editor/Style.h"
 #include "editor/ValueField.h"
 #include "editor/WaitPanel.h"
 #include "platform/Desktop.h"
@@ -24,7 +25,6 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QScreen>
-#include <QScrollArea>
 
 #include <any>
 #include <utility>
@@ -68,11 +68,7 @@ EditorWindow::~EditorWindow() {
 }
 
 void EditorWindow::buildScreen(SharedState &state, AppDelegate &appdelegate) {
-  auto *scroll = new QScrollArea(this);
-  scroll->setFrameShape(QFrame::NoFrame);
-  scroll->setAlignment(Qt::AlignCenter);
-  // Else a press beside the controls would end an edit by taking the focus.
-  scroll->setFocusPolicy(Qt::NoFocus);
+  auto *scroll = new ScreenScroller(this);
   screen_ = new MainScreen;
   scroll->setWidget(screen_);
   setCentralWidget(scroll);
@@ -208,6 +204,8 @@ void EditorWindow::wireScreen() {
     connect(button, &ButtonLabel::clicked, this,
             [this, button] { controller_->LabelTouchEvent(button->property("identifier").toString()); });
   }
+  // The one thing that can be used from the start, so that the keyboard has a place to begin from.
+  angle->setFocus(Qt::OtherFocusReason);
   connectButtons(*msgPanel_, [this](const QString &identifier) { message_->MsgButton(identifier); });
   connectButtons(*waitPanel_, [this](const QString &identifier) { waiting_->WaitButton(identifier); });
 }

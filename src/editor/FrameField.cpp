@@ -12,6 +12,10 @@ namespace tavril {
 
 namespace {
 
+// Room round the text for the focus ring.
+constexpr int sideInset = 4;
+constexpr int topInset = 2;
+
 /// The words in this many lines, each with the same number of words but the last.
 QStringList inLines(const QStringList &words, qsizetype count) {
   const qsizetype perLine = (words.size() + count - 1) / count;
@@ -29,18 +33,24 @@ FrameField::FrameField(QWidget *parent) : QLineEdit(parent) {
 }
 
 bool FrameField::fits(const QString &line) const {
-  return fontMetrics().horizontalAdvance(line) <= width();
+  return fontMetrics().horizontalAdvance(line) <= textArea().width();
+}
+
+QRect FrameField::textArea() const {
+  return rect().adjusted(sideInset, topInset, -sideInset, -topInset);
 }
 
 QStringList FrameField::lines() const {
-  const qsizetype room = qMax(1, height() / fontMetrics().lineSpacing());
+  const qsizetype room = qMax(1, textArea().height() / fontMetrics().lineSpacing());
   if (room == 1 || fits(text())) {
-    return {fontMetrics().elidedText(text(), Qt::ElideRight, width())};
+    return {fontMetrics().elidedText(text(), Qt::ElideRight, textArea().width())};
   }
   const QStringList words = text().split(u' ', Qt::SkipEmptyParts);
   if (words.isEmpty()) return {};
   const QString afterLabel = words.mid(1).join(u' ');
-  if (words.front().endsWith(u':') && fits(words.front()) && fits(afterLabel)) {
+  // A reply has the same bytes twice, decimal and hexadecimal, and reads best with one above the other.
+  const bool isReply = words.front() == u"RX:";
+  if (!isReply && words.front().endsWith(u':') && fits(words.front()) && fits(afterLabel)) {
     return {words.front(), afterLabel};
   }
   for (qsizetype count = 2; count <= room; ++count) {
@@ -59,8 +69,13 @@ QStringList FrameField::lines() const {
       lines.append(word);
     }
   }
-  lines.back() = fontMetrics().elidedText(lines.back(), Qt::ElideRight, width());
+  lines.back() = fontMetrics().elidedText(lines.back(), Qt::ElideRight, textArea().width());
   return lines;
+}
+
+QVariant FrameField::inputMethodQuery(Qt::InputMethodQuery query) const {
+  return query == Qt::ImCursorRectangle ? QWidget::inputMethodQuery(query)
+                                        : QLineEdit::inputMethodQuery(query);
 }
 
 void FrameField::paintEvent(QPaintEvent *) {
@@ -68,10 +83,12 @@ void FrameField::paintEvent(QPaintEvent *) {
   initStyleOption(&option);
   QPainter painter(this);
   style()->drawPrimitive(QStyle::PE_PanelLineEdit, &option, &painter, this);
+  if (hasFocus()) Style::drawFocusRing(painter, rect());
 
-  int top = 0;
+  int top = textArea().top();
   for (const QString &line : lines()) {
-    const QRect band(0, top, fontMetrics().horizontalAdvance(line), fontMetrics().lineSpacing());
+    const QRect band(textArea().left(), top, fontMetrics().horizontalAdvance(line),
+                     fontMetrics().lineSpacing());
     if (hasSelectedText()) painter.fillRect(band, palette().color(QPalette::Highlight));
     painter.setPen(palette().color(QPalette::Text));
     painter.drawText(band, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextDontClip, line);

@@ -17,6 +17,10 @@ class FrameField : public QLineEdit {
   /// The lines as they are shown.
   QStringList lines() const;
 
+  /// Instead of the cursor, which is not shown, the whole field is what a scrolled window has to bring in
+  /// view.
+  QVariant inputMethodQuery(Qt::InputMethodQuery query) const override;
+
  protected:
   void paintEvent(QPaintEvent *event) override;
   void mousePressEvent(QMouseEvent *event) override;
@@ -25,6 +29,7 @@ class FrameField : public QLineEdit {
   void focusInEvent(QFocusEvent *event) override;
 
  private:
+  QRect textArea() const;
   bool fits(const QString &line) const;
 };
 

@@ -1,5 +1,8 @@
 #include "editor/MainScreen.h"
 
+#include "editor/AccessibleRoles.h"
+#include "editor/AccessibleTexts.h"
+#include "editor/NoticeTypography.h"
 #include "editor/ScreenPointer.h"
 #include "editor/Style.h"
 #include "platform/IntegerValue.h"
@@ -23,6 +26,7 @@ QFont demiBold(int pixelSize) {
 }  // namespace
 
 MainScreen::MainScreen(QWidget *parent) : QWidget(parent), ui_(std::make_unique<Ui::MainScreen>()) {
+  AccessibleRoles::install();
   ui_->setupUi(this);
   Style::softenBold(*this);
   setAttribute(Qt::WA_StyledBackground);
@@ -36,6 +40,9 @@ MainScreen::MainScreen(QWidget *parent) : QWidget(parent), ui_(std::make_unique<
   ui_->MsgView->setFont(Style::textFont(Style::noticeSize));
   // The text then begins at the frame's edge, in line with its caption.
   ui_->MsgView->document()->setDocumentMargin(0);
+  // Read and copied with the keys alone, too.
+  ui_->MsgView->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+  new NoticeTypography(ui_->MsgView->document());
   connect(ui_->angle, &QLineEdit::textChanged, this, &MainScreen::followPosition);
   connect(ui_->StatusError_value, &QLineEdit::textChanged, this,
           [this](const QString &text) { ui_->StatusError_value->setAlarm(integerValueOf(text) > 0); });
@@ -50,7 +57,7 @@ void MainScreen::setTexts(const StringTable &strings) {
   ui_->ConnectStatus->setKnownTexts(strings.text(u"Not_connect"), strings.text(u"COM_Connect_P1"));
   ui_->imageView->setAccessibleName(strings.text(u"dial"));
   ui_->imageView->setAccessibleDescription(strings.text(u"dial_help"));
-  ui_->MsgView->setAccessibleName(strings.text(u"detail_about"));
+  AccessibleTexts::put(*this, strings);
 }
 
 void MainScreen::followPosition(const QString &entry) {

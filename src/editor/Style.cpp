@@ -1,6 +1,7 @@
 #include "editor/Style.h"
 
 #include <QApplication>
+#include <QPainter>
 #include <QPalette>
 #include <QStyleFactory>
 #include <QToolTip>
@@ -30,6 +31,35 @@ constexpr std::array pairs{
     Style::TextPair{"About and the licence", Style::text, Style::aboutGround},
     Style::TextPair{"version in About", Style::mutedText, Style::aboutGround},
     Style::TextPair{"selected text in About", Style::text, Style::selection},
+    Style::TextPair{"menu bar", Style::text, Style::ground},
+    Style::TextPair{"menu bar, open menu", Style::restText, Style::face},
+    Style::TextPair{"menus, alerts and dialogs", Style::text, Style::card},
+    Style::TextPair{"menu items that cannot be chosen", Style::disabledText, Style::card},
+    Style::TextPair{"menu item or list entry that is chosen", Style::restText, Style::selection},
+    Style::TextPair{"titles of columns in lists", Style::mutedText, Style::face},
+    Style::TextPair{"tool tips", Style::text, Style::well},
+    Style::TextPair{"links", Style::accent, Style::card},
+    Style::TextPair{"placeholders", Style::mutedText, Style::well},
+    Style::TextPair{"rule in notices", Style::mutedText, Style::card},
+};
+
+constexpr std::array marks{
+    Style::MarkPair{"focus ring on a card", Style::accent, Style::card},
+    Style::MarkPair{"focus ring round what can be typed into", Style::accent, Style::well},
+    Style::MarkPair{"focus ring round a button", Style::accent, Style::face},
+    Style::MarkPair{"focus ring round a strong button", Style::restText, Style::strongFace},
+    Style::MarkPair{"focus ring on the dial", Style::accent, Style::recess},
+    Style::MarkPair{"edge of what can be typed into, outwards", Style::inputEdge, Style::card},
+    Style::MarkPair{"edge of what can be typed into, inwards", Style::inputEdge, Style::well},
+    Style::MarkPair{"knob", Style::text, Style::recess},
+    Style::MarkPair{"ring that sets the knob off the live arc", Style::well, Style::accent},
+    Style::MarkPair{"middle of the knob", Style::strongFace, Style::text},
+    Style::MarkPair{"live arc", Style::accent, Style::recess},
+    Style::MarkPair{"marks of the scale", Style::disabledText, Style::recess},
+    Style::MarkPair{"lamp: not connected", Style::mutedText, Style::recess},
+    Style::MarkPair{"lamp: initialising", Style::warningText, Style::recess},
+    Style::MarkPair{"lamp: connected", Style::accent, Style::recess},
+    Style::MarkPair{"handle of a scroll bar", Style::inputEdge, Style::card},
 };
 
 // {name} stands for a colour. The 31 labels whose size comes from the string table get no font here, because
@@ -43,7 +73,7 @@ QLabel { color: {text}; background: transparent; }
 QLabel[muted="true"] { color: {mutedText}; }
 
 tavril--ValueField, tavril--EntryField {
-  background: {well}; border: 1px solid {edge}; border-radius: 5px; padding: 0 7px; color: {text};
+  background: {well}; border: 1px solid {inputEdge}; border-radius: 5px; padding: 0 7px; color: {text};
   selection-background-color: {selection}; selection-color: {text};
   font-family: "JetBrains Mono", "DejaVu Sans Mono", monospace; font-size: 13px;
 }
@@ -62,7 +92,54 @@ tavril--FrameField {
   background: transparent; border: none; color: {liveText}; selection-background-color: {selection};
   font-family: "JetBrains Mono", "DejaVu Sans Mono", monospace; font-size: 12px;
 }
-QPlainTextEdit#MsgView { background: transparent; border: none; }
+
+QDialog { background: {card}; }
+QPushButton {
+  background: {face}; border: 1px solid {edge}; border-radius: 6px; color: {restText}; font-weight: 600;
+  min-height: 28px; min-width: 72px; padding: 0 15px;
+}
+QPushButton:default { background: {strongFace}; border-color: {strongEdge}; }
+QPushButton:hover { border-color: {mutedText}; }
+QPushButton:focus { border: 2px solid {accent}; padding: 0 14px; min-height: 26px; }
+QPushButton:default:focus { border-color: {restText}; }
+QPushButton:pressed { background: {flashFace}; color: {clickedText}; }
+QPushButton:disabled { background: transparent; border: 1px dashed {edge}; color: {disabledText}; }
+
+QComboBox {
+  background: {well}; border: 1px solid {inputEdge}; border-radius: 5px; padding: 0 9px; color: {text};
+}
+QComboBox:hover { border-color: {mutedText}; }
+QComboBox:focus { border: 2px solid {accent}; padding: 0 8px; }
+QComboBox:disabled { background: transparent; border: 1px dashed {edge}; color: {disabledText}; }
+QComboBox::drop-down { border: none; width: 30px; }
+
+QAbstractItemView, QTextEdit, QPlainTextEdit {
+  background: {well}; border: 1px solid {edge}; border-radius: 5px; color: {text};
+  selection-background-color: {selection}; selection-color: {restText};
+}
+QAbstractItemView:focus, QTextEdit:focus, QPlainTextEdit:focus { border: 2px solid {accent}; }
+QHeaderView::section { background: {face}; color: {mutedText}; border: none; padding: 4px 8px; }
+QPlainTextEdit#MsgView {
+  background: transparent; border: 2px solid transparent; border-radius: 6px; padding: 0 4px; color: {restText};
+}
+QPlainTextEdit#MsgView:focus { border-color: {accent}; }
+
+QMenuBar { background: {ground}; color: {text}; padding: 1px 30px; }
+QMenuBar::item { background: transparent; border-radius: 5px; padding: 3px 8px; }
+QMenuBar::item:selected { background: {face}; color: {restText}; }
+QMenu { background: {card}; border: 1px solid {edge}; color: {text}; padding: 4px; }
+QMenu::item { border-radius: 4px; padding: 6px 28px; }
+QMenu::item:selected { background: {selection}; color: {restText}; }
+QMenu::item:disabled { color: {disabledText}; background: transparent; }
+QMenu::separator { background: {hairline}; height: 1px; margin: 4px 8px; }
+
+QScrollBar { background: transparent; border: none; }
+QScrollBar:vertical { width: 12px; }
+QScrollBar:horizontal { height: 12px; }
+QScrollBar::handle { background: {inputEdge}; border-radius: 3px; margin: 3px; }
+QScrollBar::handle:vertical { min-height: 24px; }
+QScrollBar::handle:horizontal { min-width: 24px; }
+QScrollBar::add-line, QScrollBar::sub-line { width: 0; height: 0; }
 QPlainTextEdit#aboutContent, QPlainTextEdit#licenceText {
   background: transparent; border: none; color: {text};
   selection-background-color: {selection}; selection-color: {text};
@@ -125,6 +202,10 @@ std::span<const Style::TextPair> Style::textPairs() {
   return pairs;
 }
 
+std::span<const Style::MarkPair> Style::markPairs() {
+  return marks;
+}
+
 QFont Style::languageFont(const QString &language) {
   const Region &region = regionOf(language);
   QFont font;
@@ -167,14 +248,39 @@ void Style::softenBold(QWidget &screen) {
   }
 }
 
+void Style::drawFocusRing(QPainter &painter, const QRectF &place, const QColor &colour) {
+  constexpr double width = 2;
+  constexpr double radius = 6;
+  painter.save();
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.setPen(QPen(colour, width));
+  painter.setBrush(Qt::NoBrush);
+  painter.drawRoundedRect(place.adjusted(width / 2, width / 2, -width / 2, -width / 2), radius, radius);
+  painter.restore();
+}
+
 QString Style::sheet() {
   QString sheet = QString::fromUtf16(sheetText);
   const std::pair<QStringView, QColor> colours[]{
-      {u"ground", ground},       {u"card", card},           {u"well", well},
-      {u"hairline", hairline},   {u"edge", edge},           {u"accent", accent},
-      {u"text", text},           {u"mutedText", mutedText}, {u"disabledText", disabledText},
-      {u"liveText", liveText},   {u"restText", restText},   {u"warningText", warningText},
+      {u"ground", ground},
+      {u"card", card},
+      {u"well", well},
+      {u"hairline", hairline},
+      {u"edge", edge},
+      {u"accent", accent},
+      {u"text", text},
+      {u"mutedText", mutedText},
+      {u"disabledText", disabledText},
+      {u"liveText", liveText},
+      {u"restText", restText},
+      {u"warningText", warningText},
       {u"selection", selection},
+      {u"face", face},
+      {u"strongFace", strongFace},
+      {u"strongEdge", strongEdge},
+      {u"flashFace", flashFace},
+      {u"clickedText", clickedText},
+      {u"inputEdge", inputEdge},
   };
   for (const auto &[name, colour] : colours) sheet = named(sheet, name, colour);
   return sheet;

@@ -42,6 +42,11 @@ TEST_F(FrameFieldTest, AReplyIsBrokenBetweenItsDecimalAndItsHexadecimalBytes) {
               ElementsAre("RX: 255 7 145 15 255 246 254", "ff 07 91 0f ff f6 fe"));
 }
 
+TEST_F(FrameFieldTest, AShortReplyIsBrokenThereToo) {
+  EXPECT_THAT(shown(QStringLiteral("RX: 255 6 151 255 253 254 ff 06 97 ff fd fe")),
+              ElementsAre("RX: 255 6 151 255 253 254", "ff 06 97 ff fd fe"));
+}
+
 TEST_F(FrameFieldTest, WhatIsTooLongForTheRoomEndsInAnEllipsis) {
   const QStringList lines = shown(QStringList(100, QStringLiteral("255")).join(u' '));
   EXPECT_LE(lines.size() * field_.fontMetrics().lineSpacing(), field_.height());

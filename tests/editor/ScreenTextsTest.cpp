@@ -3,30 +3,43 @@
 #include "editor/FrameField.h"
 #include "platform/StringTableFile.h"
 #include "protocol/RegisterCatalogue.h"
+#include "protocol/StatusLists.h"
 #include "tests/editor/ShippedScreen.h"
 #include "tests/support/ShippedLanguages.h"
-#include "ui_PortDialog.h"
 
+#include <QAbstractTextDocumentLayout>
 #include <QAccessible>
 #include <QAccessibleWidget>
-#include <QComboBox>
-#include <QDialog>
 #include <QFile>
 #include <QLabel>
 #include <QPlainTextEdit>
-#include <QPushButton>
+#include <QScrollBar>
+#include <QTextBlock>
+#include <QTextLayout>
 
 namespace tavril {
 namespace {
 
 /// Once for each language that came with the program.
-class ScreenTextsTest : public testing::TestWithParam<QString> {
+class ScreenTextsTest : public testing::TestWithParam<std::string> {
  protected:
   ScreenTextsTest() { shipped_.show(); }
 
   QString text(QStringView key) const { return shipped_.strings.text(key); }
 
-  ShippedScreen shipped_{GetParam()};
+  /// Whether the notice view shows the whole text without scrolling, in the lines and faces that it really
+  /// has.
+  bool canBeReadAtOnce(const QString &notice) {
+    auto &view = shipped_.widget<QPlainTextEdit>("MsgView");
+    view.setPlainText(notice);
+    double height = 0;
+    for (QTextBlock block = view.document()->begin(); block.isValid(); block = block.next()) {
+      height += view.document()->documentLayout()->blockBoundingRect(block).height();
+    }
+    return height <= view.viewport()->height() && view.verticalScrollBar()->maximum() == 0;
+  }
+
+  ShippedScreen shipped_{QString::fromStdString(GetParam())};
 };
 
 /// Whether the label's whole text is within the label, wrapped if it wraps.
@@ -68,8 +81,8 @@ TEST_P(ScreenTextsTest, EveryKeyOfTheScreensHasAText) {
     keys.append(row.noticeKey());
     if (row.isSetting()) keys.append(row.toolTipKey());
   }
-  QFile file(QCoreApplication::applicationDirPath() + QStringLiteral("/strings/") + GetParam() +
-             QStringLiteral(".strings"));
+  QFile file(QStringLiteral("%1/%2.strings")
+                 .arg(QStringLiteral(TAVRIL_STRINGS), QString::fromStdString(GetParam())));
   ASSERT_TRUE(file.open(QIODevice::ReadOnly));
   const StringTableFile table = StringTableFile::parse(file.readAll());
   for (const QString &key : keys) EXPECT_NE(table.entries().value(key), QString()) << qPrintable(key);
@@ -120,15 +133,61 @@ TEST_P(ScreenTextsTest, EveryStateAndQuestionFitsInItsPlace) {
   auto &waiting = shipped_.widget<QLabel>("WaitContent");
   waiting.setText(text(u"Serial_port_start_initialization"));
   EXPECT_TRUE(fits(waiting));
+  waiting.setText(text(u"Please_check_device_is_ready"));
+  EXPECT_TRUE(fits(waiting));
 }
 
 TEST_P(ScreenTextsTest, EveryNoticeCanBeReadWithoutScrolling) {
-  auto &view = shipped_.widget<QPlainTextEdit>("MsgView");
+  int count = 0;
   for (const RegisterRow &row : registerCatalogue()) {
-    view.setPlainText(text(row.noticeKey()));
-    // Of a plain text document the height counts lines.
-    const double height = view.document()->size().height() * view.fontMetrics().lineSpacing();
-    EXPECT_LE(height, view.viewport()->height()) << row.number;
+    EXPECT_TRUE(canBeReadAtOnce(text(row.noticeKey()))) << row.number << qPrintable(text(row.noticeKey()));
+    ++count;
+  }
+  EXPECT_EQ(count, 20);
+  EXPECT_EQ(shipped_.widget("MsgView").font().pixelSize(), 18);
+}
+
+TEST_P(ScreenTextsTest, ATextTooLongForTheNoticeIsFoundOut) {
+  EXPECT_FALSE(canBeReadAtOnce(QString(3000, u'x')));
+}
+
+TEST_P(ScreenTextsTest, EveryErrorAndDetailOfTheServoCanBeReadBelowItsNotice) {
+  for (const int bit : {0, 1, 2, 3, 5, 6, 7}) {
+    const StatusList list = statusErrorList(1 << bit, shipped_.strings, shipped_.log);
+    EXPECT_EQ(list.count, 1);
+    EXPECT_TRUE(canBeReadAtOnce(text(u"NoticeMsg_status_error") + list.text + u'\n')) << bit;
+  }
+  for (const int bit : {4, 5, 6, 7}) {
+    for (const bool shutDownDisabled : {false, true}) {
+      const StatusList list = statusDetailList(1 << bit, shutDownDisabled, shipped_.strings, shipped_.log);
+      EXPECT_EQ(list.count, 1);
+      EXPECT_TRUE(canBeReadAtOnce(text(u"NoticeMsg_status_detail") + list.text + u'\n')) << bit;
+    }
+  }
+}
+
+TEST_P(ScreenTextsTest, TheRuleAboveAListIsNotBroken) {
+  auto &view = shipped_.widget<QPlainTextEdit>("MsgView");
+  view.setPlainText(statusErrorList(1, shipped_.strings, shipped_.log).text);
+  const QTextBlock rule = view.document()->findBlockByNumber(1);
+  EXPECT_EQ(rule.text(), QString(45, u'-')) << "the text stays as it is";
+  EXPECT_EQ(rule.layout()->lineCount(), 1);
+}
+
+TEST_P(ScreenTextsTest, EmptyLinesAtTheEndOfANoticeAreKeptAndTakeNoRoom) {
+  auto &view = shipped_.widget<QPlainTextEdit>("MsgView");
+  const QString notice = text(u"NoticeMsg_sid") + QString(20, u'\n');
+  EXPECT_TRUE(canBeReadAtOnce(notice));
+  EXPECT_EQ(view.toPlainText(), notice);
+  EXPECT_FALSE(canBeReadAtOnce(notice + u'x')) << "empty lines before something are shown";
+}
+
+TEST_P(ScreenTextsTest, EveryMessageFitsInItsPlace) {
+  auto &message = shipped_.widget<QLabel>("errormsg");
+  for (const char16_t *key :
+       {u"Please_choose_COM_Port_and_Connect_to_device", u"no_servo", u"there_are_more_than_one_servo"}) {
+    message.setText(text(key));
+    EXPECT_TRUE(fits(message)) << qPrintable(message.text());
   }
 }
 
@@ -192,28 +251,42 @@ TEST_P(ScreenTextsTest, AFieldIsReadOutAsItsCaption) {
   EXPECT_EQ(field->text(QAccessible::Name), text(u"kp"));
 }
 
-TEST_P(ScreenTextsTest, ThePortDialogHasItsElementsAndCutsNoText) {
-  QDialog dialog;
-  Ui::PortDialog ui;
-  ui.setupUi(&dialog);
-  ui.parameter->setText(text(u"config_parameter"));
-  ui.serialport->setText(text(u"config_serialport"));
-  ui.doneBT->setText(text(u"Confirm"));
-  ui.cancel->setText(text(u"CancelBT"));
-  EXPECT_EQ(ui.portCombo->property("identifier").toString(), QStringLiteral("port"));
-  for (const QLabel *label : {ui.parameter, ui.serialport}) EXPECT_TRUE(fits(*label));
-  for (const QPushButton *button : {ui.doneBT, ui.cancel}) EXPECT_TRUE(fits(*button));
-  const QList<QWidget *> elements{ui.parameter, ui.serialport, ui.portCombo, ui.doneBT, ui.cancel};
-  for (const QWidget *one : elements) {
-    EXPECT_TRUE(dialog.rect().contains(one->geometry()));
-    for (const QWidget *other : elements) {
-      EXPECT_EQ(one->geometry().intersects(other->geometry()), one == other);
-    }
+TEST_P(ScreenTextsTest, AFieldIsDescribedByItsToolTip) {
+  shipped_.widget("Kp_value").setToolTip(text(u"ToolTip_kp"));
+  QAccessibleInterface *field = QAccessible::queryAccessibleInterface(&shipped_.widget("Kp_value"));
+  EXPECT_EQ(field->text(QAccessible::Description), text(u"ToolTip_kp"));
+}
+
+TEST_P(ScreenTextsTest, ElementsWithoutACaptionHaveAName) {
+  for (const auto &[name, key] : {std::pair("TXcmd", u"sent_frame"), std::pair("RXcmd", u"received_frame"),
+                                  std::pair("MsgView", u"detail_about"),
+                                  std::pair("servoPicture", u"motor_kx_90"), std::pair("close", u"close")}) {
+    QAccessibleInterface *element = QAccessible::queryAccessibleInterface(&shipped_.widget(name));
+    EXPECT_EQ(element->text(QAccessible::Name), text(key)) << name;
+  }
+  EXPECT_EQ(QAccessible::queryAccessibleInterface(&shipped_.widget("servoPicture"))->role(),
+            QAccessible::Graphic);
+}
+
+TEST_P(ScreenTextsTest, APanelIsADialogNamedByItsTitleAndDescribedByItsText) {
+  for (const auto &[panel, title, content] :
+       {std::tuple("MsgPanel", u"warning", u"reset"),
+        std::tuple("WaitPanel", u"Confirm", u"Please_check_device_is_ready")}) {
+    QAccessibleInterface *dialog = QAccessible::queryAccessibleInterface(&shipped_.widget(panel));
+    EXPECT_EQ(dialog->role(), QAccessible::Dialog);
+    EXPECT_EQ(dialog->text(QAccessible::Name), text(title));
+    EXPECT_EQ(dialog->text(QAccessible::Description), text(content));
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(InEveryLanguage, ScreenTextsTest, testing::ValuesIn(shippedLanguages()),
-                         languageTestName);
+TEST_P(ScreenTextsTest, TheConnectionStateIsReadOutAsItStands) {
+  QAccessibleInterface *line = QAccessible::queryAccessibleInterface(&shipped_.widget("ConnectStatus"));
+  EXPECT_EQ(line->text(QAccessible::Name), text(u"Not_connect"));
+  shipped_.setText("ConnectStatus", u"Serial_port_start_initialization");
+  EXPECT_EQ(line->text(QAccessible::Name), text(u"Serial_port_start_initialization"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Languages, ScreenTextsTest, testing::ValuesIn(languageParameters()), languageTestName);
 
 }  // namespace
 }  // namespace tavril

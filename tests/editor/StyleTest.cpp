@@ -2,57 +2,19 @@
 #include "editor/FrameField.h"
 #include "editor/ValueField.h"
 #include "tests/editor/ShippedScreen.h"
+#include "tests/support/DrawnContrast.h"
 
 #include <QFontInfo>
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QRegularExpression>
 
-#include <cmath>
+#include <cstdio>
 #include <tuple>
 #include <vector>
 
 namespace tavril {
 namespace {
-
-double channel(double value) {
-  return value <= 0.03928 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
-}
-
-double luminance(const QColor &colour) {
-  return 0.2126 * channel(colour.redF()) + 0.7152 * channel(colour.greenF()) +
-         0.0722 * channel(colour.blueF());
-}
-
-/// The ratio of the accessibility guidelines, 1 to 21.
-double contrast(const QColor &one, const QColor &other) {
-  const double a = luminance(one);
-  const double b = luminance(other);
-  return (std::max(a, b) + 0.05) / (std::min(a, b) + 0.05);
-}
-
-constexpr double enough = 4.5;
-
-/// The contrast between the strongest ink within the rectangle and the colour that most of it has.
-double drawnContrast(QWidget &screen, const QRect &place) {
-  const QImage picture = screen.grab(place).toImage();
-  QHash<QRgb, int> counts;
-  for (int y = 0; y < picture.height(); ++y) {
-    for (int x = 0; x < picture.width(); ++x) ++counts[picture.pixel(x, y)];
-  }
-  QRgb ground = 0;
-  int most = 0;
-  for (auto count = counts.cbegin(); count != counts.cend(); ++count) {
-    if (count.value() <= most) continue;
-    most = count.value();
-    ground = count.key();
-  }
-  double strongest = 1;
-  for (auto count = counts.cbegin(); count != counts.cend(); ++count) {
-    strongest = std::max(strongest, contrast(QColor(count.key()), QColor(ground)));
-  }
-  return strongest;
-}
 
 QRect placeIn(const QWidget &screen, const QWidget &widget, int margin) {
   return QRect(widget.mapTo(&screen, QPoint()), widget.size()).adjusted(margin, margin, -margin, -margin);
@@ -66,7 +28,16 @@ TEST(Style, TheContrastOfBlackOnWhiteIsTwentyOne) {
 TEST(Style, EveryPairOfTextAndGroundHasEnoughContrast) {
   ASSERT_GE(Style::textPairs().size(), 10U);
   for (const Style::TextPair &pair : Style::textPairs()) {
-    EXPECT_GE(contrast(pair.text, pair.ground), enough) << pair.where;
+    EXPECT_GE(contrast(pair.text, pair.ground), enoughForText) << pair.where;
+    std::printf("%5.1f  %s\n", contrast(pair.text, pair.ground), pair.where);
+  }
+}
+
+TEST(Style, EveryMarkStandsOutFromItsGround) {
+  ASSERT_GE(Style::markPairs().size(), 10U);
+  for (const Style::MarkPair &pair : Style::markPairs()) {
+    EXPECT_GE(contrast(pair.mark, pair.ground), enoughForMarks) << pair.where;
+    std::printf("%5.1f  %s\n", contrast(pair.mark, pair.ground), pair.where);
   }
 }
 
@@ -87,7 +58,8 @@ TEST(Style, EveryTextHasEnoughContrastAsItIsDrawnEnabledAndDisabled) {
       const int margin = widget->objectName() == QStringLiteral("ConnectStatus") ? 10 : 3;
       QRect place = placeIn(shipped.screen, *widget, margin);
       if (margin == 10) place.setLeft(place.left() + 40);
-      EXPECT_GE(drawnContrast(shipped.screen, place), enough) << qPrintable(widget->objectName());
+      EXPECT_GE(drawnContrast(shipped.screen.grab(place).toImage()), enoughForText)
+          << qPrintable(widget->objectName());
     }
   }
 }
@@ -98,7 +70,7 @@ TEST(Style, ButtonsAreReadableAtRestAndWhenClicked) {
     button->setEnabled(true);
     for (const QColor &colour : {QColor(Qt::white), QColor(Qt::black)}) {
       button->setTextColor(colour);
-      EXPECT_GE(contrast(button->textColor(), button->faceColor()), enough)
+      EXPECT_GE(contrast(button->textColor(), button->faceColor()), enoughForText)
           << qPrintable(button->objectName());
     }
   }

@@ -23,6 +23,7 @@ TEST_F(GuiBench, AFirstUse) {
   shortcut(Qt::Key_P, Qt::ControlModifier);
   ASSERT_NE(dialog, nullptr);
   EXPECT_EQ(dialog->findChild<QComboBox *>()->currentText(), portName);
+  EXPECT_EQ(dialog->findChild<QComboBox *>()->property("identifier").toString(), QStringLiteral("port"));
   bool waitPanelUp = false;
   wait.during = [&] { waitPanelUp = waitPanelUp || find<QWidget>("ContrainerView_WaitView")->isVisible(); };
   press(dialog->findChild<QWidget *>(QStringLiteral("doneBT")));

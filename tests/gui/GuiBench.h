@@ -31,6 +31,7 @@
 #include "tests/support/RecordingLog.h"
 #include "tests/support/RecordingUserNotifications.h"
 #include "tests/support/RecordingWait.h"
+#include "tests/support/ShippedLanguages.h"
 #include "tests/support/WaitFor.h"
 
 #include <QAbstractButton>
@@ -160,7 +161,7 @@ class GuiBench : public testing::Test {
   QtTimers timers{mainQueue};
   RecordingWait wait;
   AnsweringAlert alert;
-  StringTables strings{{QStringLiteral(TAVRIL_STRINGS)}, log};
+  StringTables strings{{stringsFolder()}, log};
   NotificationCenter notifications;
   MemoryPreferences preferences;
   LanguageChoice languageChoice{strings, preferences, notifications, log, {QStringLiteral("en")}};

@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QLabel>
+#include <QLayout>
 #include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
@@ -17,6 +18,20 @@ QString plainTitle(QString title) {
   return title.replace(u'&', QStringLiteral("&&"));
 }
 
+// As wide as a sentence is comfortably read; a box breaks its second text far earlier by itself.
+constexpr int textWidth = 360;
+constexpr int edge = 24;  ///< round all
+
+/// The message is the alert's title, and is set off as one where there is a text below it.
+void layOutMessage(QLabel &label, bool isTitle) {
+  QFont font = label.font();
+  if (isTitle) font.setWeight(QFont::DemiBold);
+  label.setFont(font);
+  // The box turns wrapping off where it thinks there is room, and goes by what the label says it needs: a
+  // least width would hide a need for more.
+  if (label.fontMetrics().horizontalAdvance(label.text()) <= textWidth) label.setMinimumWidth(textWidth);
+}
+
 void showPlain(QMessageBox &box, const AlertContent &content) {
   box.setWindowTitle(QStringLiteral("Tavril"));
   box.setTextFormat(Qt::PlainText);
@@ -24,6 +39,11 @@ void showPlain(QMessageBox &box, const AlertContent &content) {
   box.setInformativeText(content.informativeText);
   // The box does not hand its text format on to the second text, which would then guess whether it is markup.
   for (auto *label : box.findChildren<QLabel *>()) {
+    if (label->text() == content.messageText) {
+      layOutMessage(*label, !content.informativeText.isEmpty());
+    } else if (label->text() == content.informativeText) {
+      label->setMinimumWidth(textWidth);
+    }
     label->setTextFormat(Qt::PlainText);
     label->setTextInteractionFlags(Qt::TextSelectableByMouse);
     label->setOpenExternalLinks(false);
@@ -51,6 +71,9 @@ int QtModalAlert::run(const AlertContent &content) {
   box->setDefaultButton(qobject_cast<QPushButton *>(buttons.first()));
   box->setEscapeButton(buttons.last());
   box->setWindowModality(Qt::ApplicationModal);
+  // Without a picture the box indents its texts by this much, on the left only.
+  constexpr int indent = 15;
+  box->layout()->setContentsMargins(edge - (box->iconPixmap().isNull() ? indent : 0), edge, edge, edge);
   box->exec();
 
   qsizetype index = box ? buttons.indexOf(box->clickedButton()) : -1;

@@ -42,6 +42,7 @@ Config::Config(SharedState &state, LinkOpener &appdelegate, const Desktop &deskt
                              [this](int index) { return toolTipOf(index); }, this);
   ui_->portCombo->setModel(model_);
   reload();
+  ui_->portCombo->setFocus();
   // Only what the user does is a choice, not what the list does by itself.
   connect(ui_->portCombo, &QComboBox::activated, this,
           [this] { comboBoxSelectionDidChange(*ui_->portCombo); });

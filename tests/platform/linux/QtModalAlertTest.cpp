@@ -83,6 +83,34 @@ TEST_F(QtModalAlertTest, ShowsItsTitleAndItsTexts) {
   EXPECT_EQ(alert_.run(question_), ModalAlert::secondButton);
 }
 
+TEST_F(QtModalAlertTest, IsAsWideAsASentenceIsComfortablyRead) {
+  whileUp([&] {
+    EXPECT_GE(shownBox()->width(), 360);
+    button(QStringLiteral("Later"))->click();
+  });
+  EXPECT_EQ(alert_.run(question_), ModalAlert::secondButton);
+}
+
+TEST_F(QtModalAlertTest, SetsOffItsMessageOnlyWhereThereIsATextBelowIt) {
+  const auto weightOf = [](const QString &text) {
+    for (const QLabel *label : shownBox()->findChildren<QLabel *>()) {
+      if (label->text() == text) return label->font().weight();
+    }
+    return QFont::Black;
+  };
+  whileUp([&] {
+    EXPECT_EQ(weightOf(question_.messageText), QFont::DemiBold);
+    EXPECT_EQ(weightOf(question_.informativeText), QFont::Normal);
+    shownBox()->close();
+  });
+  alert_.run(question_);
+  whileUp([&] {
+    EXPECT_EQ(weightOf(question_.messageText), QFont::Normal);
+    shownBox()->close();
+  });
+  alert_.run({question_.messageText, {}, {}});
+}
+
 TEST_F(QtModalAlertTest, KeepsTheOrderOfItsButtonsOnEveryDesktop) {
   for (const auto layout :
        {QDialogButtonBox::WinLayout, QDialogButtonBox::KdeLayout, QDialogButtonBox::GnomeLayout}) {

@@ -1,0 +1,166 @@
+#include "tests/gui/ScreenTour.h"
+
+#include "platform/linux/QtModalAlert.h"
+#include "protocol/StatusLists.h"
+
+#include <QMenu>
+#include <QMenuBar>
+#include <QPlainTextEdit>
+#include <QScrollBar>
+#include <QTimer>
+#include <QToolTip>
+
+namespace tavril {
+
+void ScreenTour::tour(Visit visit) {
+  visit_ = std::move(visit);
+  show(QStringLiteral("not-connected"), *window);
+  visitMenus();
+  visitAbout();
+  visitConnecting();
+  visitNotices();
+  visitToolTip();
+  visitQuestions();
+  visitAlerts();
+  visitFailure();
+}
+
+void ScreenTour::show(const QString &name, QWidget &screen) {
+  ++number_;
+  visit_(QStringLiteral("%1-%2").arg(number_, 2, 10, QChar(u'0')).arg(name), screen);
+}
+
+void ScreenTour::visitMenus() {
+  int place = 0;
+  const auto titles = window->menuBar()->actions();
+  ASSERT_FALSE(titles.isEmpty());
+  for (QAction *title : titles) {
+    QMenu *menu = title->menu();
+    ASSERT_NE(menu, nullptr);
+    menu->popup(window->mapToGlobal(QPoint(40, 30)));
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(menu));
+    show(QStringLiteral("menu-%1").arg(++place), *menu);
+    for (QAction *item : menu->actions()) {
+      if (!item->menu()) continue;
+      item->menu()->popup(window->mapToGlobal(QPoint(40, 30)));
+      ASSERT_TRUE(QTest::qWaitForWindowExposed(item->menu()));
+      show(QStringLiteral("menu-%1-languages").arg(place), *item->menu());
+      item->menu()->close();
+    }
+    menu->close();
+  }
+}
+
+void ScreenTour::visitAbout() {
+  shortcut(Qt::Key_F1, Qt::NoModifier);
+  auto *about = window->findChild<AboutWindow *>();
+  ASSERT_NE(about, nullptr);
+  // It comes up with the bar that the text needs before the window has its size.
+  const auto *bar = about->findChild<QPlainTextEdit *>(QStringLiteral("aboutContent"))->verticalScrollBar();
+  ASSERT_TRUE(waitFor([&] { return !bar->isVisible(); }));
+  show(QStringLiteral("about"), *about);
+  about->close();
+}
+
+void ScreenTour::visitConnecting() {
+  shortcut(Qt::Key_P, Qt::ControlModifier);
+  ASSERT_NE(dialog, nullptr);
+  ASSERT_TRUE(QTest::qWaitForWindowExposed(dialog));
+  QApplication::setActiveWindow(dialog);
+  show(QStringLiteral("port-dialog"), *dialog);
+  bool shown = false;
+  wait.during = [&] {
+    if (wait.waits.size() == 2 && !std::exchange(shown, true)) show(QStringLiteral("waiting"), *window);
+  };
+  press(dialog->findChild<QWidget *>(QStringLiteral("doneBT")));
+  ASSERT_TRUE(waitFor([this] { return find<QWidget>("sID_value")->isEnabled(); }));
+  ASSERT_TRUE(waitFor([this] { return !textOf("PresentLoad_value").isEmpty(); }));
+  wait.during = nullptr;
+  EXPECT_TRUE(shown);
+  press("capture");
+  ASSERT_TRUE(waitFor([this] { return !textOf("angle").isEmpty(); }));
+  controller().Colorreset();
+  QApplication::setActiveWindow(window.get());
+  show(QStringLiteral("connected"), *window);
+}
+
+void ScreenTour::visitNotices() {
+  auto *notice = find<QPlainTextEdit>("MsgView");
+  notice->setPlainText(strings.text(u"NoticeMsg_ki"));
+  find<QWidget>("Ki_value")->setFocus(Qt::TabFocusReason);
+  show(QStringLiteral("notice"), *window);
+  notice->setPlainText(strings.text(u"NoticeMsg_status_error") +
+                       statusErrorList(4, strings, desktop.log).text);
+  show(QStringLiteral("notice-with-list"), *window);
+  notice->setPlainText(QString());
+}
+
+void ScreenTour::visitToolTip() {
+  auto *field = find<QWidget>("ACK_value");
+  ASSERT_FALSE(field->toolTip().isEmpty());
+  QToolTip::showText(field->mapToGlobal(QPoint(4, 4)), field->toolTip(), field);
+  QWidget *tip = nullptr;
+  for (QWidget *candidate : QApplication::topLevelWidgets()) {
+    if (candidate->inherits("QTipLabel") && candidate->isVisible()) tip = candidate;
+  }
+  ASSERT_NE(tip, nullptr);
+  show(QStringLiteral("tool-tip"), *tip);
+  QToolTip::hideText();
+}
+
+void ScreenTour::visitQuestions() {
+  const std::pair<Qt::Key, const char *> questions[]{{Qt::Key_R, "reboot"}, {Qt::Key_Delete, "reset"}};
+  for (const auto &[key, name] : questions) {
+    shortcut(key, Qt::ControlModifier | Qt::ShiftModifier);
+    ASSERT_TRUE(waitFor([this] { return find<QWidget>("ContrainerView_MsgView")->isVisible(); })) << name;
+    ASSERT_EQ(textOf("MsgContent"), strings.text(QString::fromLatin1(name)));
+    show(QString::fromLatin1(name), *window);
+    press("cancel_lab");
+  }
+}
+
+void ScreenTour::visitAlerts() {
+  const auto text = [this](QStringView key) { return strings.text(key); };
+  const QString ok = QStringLiteral("OK");
+  const std::pair<const char *, AlertContent> alerts[]{
+      {"alert-not-connected", {text(u"Error"), text(u"Not_connect"), {text(u"Confirm")}}},
+      {"alert-no-servo", {text(u"Error"), text(u"no_servo"), {ok}}},
+      {"alert-out-of-range",
+       {text(u"Error"),
+        text(u"Setting_value_is_out_of_range") + QStringLiteral("0~32766"),
+        {text(u"Confirm")}}},
+      {"alert-set", {text(u"SetOK"), QString(), {ok}}},
+      {"alert-quit",
+       {text(u"Could not save changes while quitting. Quit anyway?"),
+        text(u"Quitting now will lose any changes you have made since the last successful save"),
+        {text(u"Quit anyway"), text(u"Cancel")}}}};
+  QtModalAlert real(mainQueue);
+  for (const auto &[name, content] : alerts) {
+    bool shown = false;
+    QTimer::singleShot(0, window.get(), [&, label = QString::fromLatin1(name)] {
+      QAbstractButton *button = alertButton();
+      ASSERT_NE(button, nullptr);
+      show(label, *button->window());
+      shown = true;
+      button->click();
+    });
+    real.run(content);
+    ASSERT_TRUE(shown) << name;
+  }
+}
+
+void ScreenTour::visitFailure() {
+  // A device that does not answer: thirty seconds later.
+  servo.withOptions([](simulator::Options &options) { options.mute = true; });
+  application->serialFormat();
+  QApplication::setActiveWindow(window.get());
+  state.ObjectDictionaryArray.element(u"ContrainerView_WaitView").setHidden(false);
+  for (int second = 0; second < 30; ++second) controller().ConnectTimeout();
+  show(QStringLiteral("wait-failed"), *window);
+  press("CloseButton");
+  ASSERT_TRUE(waitFor([this] { return !find<QWidget>("sID_value")->isEnabled(); }));
+  find<QWidget>("angle")->setFocus(Qt::OtherFocusReason);
+  show(QStringLiteral("failed"), *window);
+}
+
+}  // namespace tavril
