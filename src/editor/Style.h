@@ -15,16 +15,16 @@ namespace tavril {
 /// How Tavril looks: colours, faces and the style sheet, in one place. Main thread only.
 class Style {
  public:
-  static constexpr QColor ground{0x13, 0x16, 0x1b};      ///< behind the cards
-  static constexpr QColor card{0x1b, 0x20, 0x27};        ///< cards and panels
-  static constexpr QColor recess{0x16, 0x1a, 0x20};      ///< picture and dial
-  static constexpr QColor well{0x10, 0x13, 0x17};        ///< what can be typed into
+  static constexpr QColor ground{0x13, 0x16, 0x1b};       ///< behind the cards
+  static constexpr QColor card{0x1b, 0x20, 0x27};         ///< cards and panels
+  static constexpr QColor recess{0x16, 0x1a, 0x20};       ///< picture and dial
+  static constexpr QColor well{0x10, 0x13, 0x17};         ///< what can be typed into
   static constexpr QColor aboutGround{0x00, 0x00, 0x00};  ///< behind About and the licence
-  static constexpr QColor hairline{0x2a, 0x31, 0x3b};    ///< lines that divide, edges of cards
-  static constexpr QColor edge{0x41, 0x4c, 0x5a};        ///< edges of what can be used
-  static constexpr QColor inputEdge{0x74, 0x80, 0x8f};   ///< edges of what can be typed into or chosen from
-  static constexpr QColor face{0x2a, 0x32, 0x3d};        ///< buttons
-  static constexpr QColor strongFace{0x20, 0x79, 0x6f};  ///< the button that one is here for
+  static constexpr QColor hairline{0x2a, 0x31, 0x3b};     ///< lines that divide, edges of cards
+  static constexpr QColor edge{0x41, 0x4c, 0x5a};         ///< edges of what can be used
+  static constexpr QColor inputEdge{0x74, 0x80, 0x8f};    ///< edges of what can be typed into or chosen from
+  static constexpr QColor face{0x2a, 0x32, 0x3d};         ///< buttons
+  static constexpr QColor strongFace{0x20, 0x79, 0x6f};   ///< the button that one is here for
   static constexpr QColor strongEdge{0x2d, 0x9c, 0x8f};
   static constexpr QColor flashFace{0x7f, 0xe0, 0xd3};  ///< buttons with a dark text, which is when clicked
   static constexpr QColor accent{0x35, 0xc2, 0xb0};     ///< focus, live arc, connected

@@ -286,7 +286,8 @@ TEST_P(ScreenTextsTest, TheConnectionStateIsReadOutAsItStands) {
   EXPECT_EQ(line->text(QAccessible::Name), text(u"Serial_port_start_initialization"));
 }
 
-INSTANTIATE_TEST_SUITE_P(Languages, ScreenTextsTest, testing::ValuesIn(languageParameters()), languageTestName);
+INSTANTIATE_TEST_SUITE_P(Languages, ScreenTextsTest, testing::ValuesIn(languageParameters()),
+                         languageTestName);
 
 }  // namespace
 }  // namespace tavril
