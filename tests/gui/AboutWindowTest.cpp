@@ -97,6 +97,8 @@ TEST_F(AboutWindowTest, ItsTextsCanBeSelectedAndCopiedButNotChanged) {
   content->setFocus();
   QTest::keyClick(content, Qt::Key_A, Qt::ControlModifier);
   EXPECT_EQ(content->textCursor().selectedText().size(), strings.text(u"about_content").size());
+  QTest::keyClick(content, Qt::Key_C, Qt::ControlModifier);
+  EXPECT_EQ(QGuiApplication::clipboard()->text(), strings.text(u"about_content"));
   QTest::keyClicks(content, QStringLiteral("x"));
   EXPECT_EQ(content->toPlainText(), strings.text(u"about_content"));
   for (const char *name : {"abouttitle", "versionlab"}) {
