@@ -1,6 +1,7 @@
 #include "editor/HoverNotices.h"
 
 #include "editor/EditorView.h"
+#include "editor/ShownTexts.h"
 #include "platform/Desktop.h"
 #include "platform/ScreenElement.h"
 #include "platform/StringTable.h"
@@ -77,6 +78,10 @@ void HoverNotices::mouseMoved(QPointF location) {
   } else if (isBetween(658, location.x(), 993) && isBetween(103, location.y(), 307)) {
     state_.TextMouseFlag = QStringLiteral("MouseDown");  // meant: stands here although it is never reached
   }
+}
+
+void HoverNotices::languageDidChange(const TextChange &change) {
+  str = ShownTexts::notice(str, change);
 }
 
 }  // namespace tavril

@@ -7,6 +7,7 @@ namespace tavril {
 
 class EditorView;
 class StringTable;
+class TextChange;
 struct Desktop;
 struct SharedState;
 
@@ -19,6 +20,8 @@ class HoverNotices {
   /// Forgets the last notice.
   void reset();
   void mouseMoved(QPointF location);
+  /// The notice that stays is from now on the one of the other language.
+  void languageDidChange(const TextChange &change);
 
  private:
   SharedState &state_;

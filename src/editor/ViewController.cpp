@@ -130,7 +130,7 @@ void ViewController::viewWillLayout() {
 
 void ViewController::languageDidChange(const TextChange &change) {
   ShownTexts::change(state_, change);
-  str_ = ShownTexts::notice(str_, change);
+  hoverNotices_.languageDidChange(change);
   viewWillLayout();
 }
 

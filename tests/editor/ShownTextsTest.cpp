@@ -108,6 +108,15 @@ TEST_F(ShownTextsTest, TheNoticeOfEveryRegister) {
   EXPECT_EQ(changed(u"NoticeMSGview", ""), "");
 }
 
+TEST_F(ShownTextsTest, TheNoticeThatStaysWhileThePointerIsBetweenRows) {
+  controller.mouseMoved({500, 400});
+  ASSERT_EQ(element(u"NoticeMSGview").text(), english(u"NoticeMsg_kp"));
+  change();
+  EXPECT_EQ(element(u"NoticeMSGview").text(), chinese(u"NoticeMsg_kp"));
+  controller.mouseMoved({500, 616});
+  EXPECT_EQ(element(u"NoticeMSGview").text(), chinese(u"NoticeMsg_kp"));
+}
+
 TEST_F(ShownTextsTest, ANoticeWithAStatusListAndTheListsThatAreKept) {
   for (const int bits : {0xff, 0x10, 0x81}) {
     for (const bool disabled : {false, true}) {
