@@ -41,7 +41,7 @@ QString FileSystem::fullPath(const QString &folder, const QString &name) {
   return path;
 }
 
-void FileSystem::report(const QString &result) {
+void FileSystem::report(const QString &result) const {
   if (delegate) delegate->FileResult(result);
 }
 

@@ -30,7 +30,7 @@ class FileSystem {
 
  private:
   QString fullPath(const QString &folder, const QString &name);
-  void report(const QString &result);
+  void report(const QString &result) const;
 
   UserFiles &files_;
   Log &log_;
