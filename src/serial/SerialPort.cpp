@@ -7,6 +7,7 @@
 #include "serial/PortRegistry.h"
 #include "serial/PosixError.h"
 #include "serial/SerialEnvironment.h"
+#include "serial/SerialRequest.h"
 
 #include <array>
 #include <cerrno>
@@ -317,6 +318,31 @@ void SerialPort::forgetRequests() {
     pendingRequest_.reset();
   }
   if (hadRequests) changed(QStringLiteral("requestsQueue"));
+}
+
+bool SerialPort::sendRequest(const std::shared_ptr<SerialRequest> &request) {
+  bool sent = true;
+  requestHandlingQueue_->sync([&] {
+    {
+      const std::lock_guard lock(requestsMutex_);
+      if (pendingRequest_) {
+        requestsQueue_.push_back(request);
+      } else {
+        pendingRequest_ = request;
+      }
+    }
+    if (pendingRequest() == request) {
+      sent = sendData(request->dataToSend());
+    } else {
+      changed(QStringLiteral("requestsQueue"));
+    }
+  });
+  return sent;
+}
+
+std::shared_ptr<SerialRequest> SerialPort::pendingRequest() const {
+  const std::lock_guard lock(requestsMutex_);
+  return pendingRequest_;
 }
 
 std::vector<std::shared_ptr<SerialRequest>> SerialPort::queuedRequests() const {

@@ -124,6 +124,13 @@ class SerialPort final : public NamedDevice, public std::enable_shared_from_this
   bool DSR() const { return DSR_; }
   bool DCD() const { return DCD_; }
 
+  /// Sends the request, or has it wait behind those that were sent before it. Waits until the bytes are
+  /// written; must not be called on the request queue, as from a request's evaluator. False when sending
+  /// failed: the request is pending all the same. Thread-safe. The delegate hears of its response or
+  /// time-out.
+  bool sendRequest(const std::shared_ptr<SerialRequest> &request);
+  /// The request whose response is awaited, or nothing.
+  std::shared_ptr<SerialRequest> pendingRequest() const;
   /// A copy of the requests that wait to be sent.
   std::vector<std::shared_ptr<SerialRequest>> queuedRequests() const;
 
