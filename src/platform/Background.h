@@ -8,7 +8,7 @@
 
 namespace tavril {
 
-/// A job that is repeated on a thread of its own until it is cancelled.
+/// A job that is repeated, on a thread of its own or on a serial queue, until it is cancelled.
 class RepeatingWork {
  public:
   virtual ~RepeatingWork() = default;
@@ -29,6 +29,14 @@ class SerialQueue {
   virtual void async(Job job) = 0;
   /// Returns when the job has run. Must not be called from a job of this queue.
   virtual void sync(Job job) = 0;
+  /// Runs the tick as a job of this queue every `interval`, first one interval from now, until it is
+  /// cancelled; ticks that come due while one waits for its turn are left out. Each may be late by `leeway`,
+  /// which lets the system wake up for several things at once. No tick begins after cancel() was called on
+  /// this queue.
+  virtual std::shared_ptr<RepeatingWork> repeat(std::chrono::nanoseconds interval,
+                                                std::chrono::nanoseconds leeway, Job tick) = 0;
+  /// Whether the caller is a job of this queue.
+  virtual bool isCurrent() const = 0;
   virtual QString label() const = 0;
 };
 

@@ -5,9 +5,9 @@
 #include "platform/MainQueue.h"
 #include "serial/LineSession.h"
 #include "serial/PortRegistry.h"
+#include "serial/PortRequests.h"
 #include "serial/PosixError.h"
 #include "serial/SerialEnvironment.h"
-#include "serial/SerialRequest.h"
 
 #include <array>
 #include <cerrno>
@@ -70,10 +70,12 @@ SerialPort::Ptr SerialPort::init(const SerialEnvironment &environment) {
 
 SerialPort::SerialPort(Token, const SerialEnvironment &environment, RegistryHandle device,
                        const QString &path)
-    : environment_(environment), path_(path), name_(modemNameFromDevice(environment, device)) {
+    : environment_(environment),
+      path_(path),
+      name_(modemNameFromDevice(environment, device)),
+      requests_(std::make_unique<PortRequests>(
+          *this, environment, [this](const QString &key, const Change &change) { changed(key, change); })) {
   setIOKitDevice(device);
-  requestHandlingQueue_ = environment_.background.serialQueue(
-      QStringLiteral("org.tavril.Tavril.SerialPort.requestHandlingQueue"));
 }
 
 SerialPort::~SerialPort() {
@@ -260,7 +262,7 @@ bool SerialPort::closeSession(const std::shared_ptr<LineSession> &closing) {
         delegate->serialPortWasClosed(self);
     });
     // Meant: without that callback the requests survive the closing.
-    requestHandlingQueue_->async([self = shared_from_this()] { self->forgetRequests(); });
+    requests_->forget();
   }
   return true;
 }
@@ -309,55 +311,36 @@ void SerialPort::cleanup() {
   cleanupAfterSystemRemoval();
 }
 
-void SerialPort::forgetRequests() {
-  bool hadRequests = false;
-  {
-    const std::lock_guard lock(requestsMutex_);
-    hadRequests = !requestsQueue_.empty();
-    requestsQueue_.clear();
-    pendingRequest_.reset();
-  }
-  if (hadRequests) changed(QStringLiteral("requestsQueue"));
-}
+// ------------------------------------------------------------------------------------------------ requests
 
 bool SerialPort::sendRequest(const std::shared_ptr<SerialRequest> &request) {
-  bool sent = true;
-  requestHandlingQueue_->sync([&] {
-    {
-      const std::lock_guard lock(requestsMutex_);
-      if (pendingRequest_) {
-        requestsQueue_.push_back(request);
-      } else {
-        pendingRequest_ = request;
-      }
-    }
-    if (pendingRequest() == request) {
-      sent = sendData(request->dataToSend());
-    } else {
-      changed(QStringLiteral("requestsQueue"));
-    }
-  });
-  return sent;
+  return requests_->sendRequest(request);
 }
 
 std::shared_ptr<SerialRequest> SerialPort::pendingRequest() const {
-  const std::lock_guard lock(requestsMutex_);
-  return pendingRequest_;
+  return requests_->pendingRequest();
+}
+
+void SerialPort::setPendingRequest(std::shared_ptr<SerialRequest> request) {
+  requests_->setPendingRequest(std::move(request));
 }
 
 std::vector<std::shared_ptr<SerialRequest>> SerialPort::queuedRequests() const {
-  const std::lock_guard lock(requestsMutex_);
-  return requestsQueue_;
+  return requests_->requestsQueue();
 }
 
 // --------------------------------------------------------------------------------- sending and receiving
 
 bool SerialPort::sendData(const QByteArray &bytes) {
   if (!isOpen()) return false;
+  const auto sending = session();
   auto remaining = std::as_bytes(std::span(bytes.constData(), static_cast<std::size_t>(bytes.size())));
   while (!remaining.empty()) {
-    const CallResult written =
-        withDescriptor([&](int fd) { return environment_.terminal.write(fd, remaining); });
+    const CallResult written = withDescriptor([&](int fd) {
+      // What could not be sent before the port was closed is not sent once it has been opened anew.
+      return sending && sending->hasEnded() ? CallResult::failure(EBADF)
+                                            : environment_.terminal.write(fd, remaining);
+    });
     if (written.failed()) {
       notifyDelegateOfPosixError(written.error);
       return false;
@@ -407,15 +390,17 @@ bool SerialPort::readOnce(LineSession &session) {
 }
 
 void SerialPort::receiveData(const QByteArray &bytes) {
-  if (!delegateRespondsTo(SerialPortCallback::DidReceiveData)) return;
-  // Bytes that wait to be told do not keep a port alive: under steady traffic it would otherwise never go.
-  environment_.mainQueue.async([weak = weak_from_this(), bytes] {
-    const Ptr self = weak.lock();
-    const auto delegate = self ? self->delegate() : nullptr;
-    if (delegate && delegate->respondsTo(SerialPortCallback::DidReceiveData)) {
-      delegate->didReceiveData(self, bytes);
-    }
-  });
+  if (delegateRespondsTo(SerialPortCallback::DidReceiveData)) {
+    // Bytes that wait to be told do not keep a port alive: under steady traffic it would otherwise never go.
+    environment_.mainQueue.async([weak = weak_from_this(), bytes] {
+      const Ptr self = weak.lock();
+      const auto delegate = self ? self->delegate() : nullptr;
+      if (delegate && delegate->respondsTo(SerialPortCallback::DidReceiveData)) {
+        delegate->didReceiveData(self, bytes);
+      }
+    });
+  }
+  requests_->receive(bytes);
 }
 
 CallResult SerialPort::withDescriptor(const std::function<CallResult(int)> &call) const {
@@ -476,8 +461,8 @@ KeyValueObservers::Token SerialPort::observe(const QString &key, KeyValueObserve
   return observers_.observe(key, std::move(handler));
 }
 
-void SerialPort::changed(const QString &key) {
-  observers_.tell(key);
+void SerialPort::changed(const QString &key, const Change &change) {
+  observers_.tell(key, change);
   for (const QString &dependent : {QStringLiteral("isOpen"), QStringLiteral("queuedRequests")}) {
     if (keyPathsForValuesAffectingValueForKey(dependent).contains(key)) observers_.tell(dependent);
   }

@@ -22,7 +22,7 @@
 namespace tavril {
 
 class LineSession;
-class SerialQueue;
+class PortRequests;
 class SerialRequest;
 struct SerialEnvironment;
 
@@ -30,8 +30,8 @@ struct SerialEnvironment;
 /// writes to it and reports everything to one delegate on the main thread. There is one live object for each
 /// path, as far as the name begins with "usb".
 ///
-/// open(), close(), sendData() and the setters belong to the main thread; close() may also come from the pin
-/// poller when the device is gone. Operations return false on failure and tell the delegate why.
+/// open(), close() and the setters belong to the main thread; close() may also come from the pin poller when
+/// the device is gone. Operations return false on failure and tell the delegate why.
 class SerialPort final : public NamedDevice, public std::enable_shared_from_this<SerialPort> {
   struct Token {};
 
@@ -74,7 +74,7 @@ class SerialPort final : public NamedDevice, public std::enable_shared_from_this
   /// True when the port is closed afterwards, at once when it was.
   bool close();
   bool isOpen() const { return fileDescriptor_ != 0; }
-  /// Writes all bytes, blocking. False when closed or when a write failed.
+  /// Writes all bytes, blocking. False when closed or when a write failed. Thread-safe.
   bool sendData(const QByteArray &bytes);
   /// Tells the delegate that the device is gone, then closes.
   void cleanupAfterSystemRemoval();
@@ -129,9 +129,11 @@ class SerialPort final : public NamedDevice, public std::enable_shared_from_this
   /// failed: the request is pending all the same. Thread-safe. The delegate hears of its response or
   /// time-out.
   bool sendRequest(const std::shared_ptr<SerialRequest> &request);
-  /// The request whose response is awaited, or nothing.
+  /// The request whose response is awaited, or nothing. Setting it only stores it: nothing is sent.
+  /// Thread-safe.
   std::shared_ptr<SerialRequest> pendingRequest() const;
-  /// A copy of the requests that wait to be sent.
+  void setPendingRequest(std::shared_ptr<SerialRequest> request);
+  /// A copy of the requests that wait to be sent. Its observers are told on the request queue. Thread-safe.
   std::vector<std::shared_ptr<SerialRequest>> queuedRequests() const;
 
   /// Observes a property by name, such as "isOpen", "CTS" or "queuedRequests".
@@ -158,12 +160,11 @@ class SerialPort final : public NamedDevice, public std::enable_shared_from_this
   void tellRemoved();
   void restoreLine(int descriptor);
   CallResult releaseDescriptor();
-  void forgetRequests();
 
   void notifyDelegateOfPosixError(int error, bool waitUntilDone = false);
   bool delegateRespondsTo(SerialPortCallback callback) const;
   void onMainThreadAndWait(const std::function<void()> &job);
-  void changed(const QString &key);
+  void changed(const QString &key, const Change &change = {});
 
   const SerialEnvironment &environment_;
 
@@ -188,12 +189,8 @@ class SerialPort final : public NamedDevice, public std::enable_shared_from_this
   std::shared_ptr<LineSession> session_;             // guarded by identityMutex_
   std::binary_semaphore selectSemaphore_{1};         // held by the read loop while it waits, and by close()
 
-  std::shared_ptr<SerialQueue> requestHandlingQueue_;
-  mutable std::mutex requestsMutex_;
-  std::vector<std::shared_ptr<SerialRequest>> requestsQueue_;
-  std::shared_ptr<SerialRequest> pendingRequest_;
-
   KeyValueObservers observers_;
+  const std::unique_ptr<PortRequests> requests_;
 };
 
 }  // namespace tavril

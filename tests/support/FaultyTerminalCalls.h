@@ -63,6 +63,15 @@ class FaultyTerminalCalls final : public TerminalCalls {
     const auto found = counts_.find(call);
     return found == counts_.end() ? 0 : found->second;
   }
+  /// How many reads brought something, and how many bytes in all.
+  int readsWithBytes() const {
+    const std::lock_guard lock(mutex_);
+    return readsWithBytes_;
+  }
+  long bytesRead() const {
+    const std::lock_guard lock(mutex_);
+    return bytesRead_;
+  }
   /// The calls so far, without waiting and polling.
   std::vector<Call> order() const {
     const std::lock_guard lock(mutex_);
@@ -121,7 +130,11 @@ class FaultyTerminalCalls final : public TerminalCalls {
     return pass(Call::Wait, [&] { return real_.waitForInput(descriptor, wakeDescriptor, timeout); });
   }
   CallResult read(int descriptor, std::span<std::byte> buffer) override {
-    return pass(Call::Read, [&] { return real_.read(descriptor, buffer); });
+    const CallResult got = pass(Call::Read, [&] { return real_.read(descriptor, buffer); });
+    const std::lock_guard lock(mutex_);
+    if (got.value > 0) ++readsWithBytes_;
+    if (got.value > 0) bytesRead_ += got.value;
+    return got;
   }
   CallResult write(int descriptor, std::span<const std::byte> bytes) override {
     if (writeAtMost) bytes = bytes.first(std::min(*writeAtMost, bytes.size()));
@@ -167,6 +180,8 @@ class FaultyTerminalCalls final : public TerminalCalls {
   std::map<Call, Fault> faults_;
   std::map<Call, int> counts_;
   std::vector<Call> order_;
+  int readsWithBytes_ = 0;
+  long bytesRead_ = 0;
   std::optional<int> pins_;
 };
 

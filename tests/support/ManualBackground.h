@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Background.h"
+#include "tests/support/ManualQueue.h"
 
 #include <memory>
 #include <vector>
@@ -8,7 +9,7 @@
 namespace tavril {
 
 /// Background work that only runs when the test says so, on the test's thread: loops and pollers are kept
-/// and can be looked at and ticked. Jobs of serial queues run at once.
+/// and can be looked at and ticked.
 class ManualBackground final : public Background {
  public:
   struct Repeat final : RepeatingWork {
@@ -27,7 +28,8 @@ class ManualBackground final : public Background {
     return made;
   }
   std::shared_ptr<SerialQueue> serialQueue(const QString &label) override {
-    return std::make_shared<Inline>(label);
+    queues.push_back(std::make_shared<ManualQueue>(label));
+    return queues.back();
   }
 
   /// One tick of everything that repeats and is not cancelled.
@@ -40,18 +42,7 @@ class ManualBackground final : public Background {
 
   std::vector<Job> jobs;
   std::vector<std::shared_ptr<Repeat>> repeats;
-
- private:
-  class Inline final : public SerialQueue {
-   public:
-    explicit Inline(QString label) : label_(std::move(label)) {}
-    void async(Job job) override { job(); }
-    void sync(Job job) override { job(); }
-    QString label() const override { return label_; }
-
-   private:
-    QString label_;
-  };
+  std::vector<std::shared_ptr<ManualQueue>> queues;
 };
 
 }  // namespace tavril

@@ -7,7 +7,9 @@
 #include <QStringList>
 
 #include <functional>
+#include <memory>
 #include <set>
+#include <utility>
 #include <vector>
 
 namespace tavril {
@@ -25,6 +27,15 @@ class RecordingDelegate final : public SerialPortDelegate {
     deliveries.push_back(bytes);
     if (atEvent) atEvent(QStringLiteral("data"), port);
   }
+  void didReceiveResponse(const Port &port, const QByteArray &bytes,
+                          const std::shared_ptr<SerialRequest> &request) override {
+    responses.emplace_back(request, bytes);
+    note(QStringLiteral("response"), port);
+  }
+  void requestDidTimeout(const Port &port, const std::shared_ptr<SerialRequest> &request) override {
+    timeouts.push_back(request);
+    note(QStringLiteral("timeout"), port);
+  }
   void didEncounterError(const Port &port, const PosixError &error) override {
     errors.push_back(error);
     note(QStringLiteral("error ") + QString::number(error.code), port);
@@ -36,6 +47,8 @@ class RecordingDelegate final : public SerialPortDelegate {
   std::vector<PosixError> errors;
   QByteArray received;
   std::vector<QByteArray> deliveries;
+  std::vector<std::pair<std::shared_ptr<SerialRequest>, QByteArray>> responses;
+  std::vector<std::shared_ptr<SerialRequest>> timeouts;
   std::function<void(const QString &event, const Port &port)> atEvent;
 
  private:

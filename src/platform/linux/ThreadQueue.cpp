@@ -2,9 +2,21 @@
 
 #include "platform/linux/WorkerThreads.h"
 
+#include <algorithm>
 #include <utility>
 
+#include <sys/prctl.h>
+
 namespace tavril {
+
+namespace {
+
+/// How late the kernel may wake this thread, so that one wake-up serves several sleepers; 0: as by default.
+void setTimerSlack(QueueTimer::Duration slack) {
+  ::prctl(PR_SET_TIMERSLACK, static_cast<unsigned long>(slack.count()));
+}
+
+}  // namespace
 
 ThreadQueue::ThreadQueue(std::shared_ptr<WorkerThreads> threads, const QString &label,
                          std::chrono::milliseconds idleTime)
@@ -14,15 +26,13 @@ void ThreadQueue::async(Job job) {
   {
     const std::lock_guard lock(mutex_);
     jobs_.push_back(std::move(job));
-    jobCame_.notify_one();
-    if (std::exchange(working_, true)) return;
+    if (!needsThread()) return;
   }
-  // The thread keeps the queue alive, so that a queue that is dropped still runs what it was given.
-  const auto worker = [self = shared_from_this()] { self->work(); };
-  if (!threads_->start(label_.toStdString(), worker)) work();
+  startThread();
 }
 
 void ThreadQueue::sync(Job job) {
+  Q_ASSERT_X(!isCurrent(), "ThreadQueue", "a job waits for its own queue");
   bool ran = false;
   async([this, &job, &ran] {
     job();
@@ -31,8 +41,42 @@ void ThreadQueue::sync(Job job) {
     jobRan_.notify_all();
   });
   std::unique_lock lock(mutex_);
-  Q_ASSERT_X(ran || worker_ != std::this_thread::get_id(), "ThreadQueue", "a job waits for its own queue");
   jobRan_.wait(lock, [&ran] { return ran; });
+}
+
+std::shared_ptr<RepeatingWork> ThreadQueue::repeat(std::chrono::nanoseconds interval,
+                                                   std::chrono::nanoseconds leeway, Job tick) {
+  const auto cancelled = [weak = weak_from_this()] {
+    if (const auto self = weak.lock()) self->forgetCancelled();
+  };
+  auto timer =
+      std::make_shared<QueueTimer>(QueueTimer::Clock::now(), interval, leeway, std::move(tick), cancelled);
+  {
+    const std::lock_guard lock(mutex_);
+    timers_.push_back(timer);
+    timersChanged_ = true;
+    if (!needsThread()) return timer;
+  }
+  startThread();
+  return timer;
+}
+
+bool ThreadQueue::isCurrent() const {
+  const std::lock_guard lock(mutex_);
+  return worker_ == std::this_thread::get_id();
+}
+
+/// Expects the lock, and that something has come. True for who has to see to a thread, otherwise there is
+/// one.
+bool ThreadQueue::needsThread() {
+  jobCame_.notify_one();
+  return !std::exchange(working_, true);
+}
+
+void ThreadQueue::startThread() {
+  // The thread keeps the queue alive, so that a queue that is dropped still runs what it was given.
+  const auto worker = [self = shared_from_this()] { self->work(); };
+  if (!threads_->start(label_.toStdString(), worker)) work();
 }
 
 void ThreadQueue::work() {
@@ -52,7 +96,39 @@ void ThreadQueue::work() {
 
 /// Expects the lock. False when none has come and it is time to go.
 bool ThreadQueue::waitForJob(std::unique_lock<std::mutex> &lock) {
-  return jobCame_.wait_for(lock, threads_->closing(), idleTime_, [this] { return !jobs_.empty(); });
+  using Clock = QueueTimer::Clock;
+  const std::stop_token closing = threads_->closing();
+  const Clock::time_point idleEnd = Clock::now() + idleTime_;
+  for (;;) {
+    const Clock::time_point now = Clock::now();
+    if (!closing.stop_requested()) queueTicks(now);
+    if (!jobs_.empty()) return true;
+    if (closing.stop_requested() || (timers_.empty() && now >= idleEnd)) return false;
+    const auto first = std::ranges::min_element(timers_, {}, [](const auto &timer) { return timer->due(); });
+    const bool isIdle = first == timers_.end();
+    setTimerSlack(isIdle ? QueueTimer::Duration(0) : (*first)->leeway());
+    timersChanged_ = false;
+    jobCame_.wait_until(lock, closing, isIdle ? idleEnd : (*first)->due(),
+                        [this] { return timersChanged_ || !jobs_.empty(); });
+  }
+}
+
+/// Expects the lock.
+void ThreadQueue::queueTicks(QueueTimer::Clock::time_point now) {
+  for (const auto &timer : timers_) {
+    if (timer->comesDue(now)) jobs_.emplace_back([timer] { timer->run(); });
+  }
+}
+
+void ThreadQueue::forgetCancelled() {
+  Timers cancelled;  // go without the lock: what their jobs hold may come back to the queue as it goes
+  const std::lock_guard lock(mutex_);
+  const auto gone =
+      std::ranges::stable_partition(timers_, [](const auto &timer) { return !timer->isCancelled(); });
+  cancelled.assign(gone.begin(), gone.end());
+  timers_.erase(gone.begin(), gone.end());
+  timersChanged_ = true;
+  jobCame_.notify_one();
 }
 
 }  // namespace tavril

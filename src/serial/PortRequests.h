@@ -1,0 +1,93 @@
+#pragma once
+
+#include "platform/KeyValueObservers.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+namespace tavril {
+
+class RepeatingWork;
+class SerialPort;
+class SerialQueue;
+class SerialRequest;
+enum class SerialPortCallback;
+struct SerialEnvironment;
+
+/// The requests of one port: sends one at a time, collects what is received until the pending one accepts it
+/// or its time is up, tells the port's delegate, and sends the next. All of it happens on a serial queue of
+/// its own; what is public may be called on any thread.
+class PortRequests {
+ public:
+  using Request = std::shared_ptr<SerialRequest>;
+  using Changed = std::function<void(const QString &key, const Change &change)>;
+
+  /// While no request is pending, no more than these latest bytes are kept: whatever comes of it, a line that
+  /// nobody asks anything must not fill the memory.
+  static constexpr qsizetype mostKeptWhileIdle = 64 * 1024;
+
+  /// Belongs to the port, and is named by nothing that outlives it. `changed` tells observers, on the queue.
+  PortRequests(SerialPort &port, const SerialEnvironment &environment, Changed changed);
+  ~PortRequests();
+  PortRequests(const PortRequests &) = delete;
+  PortRequests &operator=(const PortRequests &) = delete;
+
+  /// Waits for the queue. Called on the queue it could wait for ever: that is reported to the log, and
+  /// refused.
+  bool sendRequest(const Request &request);
+  void receive(const QByteArray &bytes);
+  /// Drops the pending request and those that wait, and the pending one's time-out with it.
+  void forget();
+
+  Request pendingRequest() const;
+  /// Only stores it: nothing is sent, and no time-out begins or ends.
+  void setPendingRequest(Request request);
+  std::vector<Request> requestsQueue() const;
+
+ private:
+  template <typename Job>
+  void onQueue(Job job);
+  template <typename Tell>
+  void onMainQueue(SerialPortCallback callback, Tell tell);
+
+  bool reallySendRequest(const Request &request);
+  bool begin(const Request &request);
+  void armTimeout(double timeoutInterval_s);
+  void append(const QByteArray &bytes);
+  void checkResponseToPendingRequestAndContinueIfValid();
+  bool takeResponse();
+  void sendNextRequest();
+  bool beginNext();
+  void pendingRequestDidTimeout();
+  std::size_t countOfRequestsQueue() const;
+  Request objectInRequestsQueueAtIndex(std::size_t index) const;
+  void insertObjectInRequestsQueueAtIndex(const Request &request, std::size_t index);
+  void removeObjectFromRequestsQueueAtIndex(std::size_t index);
+  void setPendingRequestTimeoutTimer(std::shared_ptr<RepeatingWork> timer);
+
+  SerialPort &port_;
+  const SerialEnvironment &environment_;
+  const Changed changed_;
+  const std::shared_ptr<SerialQueue> requestHandlingQueue_;
+
+  /// Changed on the queue only, under the lock since anybody may ask for a copy.
+  mutable std::mutex mutex_;
+  std::deque<Request> requestsQueue_;
+  Request pendingRequest_;
+
+  // The queue's own.
+  QByteArray receiveBuffer_;
+  std::shared_ptr<RepeatingWork> pendingRequestTimeoutTimer_;
+  std::uint64_t turn_ = 0;         // counts up whenever a request begins or ends to be pending
+  bool isTellingTimeout_ = false;  // the pending one has timed out, and the delegate has yet to hear of it
+};
+
+}  // namespace tavril

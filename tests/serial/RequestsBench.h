@@ -1,0 +1,88 @@
+#pragma once
+
+#include "serial/SerialRequest.h"
+#include "tests/support/ManualQueueBackground.h"
+#include "tests/support/SerialBench.h"
+#include "tests/support/WaitFor.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <set>
+#include <vector>
+
+namespace tavril {
+
+/// An open port on a real pseudo-terminal whose request queue and clock stand still until the test moves
+/// them.
+class RequestsBench : public testing::Test {
+ protected:
+  using Requests = std::vector<std::shared_ptr<SerialRequest>>;
+
+  RequestsBench() {
+    port->setDelegate(delegate);
+    bench.terminal.atCall = [this](Call call) {
+      if (call == Call::Write && atWrite) atWrite();
+    };
+    EXPECT_TRUE(port->open());
+    EXPECT_TRUE(runMainUntil([&] { return delegate->events.contains("opened"); }));
+    delegate->events.clear();
+  }
+  ~RequestsBench() override {
+    delegate->atEvent = nullptr;
+    if (!port) return;
+    port->setDelegate({});
+    port->close();
+  }
+
+  /// A request that sends its text and is answered by whatever ends in "!".
+  static std::shared_ptr<SerialRequest> request(const QByteArray &text, double timeout_s = 0) {
+    return SerialRequest::requestWithDataToSend(text, {}, timeout_s,
+                                                [](const QByteArray &bytes) { return bytes.endsWith('!'); });
+  }
+  static std::shared_ptr<SerialRequest> requestWith(const QByteArray &text, ResponseEvaluator evaluator) {
+    return SerialRequest::requestWithDataToSend(text, {}, 0, std::move(evaluator));
+  }
+
+  /// What has been sent to the servo's side so far.
+  const QByteArray &sent() { return wasSent += pty.readPending(); }
+  /// The servo's side says this, and the port has read it and brought it to the request queue.
+  void arrives(const QByteArray &bytes) {
+    const long expected = bench.terminal.bytesRead() + bytes.size();
+    pty.write(bytes);
+    EXPECT_TRUE(waitFor([&] { return bench.terminal.bytesRead() >= expected; }));
+    EXPECT_TRUE(waitFor([&] { return queue->broughtByOthers() >= bench.terminal.readsWithBytes(); }));
+  }
+  /// The same, and the request queue has dealt with it.
+  void answer(const QByteArray &bytes) {
+    arrives(bytes);
+    queue->runAll();
+  }
+  template <typename Condition>
+  bool runMainUntil(Condition condition) {
+    return bench.mainQueue.runUntil(condition);
+  }
+  /// Both queues, until neither has anything left.
+  void runAll() {
+    do {
+      queue->runAll();
+    } while (bench.mainQueue.runAll() > 0);
+  }
+  void useDelegateWithout(const std::set<SerialPortCallback> &leftOut) {
+    delegate = std::make_shared<RecordingDelegate>(leftOut);
+    port->setDelegate(delegate);
+  }
+  Requests queued() const { return port->queuedRequests(); }
+
+  /// Called at the beginning of each write; for writes on the test's own thread.
+  std::function<void()> atWrite;
+  Pty pty;
+  SerialBench<ManualQueueBackground> bench;
+  std::shared_ptr<SerialPort> port = bench.port("usbport-test", pty.path());
+  std::shared_ptr<ManualQueue> queue = bench.background.queue;
+  std::shared_ptr<RecordingDelegate> delegate = std::make_shared<RecordingDelegate>();
+  QByteArray wasSent;
+};
+
+}  // namespace tavril

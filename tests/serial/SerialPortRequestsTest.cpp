@@ -1,0 +1,713 @@
+#include "tests/serial/RequestsBench.h"
+
+#include <cerrno>
+#include <limits>
+
+namespace tavril {
+namespace {
+
+using namespace std::chrono_literals;
+using Callback = SerialPortCallback;
+
+const QString writeError = QStringLiteral("error ") + QString::number(EIO);
+
+class SerialPortRequests : public RequestsBench {};
+
+// ---------------------------------------------------------------------------------------- one after another
+
+TEST_F(SerialPortRequests, ARequestIsSentAndPendingAndItsResponseIsTold) {
+  const auto asked = request("ask");
+  EXPECT_TRUE(port->sendRequest(asked));
+  EXPECT_EQ(sent(), "ask");
+  EXPECT_EQ(port->pendingRequest(), asked);
+  EXPECT_TRUE(queued().empty());
+  answer("done!");
+  EXPECT_TRUE(delegate->responses.empty()) << "told on the main queue only";
+  EXPECT_EQ(port->pendingRequest(), nullptr);
+  runAll();
+  ASSERT_EQ(delegate->responses.size(), 1u);
+  EXPECT_EQ(delegate->responses[0].first, asked);
+  EXPECT_EQ(delegate->responses[0].second, "done!");
+}
+
+TEST_F(SerialPortRequests, OfTwoSentBackToBackTheSecondWaitsInQueuedRequestsUntilTheFirstGetsItsResponse) {
+  const auto first = request("one");
+  const auto second = request("two");
+  EXPECT_TRUE(port->sendRequest(first));
+  EXPECT_TRUE(port->sendRequest(second));
+  EXPECT_EQ(port->pendingRequest(), first);
+  EXPECT_EQ(queued(), Requests{second});
+  EXPECT_EQ(sent(), "one");
+  answer("ok!");
+  EXPECT_EQ(port->pendingRequest(), second);
+  EXPECT_TRUE(queued().empty());
+  EXPECT_EQ(sent(), "onetwo");
+}
+
+TEST_F(SerialPortRequests, OfTwoSentBackToBackTheSecondWaitsInQueuedRequestsUntilTheFirstTimesOut) {
+  const auto first = request("one", 0.5);
+  const auto second = request("two");
+  port->sendRequest(first);
+  port->sendRequest(second);
+  queue->advance(499ms);
+  runAll();
+  EXPECT_EQ(queued(), Requests{second});
+  queue->advance(1ms);
+  runAll();
+  EXPECT_EQ(delegate->timeouts, Requests{first});
+  EXPECT_EQ(port->pendingRequest(), second);
+  EXPECT_TRUE(queued().empty());
+  EXPECT_EQ(sent(), "onetwo");
+}
+
+TEST_F(SerialPortRequests, ManyAreSentInTheirOrder) {
+  Requests all;
+  for (int i = 0; i < 20; ++i) all.push_back(request(QByteArray::number(i) + ' '));
+  for (const auto &each : all) EXPECT_TRUE(port->sendRequest(each));
+  EXPECT_EQ(queued(), Requests(all.begin() + 1, all.end()));
+  QByteArray expected;
+  for (std::size_t i = 0; i < all.size(); ++i) {
+    expected += all[i]->dataToSend();
+    EXPECT_EQ(sent(), expected);
+    answer("!");
+  }
+  runAll();
+  ASSERT_EQ(delegate->responses.size(), all.size());
+  for (std::size_t i = 0; i < all.size(); ++i) EXPECT_EQ(delegate->responses[i].first, all[i]);
+}
+
+TEST_F(SerialPortRequests, ARequestCanBeSentAgain) {
+  const auto same = request("again");
+  port->sendRequest(same);
+  port->sendRequest(same);
+  EXPECT_EQ(queued(), Requests{same});
+  answer("1!");
+  answer("2!");
+  runAll();
+  ASSERT_EQ(delegate->responses.size(), 2u);
+  EXPECT_EQ(delegate->responses[1].second, "2!");
+}
+
+TEST_F(SerialPortRequests, TheResponseCallbackMaySendTheNext) {
+  delegate->atEvent = [&](const QString &event, const SerialPortDelegate::Port &told) {
+    const bool goesOn = event == u"response" && delegate->responses.size() < 3;
+    EXPECT_TRUE(!goesOn || told->sendRequest(request("next ")));
+  };
+  port->sendRequest(request("first "));
+  for (int i = 0; i < 3; ++i) {
+    answer("!");
+    runAll();
+  }
+  EXPECT_EQ(sent(), "first next next ");
+  EXPECT_EQ(delegate->responses.size(), 3u);
+}
+
+TEST_F(SerialPortRequests, NoRequestIsNone) {
+  EXPECT_FALSE(port->sendRequest(nullptr));
+  EXPECT_EQ(port->pendingRequest(), nullptr);
+}
+
+// -------------------------------------------------------------------------------------------- what is
+// received
+
+TEST_F(SerialPortRequests, EveryDeliveryIsAddedToTheOnesBeforeAndCheckedAtOnce) {
+  QList<QByteArray> seen;
+  port->sendRequest(requestWith("ask", [&](const QByteArray &bytes) {
+    seen.append(bytes);
+    return bytes == "abc";
+  }));
+  answer("a");
+  answer("b");
+  EXPECT_NE(port->pendingRequest(), nullptr);
+  answer("c");
+  EXPECT_EQ(seen, (QList<QByteArray>{"", "a", "ab", "abc"}));
+  EXPECT_EQ(port->pendingRequest(), nullptr);
+  runAll();
+  ASSERT_EQ(delegate->responses.size(), 1u);
+  EXPECT_EQ(delegate->responses[0].second, "abc");
+}
+
+TEST_F(SerialPortRequests, BytesThatAlreadySatisfyTheEvaluatorWhenSendingFinishesCompleteTheRequestAtOnce) {
+  // The queue is busy with sending while they come, and sees to them before anything else.
+  atWrite = [&] { arrives("early!"); };
+  EXPECT_TRUE(port->sendRequest(request("ask")));
+  EXPECT_EQ(port->pendingRequest(), nullptr);
+  runAll();
+  ASSERT_EQ(delegate->responses.size(), 1u);
+  EXPECT_EQ(delegate->responses[0].second, "early!");
+}
+
+TEST_F(SerialPortRequests, AnEvaluatorThatAcceptsNothingAsAResponseCompletesTheRequestAtOnceUntold) {
+  EXPECT_TRUE(port->sendRequest(requestWith("ask", [](const QByteArray &bytes) { return bytes.isEmpty(); })));
+  EXPECT_EQ(port->pendingRequest(), nullptr);
+  runAll();
+  EXPECT_TRUE(delegate->events.isEmpty());
+}
+
+TEST_F(SerialPortRequests, ARequestWithoutAnEvaluatorCompletesByItsOwnSendingAndIsNotReported) {
+  port->sendRequest(request("one"));
+  port->sendRequest(requestWith("two", {}));
+  port->sendRequest(requestWith("three", {}));
+  const auto last = request("four");
+  port->sendRequest(last);
+  answer("ok!");
+  EXPECT_EQ(sent(), "onetwothreefour");
+  EXPECT_EQ(port->pendingRequest(), last);
+  runAll();
+  EXPECT_EQ(delegate->responses.size(), 1u);
+}
+
+TEST_F(SerialPortRequests, ARequestWithoutAnEvaluatorHasNoTimeLeftToRunOut) {
+  port->sendRequest(SerialRequest::requestWithDataToSend("x", {}, 0.1, {}));
+  EXPECT_EQ(queue->timersRunning(), 0);
+  queue->advance(1s);
+  runAll();
+  EXPECT_TRUE(delegate->events.isEmpty());
+}
+
+TEST_F(SerialPortRequests, SendingEmptiesWhatCameBefore) {
+  answer("old!");
+  const auto asked = request("ask");
+  port->sendRequest(asked);
+  EXPECT_EQ(port->pendingRequest(), asked);
+  answer("new!");
+  runAll();
+  ASSERT_EQ(delegate->responses.size(), 1u);
+  EXPECT_EQ(delegate->responses[0].second, "new!");
+}
+
+TEST_F(SerialPortRequests, WhatComesWithOneResponseDoesNotCountForTheNextRequest) {
+  port->sendRequest(requestWith("one", [](const QByteArray &bytes) { return bytes.contains('!'); }));
+  const auto second = requestWith("two", [](const QByteArray &bytes) { return bytes.contains('!'); });
+  port->sendRequest(second);
+  answer("a!b!");
+  EXPECT_EQ(port->pendingRequest(), second);
+  runAll();
+  ASSERT_EQ(delegate->responses.size(), 1u);
+  EXPECT_EQ(delegate->responses[0].second, "a!b!");
+}
+
+TEST_F(SerialPortRequests, BytesThatComeWhileNothingIsPendingAccumulate) {
+  answer("ab");
+  answer("cd");
+  // Whoever makes a request the pending one without sending it finds them.
+  port->setPendingRequest(request("never sent"));
+  answer("!");
+  runAll();
+  ASSERT_EQ(delegate->responses.size(), 1u);
+  EXPECT_EQ(delegate->responses[0].second, "abcd!");
+  EXPECT_EQ(sent(), "");
+}
+
+TEST_F(SerialPortRequests, OfTheBytesThatComeWhileNothingIsPendingTheLatestAreKept) {
+  constexpr qsizetype most = 64 * 1024;
+  const QByteArray noise(1024, 'n');
+  for (qsizetype i = 0; i <= most; i += noise.size()) answer(noise);
+  answer("end");
+  port->setPendingRequest(request("never sent"));
+  answer("!");
+  runAll();
+  ASSERT_EQ(delegate->responses.size(), 1u);
+  EXPECT_EQ(delegate->responses[0].second, QByteArray(most - 3, 'n') + "end!");
+}
+
+TEST_F(SerialPortRequests, OfTheBytesThatComeForAPendingRequestNoneIsDropped) {
+  constexpr qsizetype much = 70 * 1024;
+  port->sendRequest(requestWith("ask", [](const QByteArray &bytes) { return bytes.size() == much; }));
+  const QByteArray part(1024, 'p');
+  for (qsizetype i = 0; i < much; i += part.size()) answer(part);
+  runAll();
+  ASSERT_EQ(delegate->responses.size(), 1u);
+  EXPECT_EQ(delegate->responses[0].second.size(), much);
+}
+
+TEST_F(SerialPortRequests, ADelegateThatLeavesDataOutStillHearsResponses) {
+  useDelegateWithout({Callback::DidReceiveData});
+  port->sendRequest(request("ask"));
+  answer("ok!");
+  runAll();
+  EXPECT_TRUE(delegate->received.isEmpty());
+  EXPECT_EQ(delegate->events, QStringList{"response"});
+}
+
+TEST_F(SerialPortRequests, ADelegateThatLeavesResponsesOutIsNotToldAndTheNextRequestIsSent) {
+  useDelegateWithout({Callback::DidReceiveResponse});
+  port->sendRequest(request("one"));
+  port->sendRequest(request("two"));
+  answer("ok!");
+  runAll();
+  EXPECT_EQ(sent(), "onetwo");
+  EXPECT_EQ(delegate->received, "ok!");
+  EXPECT_TRUE(delegate->responses.empty());
+}
+
+TEST_F(SerialPortRequests, AResponseIsToldAfterTheDataItCameIn) {
+  QStringList order;
+  delegate->atEvent = [&](const QString &event, const SerialPortDelegate::Port &) { order.append(event); };
+  port->sendRequest(request("one"));
+  port->sendRequest(request("two"));
+  answer("1");
+  answer("!");
+  answer("2!");
+  EXPECT_TRUE(order.isEmpty());
+  runAll();
+  EXPECT_EQ(order, (QStringList{"data", "data", "response", "data", "response"}));
+}
+
+TEST_F(SerialPortRequests, AnyNumberMayCompleteInOneGo) {
+  constexpr int many = 20000;
+  port->sendRequest(request(""));
+  for (int i = 0; i < many; ++i) port->sendRequest(requestWith("", {}));
+  const auto last = request("last");
+  port->sendRequest(last);
+  answer("!");
+  EXPECT_EQ(port->pendingRequest(), last);
+  EXPECT_TRUE(queued().empty());
+}
+
+// ----------------------------------------------------------------------------------------------------
+// time-outs
+
+TEST_F(SerialPortRequests, ATimeOutIsATimerOfThatIntervalWithATenthOfItAsLeeway) {
+  port->sendRequest(request("ask", 1.5));
+  ASSERT_EQ(queue->repeats.size(), 1u);
+  EXPECT_EQ(queue->repeats[0]->interval, 1500000000ns);
+  EXPECT_EQ(queue->repeats[0]->leeway, 150000000ns);
+}
+
+TEST_F(SerialPortRequests, TimeOutsOfNothingAndLessAndOfNoNumberAreNone) {
+  for (const double none : {0.0, -0.0, -1.0, std::numeric_limits<double>::quiet_NaN(),
+                            -std::numeric_limits<double>::infinity()}) {
+    port->sendRequest(request("ask", none));
+    EXPECT_EQ(queue->timersRunning(), 0) << none;
+    answer("!");
+  }
+}
+
+TEST_F(SerialPortRequests, TimeOutsBeyondCountingLastAsLongAsAnybodyWaits) {
+  for (const double endless : {1e10, 1e300, std::numeric_limits<double>::infinity()}) {
+    port->sendRequest(request("ask", endless));
+    ASSERT_EQ(queue->timersRunning(), 1) << endless;
+    EXPECT_GT(queue->repeats.back()->interval, std::chrono::years(99));
+    answer("!");
+  }
+}
+
+TEST_F(SerialPortRequests,
+       ARequestWithTimeOut0AndAnEvaluatorThatNeverAcceptsBlocksTheQueueUntilThePortCloses) {
+  const auto never = requestWith("never", [](const QByteArray &) { return false; });
+  const auto waiting = request("waiting");
+  port->sendRequest(never);
+  port->sendRequest(waiting);
+  answer("anything!");
+  queue->advance(std::chrono::years(1));
+  runAll();
+  EXPECT_EQ(port->pendingRequest(), never);
+  EXPECT_EQ(queued(), Requests{waiting});
+  EXPECT_TRUE(port->close());
+  runAll();
+  EXPECT_EQ(port->pendingRequest(), nullptr);
+  EXPECT_TRUE(queued().empty());
+  EXPECT_EQ(sent(), "never");
+}
+
+TEST_F(SerialPortRequests, AResponseInTimeStopsTheTimer) {
+  port->sendRequest(request("ask", 1));
+  queue->advance(999ms);
+  answer("ok!");
+  EXPECT_EQ(queue->timersRunning(), 0);
+  queue->advance(10s);
+  runAll();
+  EXPECT_EQ(delegate->events, QStringList{"response"});
+}
+
+TEST_F(SerialPortRequests, EachRequestHasATimeOutOfItsOwnFromWhenItIsSent) {
+  const auto first = request("one", 1);
+  const auto second = request("two", 1);
+  port->sendRequest(first);
+  queue->advance(600ms);
+  port->sendRequest(second);
+  EXPECT_EQ(queue->timersRunning(), 1);
+  answer("ok!");
+  queue->advance(900ms);
+  runAll();
+  EXPECT_TRUE(delegate->timeouts.empty());
+  queue->advance(100ms);
+  runAll();
+  EXPECT_EQ(delegate->timeouts, Requests{second});
+  EXPECT_EQ(queue->timersRunning(), 0) << "a timer repeats, but a time-out is told once";
+  queue->advance(10s);
+  runAll();
+  EXPECT_EQ(delegate->timeouts.size(), 1u);
+  EXPECT_EQ(port->pendingRequest(), nullptr);
+}
+
+TEST_F(SerialPortRequests, AfterATimeOutTheNextRequestIsSentOnlyOnceTheDelegateHasHeard) {
+  delegate->atEvent = [&](const QString &event, const SerialPortDelegate::Port &) {
+    if (event != u"timeout") return;
+    queue->runAll();
+    EXPECT_EQ(sent(), "one");
+  };
+  port->sendRequest(request("one", 1));
+  port->sendRequest(request("two"));
+  queue->advance(1s);
+  queue->runAll();
+  EXPECT_EQ(sent(), "one") << "the delegate has not heard yet";
+  bench.mainQueue.runAll();
+  EXPECT_EQ(delegate->events, QStringList{"timeout"});
+  EXPECT_EQ(sent(), "one") << "sending is the request queue's business";
+  queue->runAll();
+  EXPECT_EQ(sent(), "onetwo");
+}
+
+TEST_F(SerialPortRequests, WithoutATimeOutCallbackTheNextRequestIsSentAtOnce) {
+  useDelegateWithout({Callback::RequestDidTimeout});
+  port->sendRequest(request("one", 1));
+  port->sendRequest(request("two"));
+  queue->advance(1s);
+  EXPECT_EQ(sent(), "onetwo");
+  runAll();
+  EXPECT_TRUE(delegate->timeouts.empty());
+}
+
+TEST_F(SerialPortRequests, WithoutADelegateTheNextRequestIsSentAtOnce) {
+  port->setDelegate({});
+  port->sendRequest(request("one", 1));
+  port->sendRequest(request("two"));
+  queue->advance(1s);
+  EXPECT_EQ(sent(), "onetwo");
+}
+
+TEST_F(SerialPortRequests, ADelegateThatGoesBeforeItHearsOfATimeOutDoesNotHoldUpTheNextRequest) {
+  port->sendRequest(request("one", 1));
+  port->sendRequest(request("two"));
+  queue->advance(1s);
+  port->setDelegate({});
+  runAll();
+  EXPECT_EQ(sent(), "onetwo");
+  EXPECT_TRUE(delegate->timeouts.empty());
+}
+
+TEST_F(SerialPortRequests, WhatComesAfterTheTimeIsUpIsNoResponseAlsoBeforeTheDelegateHasHeard) {
+  const auto second = request("two");
+  port->sendRequest(request("one", 1));
+  port->sendRequest(second);
+  queue->advance(1s);
+  answer("late!");
+  runAll();
+  EXPECT_EQ(delegate->events, QStringList{"timeout"});
+  EXPECT_EQ(delegate->received, "late!");
+  EXPECT_EQ(port->pendingRequest(), second);
+  answer("ok!");
+  runAll();
+  ASSERT_EQ(delegate->responses.size(), 1u);
+  EXPECT_EQ(delegate->responses[0].second, "ok!") << "sending has emptied the late bytes";
+}
+
+TEST_F(SerialPortRequests, TheTimeOutCallbackMaySendARequestWhichWaitsItsTurn) {
+  const auto again = request("again");
+  delegate->atEvent = [&](const QString &event, const SerialPortDelegate::Port &told) {
+    EXPECT_TRUE(event != u"timeout" || told->sendRequest(again));
+  };
+  port->sendRequest(request("one", 1));
+  port->sendRequest(request("two", 1));
+  queue->advance(1s);
+  runAll();
+  EXPECT_EQ(sent(), "onetwo");
+  EXPECT_EQ(queued(), Requests{again});
+}
+
+// ----------------------------------------------------------------------------------------------- failing to
+// send
+
+TEST_F(SerialPortRequests, AFailingSendReturnsFalseAndTheRequestStaysPending) {
+  bench.terminal.fail(Call::Write, EIO, 1);
+  const auto failing = request("lost");
+  const auto waiting = request("waiting");
+  EXPECT_FALSE(port->sendRequest(failing));
+  EXPECT_EQ(port->pendingRequest(), failing);
+  EXPECT_TRUE(port->sendRequest(waiting));
+  EXPECT_EQ(queued(), Requests{waiting});
+  runAll();
+  EXPECT_EQ(delegate->events, QStringList{writeError});
+  EXPECT_EQ(sent(), "");
+}
+
+TEST_F(SerialPortRequests, AFailingSendIsNotCheckedForAResponse) {
+  bench.terminal.fail(Call::Write, EIO, 1);
+  const auto failing = requestWith("lost", {});
+  EXPECT_FALSE(port->sendRequest(failing));
+  EXPECT_EQ(port->pendingRequest(), failing);
+}
+
+TEST_F(SerialPortRequests, AFailedSendWithATimeOutIsToldAsTimedOutAndTheQueueMovesOn) {
+  bench.terminal.fail(Call::Write, EIO, 1);
+  const auto failing = request("lost", 1);
+  EXPECT_FALSE(port->sendRequest(failing));
+  port->sendRequest(request("next"));
+  queue->advance(1s);
+  runAll();
+  EXPECT_EQ(delegate->events, (QStringList{writeError, "timeout"}));
+  EXPECT_EQ(delegate->timeouts, Requests{failing});
+  EXPECT_EQ(sent(), "next");
+}
+
+TEST_F(SerialPortRequests, AFailedSendWithoutATimeOutBlocksTheQueueUntilThePortIsClosed) {
+  bench.terminal.fail(Call::Write, EIO, 1);
+  port->sendRequest(request("lost"));
+  port->sendRequest(request("next"));
+  queue->advance(std::chrono::years(1));
+  runAll();
+  EXPECT_EQ(queued().size(), 1u);
+  port->close();
+  runAll();
+  EXPECT_TRUE(queued().empty());
+  EXPECT_EQ(port->pendingRequest(), nullptr);
+}
+
+TEST_F(SerialPortRequests, AWaitingRequestThatCannotBeSentStaysPendingAndThoseBehindItWait) {
+  const auto failing = request("lost", 1);
+  const auto waiting = request("three");
+  port->sendRequest(request("one"));
+  port->sendRequest(failing);
+  port->sendRequest(waiting);
+  bench.terminal.fail(Call::Write, EIO, 1);
+  answer("ok!");
+  EXPECT_EQ(port->pendingRequest(), failing);
+  EXPECT_EQ(queued(), Requests{waiting});
+  queue->advance(1s);
+  runAll();
+  EXPECT_EQ(delegate->timeouts, Requests{failing});
+  EXPECT_EQ(sent(), "onethree");
+}
+
+TEST_F(SerialPortRequests, OnAClosedPortSendingFailsWithoutAnErrorAndTheRequestStaysPending) {
+  port->close();
+  runAll();
+  delegate->events.clear();
+  const auto early = request("early", 1);
+  EXPECT_FALSE(port->sendRequest(early));
+  EXPECT_EQ(port->pendingRequest(), early);
+  queue->advance(1s);
+  runAll();
+  EXPECT_EQ(delegate->events, QStringList{"timeout"});
+  EXPECT_EQ(port->pendingRequest(), nullptr);
+}
+
+// --------------------------------------------------------------------------------------------------------
+// closing
+
+TEST_F(SerialPortRequests, ClosingForgetsThemOnTheRequestQueueAfterTheDelegateHasHeard) {
+  bool stillThere = false;
+  delegate->atEvent = [&](const QString &event, const SerialPortDelegate::Port &told) {
+    if (event == u"closed") stillThere = told->pendingRequest() && told->queuedRequests().size() == 1;
+  };
+  port->sendRequest(request("one"));
+  port->sendRequest(request("two"));
+  port->close();
+  EXPECT_TRUE(stillThere);
+  EXPECT_NE(port->pendingRequest(), nullptr);
+  queue->runAll();
+  EXPECT_EQ(port->pendingRequest(), nullptr);
+  EXPECT_TRUE(queued().empty());
+}
+
+TEST_F(SerialPortRequests, WithoutAClosedCallbackTheySurviveTheClosingAndStillTimeOutAndGoOn) {
+  useDelegateWithout({Callback::WasClosed});
+  const auto first = request("one", 1);
+  const auto second = request("two", 1);
+  const auto third = request("three");
+  for (const auto &each : {first, second, third}) port->sendRequest(each);
+  port->close();
+  runAll();
+  EXPECT_EQ(port->pendingRequest(), first);
+  EXPECT_EQ(queued(), (Requests{second, third}));
+  queue->advance(1s);
+  runAll();
+  EXPECT_EQ(delegate->timeouts, Requests{first});
+  EXPECT_EQ(port->pendingRequest(), second) << "could not be sent, and is pending all the same";
+  ASSERT_TRUE(port->open());
+  queue->advance(1s);
+  runAll();
+  EXPECT_EQ(delegate->timeouts, (Requests{first, second}));
+  EXPECT_EQ(port->pendingRequest(), third);
+  EXPECT_EQ(sent(), "onethree");
+}
+
+TEST_F(SerialPortRequests, TheTimeOutOfARequestThatClosingForgotEndsWithIt) {
+  port->sendRequest(request("one", 1));
+  port->close();
+  queue->runAll();
+  EXPECT_EQ(queue->timersRunning(), 0);
+  ASSERT_TRUE(port->open());
+  const auto patient = request("two");
+  port->sendRequest(patient);
+  queue->advance(10s);
+  runAll();
+  EXPECT_TRUE(delegate->timeouts.empty());
+  EXPECT_EQ(port->pendingRequest(), patient);
+}
+
+TEST_F(SerialPortRequests, ATimeOutToldAfterTheClosingDoesNotEndTheRequestThatIsPendingByThen) {
+  const auto first = request("one", 1);
+  port->sendRequest(first);
+  queue->advance(1s);
+  port->close();
+  ASSERT_TRUE(port->open());
+  const auto second = request("two");
+  const auto third = request("three");
+  port->sendRequest(second);
+  port->sendRequest(third);
+  runAll();
+  EXPECT_EQ(delegate->timeouts, Requests{first});
+  EXPECT_EQ(port->pendingRequest(), second);
+  EXPECT_EQ(queued(), Requests{third});
+  answer("ok!");
+  EXPECT_EQ(port->pendingRequest(), third);
+}
+
+TEST_F(SerialPortRequests, ARequestSentInTheClosedCallbackIsForgottenToo) {
+  delegate->atEvent = [&](const QString &event, const SerialPortDelegate::Port &told) {
+    if (event == u"closed") told->sendRequest(request("too late"));
+  };
+  port->close();
+  EXPECT_NE(port->pendingRequest(), nullptr);
+  runAll();
+  EXPECT_EQ(port->pendingRequest(), nullptr);
+}
+
+TEST_F(SerialPortRequests, APulledPlugForgetsThem) {
+  port->sendRequest(request("one"));
+  port->sendRequest(request("two"));
+  pty.unplug();
+  EXPECT_TRUE(runMainUntil([&] { return delegate->events.contains("closed"); }));
+  EXPECT_TRUE(queue->runUntil([&] { return !port->pendingRequest(); }));
+  EXPECT_TRUE(queued().empty());
+}
+
+// ------------------------------------------------------------------------------------------------------
+// observers
+
+TEST_F(SerialPortRequests, ObserversHearOfEachRequestThatComesToTheWaitingOnesOrLeavesThem) {
+  std::vector<Change> changes;
+  int queuedChanged = 0;
+  const auto token = port->observe("requestsQueue", [&](const Change &change) { changes.push_back(change); });
+  const auto other = port->observe("queuedRequests", [&](const Change &) {
+    EXPECT_TRUE(queue->isCurrent());
+    ++queuedChanged;
+  });
+  port->sendRequest(request("one"));
+  EXPECT_EQ(queuedChanged, 0) << "it never waited";
+  port->sendRequest(request("two"));
+  port->sendRequest(request("three"));
+  answer("ok!");
+  ASSERT_EQ(changes.size(), 3u);
+  EXPECT_EQ(changes[0].kind, Change::Kind::Insertion);
+  EXPECT_EQ(changes[0].indexes, std::vector<std::size_t>{0});
+  EXPECT_EQ(changes[1].kind, Change::Kind::Insertion);
+  EXPECT_EQ(changes[1].indexes, std::vector<std::size_t>{1});
+  EXPECT_EQ(changes[2].kind, Change::Kind::Removal);
+  EXPECT_EQ(changes[2].indexes, std::vector<std::size_t>{0});
+  EXPECT_EQ(queuedChanged, 3);
+}
+
+TEST_F(SerialPortRequests, ObserversSeeTheListAsItIsAfterTheChange) {
+  std::vector<std::size_t> sizes;
+  const auto token =
+      port->observe("queuedRequests", [&](const Change &) { sizes.push_back(queued().size()); });
+  for (int i = 0; i < 3; ++i) port->sendRequest(request("x"));
+  answer("!");
+  answer("!");
+  EXPECT_EQ(sizes, (std::vector<std::size_t>{1, 2, 1, 0}));
+}
+
+TEST_F(SerialPortRequests, ObserversHearWhenClosingEmptiesTheWaitingOnes) {
+  int told = 0;
+  const auto token = port->observe("queuedRequests", [&](const Change &) { ++told; });
+  port->sendRequest(request("one"));
+  port->close();
+  queue->runAll();
+  EXPECT_EQ(told, 0) << "none was waiting";
+  ASSERT_TRUE(port->open());
+  port->sendRequest(request("one"));
+  port->sendRequest(request("two"));
+  port->close();
+  queue->runAll();
+  EXPECT_EQ(told, 2);
+}
+
+// ------------------------------------------------------------------------------------- whence, and until
+// when
+
+TEST_F(SerialPortRequests, SendingFromAnEvaluatorIsRefusedAndLogged) {
+  bool accepted = true;
+  port->sendRequest(requestWith("one", [&](const QByteArray &) {
+    accepted = port->sendRequest(request("nested"));
+    return true;
+  }));
+  EXPECT_FALSE(accepted);
+  EXPECT_EQ(sent(), "one");
+  EXPECT_EQ(port->pendingRequest(), nullptr);
+  EXPECT_EQ(bench.log.lines().filter("request queue of its port").size(), 1);
+}
+
+TEST_F(SerialPortRequests, SendingFromAnObserverOfTheWaitingOnesIsRefused) {
+  int refused = 0;
+  const auto token = port->observe("queuedRequests", [&](const Change &) {
+    if (!port->sendRequest(request("nested"))) ++refused;
+  });
+  port->sendRequest(request("one"));
+  port->sendRequest(request("two"));
+  EXPECT_EQ(refused, 1);
+  EXPECT_EQ(queued().size(), 1u);
+}
+
+TEST_F(SerialPortRequests, APortThatIsDroppedGoesWithItsRequestsAndTimeOutAndTellsNobody) {
+  const auto pending = request("one", 1);
+  const std::weak_ptr<SerialRequest> waiting = [&] {
+    const auto made = request("two");
+    port->sendRequest(pending);
+    port->sendRequest(made);
+    return made;
+  }();
+  const std::weak_ptr<SerialPort> weak = port;
+  delegate->events.clear();
+  bench.allSerialPortsInfo.clear();
+  port.reset();
+  EXPECT_TRUE(waitFor([&] { return weak.expired() && waiting.expired(); }));
+  EXPECT_EQ(queue->timersRunning(), 0);
+  queue->advance(10s);
+  runAll();
+  EXPECT_TRUE(delegate->events.isEmpty());
+}
+
+TEST_F(SerialPortRequests, ATimeOutOrResponseThatWaitsToBeToldDoesNotKeepAPortAlive) {
+  port->sendRequest(request("one"));
+  port->sendRequest(request("two", 1));
+  answer("ok!");
+  queue->advance(1s);
+  EXPECT_GE(bench.mainQueue.pending(), 2u);
+  const std::weak_ptr<SerialPort> weak = port;
+  bench.allSerialPortsInfo.clear();
+  port.reset();
+  EXPECT_TRUE(waitFor([&] { return weak.expired(); }));
+  runAll();
+  EXPECT_TRUE(delegate->events.isEmpty());
+}
+
+TEST_F(SerialPortRequests, AnEvaluatorMayDropTheLastReferenceToThePort) {
+  const std::weak_ptr<SerialPort> weak = port;
+  port->sendRequest(requestWith("one", [&](const QByteArray &bytes) {
+    if (bytes.isEmpty()) return false;
+    port.reset();
+    return true;
+  }));
+  port->sendRequest(request("two"));
+  bench.allSerialPortsInfo.clear();
+  answer("x");
+  EXPECT_TRUE(waitFor([&] { return weak.expired(); }));
+  EXPECT_EQ(sent(), "onetwo");
+}
+
+}  // namespace
+}  // namespace tavril
