@@ -119,6 +119,7 @@ struct Definitions {
 
   CLI::App *verb(Verb which, const char *name, const char *text) {
     CLI::App *command = app.add_subcommand(name, text);
+    command->footer("\"tavrilctl --help\" lists the common options and the exit status.");
     verbs.emplace_back(command, which);
     return command;
   }
@@ -308,7 +309,7 @@ CommandLine CommandLine::parse(const QStringList &arguments, const QString &vers
   } catch (const CLI::CallForHelp &) {
     const auto *chosen = definitions.chosen();
     const CLI::App &asked = chosen ? *chosen->first : definitions.app;
-    line.answer = Answer{QString::fromStdString(asked.help()), 0};
+    line.answer = Answer{QString::fromStdString(chosen ? asked.help("tavrilctl") : asked.help()), 0};
   } catch (const CLI::CallForVersion &call) {
     line.answer = Answer{QString::fromStdString(call.what()) + u'\n', 0};
   } catch (const CLI::ParseError &error) {

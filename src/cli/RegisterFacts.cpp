@@ -107,8 +107,9 @@ QString unknownRegisterText(const QString &text) {
     const QString candidate = row.nameKey.toString();
     known.append(QStringLiteral("%1 %2").arg(row.number).arg(candidate));
     const std::size_t far = distance(name, candidate);
-    // One letter in three may be wrong; beyond that it is more of a guess than help.
-    if (far < best && far * 3 <= static_cast<std::size_t>(candidate.size())) {
+    // One letter, or one in three; beyond that it is more of a guess than help.
+    const bool isNear = far <= 1 || far * 3 <= static_cast<std::size_t>(candidate.size());
+    if (far < best && isNear) {
       best = far;
       nearest = candidate;
     }
