@@ -121,9 +121,9 @@ void PortRequests::armTimeout(double timeoutInterval_s) {
 }
 
 void PortRequests::append(const QByteArray &bytes) {
-  receiveBuffer_.append(bytes);
+  receiveBuffer_.append(bytes.constData(), static_cast<std::size_t>(bytes.size()));
   if (!pendingRequest() && receiveBuffer_.size() > mostKeptWhileIdle) {
-    receiveBuffer_.remove(0, receiveBuffer_.size() - mostKeptWhileIdle);
+    receiveBuffer_.erase(0, receiveBuffer_.size() - mostKeptWhileIdle);
   }
 }
 
@@ -140,7 +140,7 @@ bool PortRequests::takeResponse() {
   const Request request = pendingRequest();
   // What comes after the time is up, but before the delegate has heard of that, is no response any more.
   if (!request || isTellingTimeout_) return false;
-  const QByteArray response = receiveBuffer_;
+  const QByteArray response = QByteArray::fromStdString(receiveBuffer_);
   if (!request->dataIsValidResponse(response)) return false;
   setPendingRequestTimeoutTimer(nullptr);
   if (!response.isEmpty()) {

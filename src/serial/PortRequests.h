@@ -11,6 +11,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <string>
 #include <vector>
 
 namespace tavril {
@@ -32,7 +33,7 @@ class PortRequests {
 
   /// While no request is pending, no more than these latest bytes are kept: whatever comes of it, a line that
   /// nobody asks anything must not fill the memory.
-  static constexpr qsizetype mostKeptWhileIdle = 64 * 1024;
+  static constexpr std::size_t mostKeptWhileIdle = 64 * 1024;
 
   /// Belongs to the port, and is named by nothing that outlives it. `changed` tells observers, on the queue.
   PortRequests(SerialPort &port, const SerialEnvironment &environment, Changed changed);
@@ -84,7 +85,7 @@ class PortRequests {
   Request pendingRequest_;
 
   // The queue's own.
-  QByteArray receiveBuffer_;
+  std::string receiveBuffer_;  // shares nothing: what is handed to other threads are copies
   std::shared_ptr<RepeatingWork> pendingRequestTimeoutTimer_;
   std::uint64_t turn_ = 0;         // counts up whenever a request begins or ends to be pending
   bool isTellingTimeout_ = false;  // the pending one has timed out, and the delegate has yet to hear of it

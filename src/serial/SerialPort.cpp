@@ -4,9 +4,11 @@
 #include "platform/Log.h"
 #include "platform/MainQueue.h"
 #include "serial/LineSession.h"
+#include "serial/PinPoller.h"
 #include "serial/PortRegistry.h"
 #include "serial/PortRequests.h"
 #include "serial/PosixError.h"
+#include "serial/ReadLoop.h"
 #include "serial/SerialEnvironment.h"
 
 #include <array>
@@ -19,9 +21,7 @@ namespace tavril {
 
 namespace {
 
-constexpr std::chrono::milliseconds inputTimeout{100};
 constexpr std::chrono::milliseconds pinPollInterval{10};
-constexpr std::size_t largestRead = 1024;
 
 void reportMisuse(const SerialEnvironment &environment, const QString &text) {
   environment.log.write(QStringLiteral("*** Assertion failure: ") + text);
@@ -220,11 +220,11 @@ void SerialPort::takeOverPins() {
 }
 
 void SerialPort::startLoops(const std::shared_ptr<LineSession> &running) {
-  const std::weak_ptr<SerialPort> weak = weak_from_this();
-  environment_.background.run([weak, running] { readLoop(weak, running); });
-  running->setPinPollTimer(environment_.background.repeat(pinPollInterval, [weak, running] {
-    if (const Ptr self = weak.lock()) self->pollPins(running);
-  }));
+  const std::weak_ptr<PortLine> line = std::shared_ptr<PortLine>(shared_from_this(), this);
+  TerminalCalls &calls = environment_.terminal;
+  environment_.background.run([loop = ReadLoop(calls, line, running)] { loop.run(); });
+  running->setPinPollTimer(environment_.background.repeat(
+      pinPollInterval, [poller = PinPoller(calls, line, running)] { poller.poll(); }));
 }
 
 bool SerialPort::close() {
@@ -298,6 +298,11 @@ void SerialPort::cleanupAfterSystemRemoval() {
   close();
 }
 
+void SerialPort::deviceHasGone(const std::shared_ptr<LineSession> &session) {
+  tellRemoved();
+  if (!session->hasEnded()) closeSession(session);
+}
+
 void SerialPort::tellRemoved() {
   onMainThreadAndWait([self = shared_from_this()] {
     if (const auto delegate = self->delegate()) delegate->serialPortWasRemovedFromSystem(self);
@@ -350,45 +355,6 @@ bool SerialPort::sendData(const QByteArray &bytes) {
   return true;
 }
 
-void SerialPort::readLoop(const std::weak_ptr<SerialPort> &weak,
-                          const std::shared_ptr<LineSession> &session) {
-  while (!session->hasEnded()) {
-    if (session->isClosing()) {  // keep out of the way of close(), which wants the semaphore
-      session->pause(inputTimeout);
-      continue;
-    }
-    const Ptr self = weak.lock();
-    if (!self) return;
-    if (!self->readOnce(*session)) session->pause(inputTimeout);
-  }
-}
-
-/// One wait for input and one read. False when nothing can come for a while: the line is hung up (which
-/// counts as readable for ever) or the wait itself fails, and the loop must not spin.
-bool SerialPort::readOnce(LineSession &session) {
-  TerminalCalls &calls = environment_.terminal;
-  if (!selectSemaphore_.try_acquire_for(inputTimeout)) return true;
-  const CallResult ready =
-      session.hasEnded() ? CallResult::success()
-                         : calls.waitForInput(session.descriptor(), session.wakeDescriptor(), inputTimeout);
-  selectSemaphore_.release();
-  if (session.hasEnded()) return true;
-  if (ready.failed()) {
-    notifyDelegateOfPosixError(ready.error);
-    return false;
-  }
-  if (ready.value == 0) return true;
-
-  std::array<std::byte, largestRead> buffer;
-  const CallResult got = withDescriptor([&](int fd) {
-    // The port may have been opened anew in the meantime: its bytes belong to the new session's loop.
-    return session.hasEnded() ? CallResult::success() : calls.read(fd, buffer);
-  });
-  if (got.value <= 0) return false;
-  receiveData(QByteArray(reinterpret_cast<const char *>(buffer.data()), got.value));
-  return true;
-}
-
 void SerialPort::receiveData(const QByteArray &bytes) {
   if (delegateRespondsTo(SerialPortCallback::DidReceiveData)) {
     // Bytes that wait to be told do not keep a port alive: under steady traffic it would otherwise never go.
@@ -412,21 +378,7 @@ CallResult SerialPort::withDescriptor(const std::function<CallResult(int)> &call
 
 // -------------------------------------------------------------------------------------------------- pins
 
-void SerialPort::pollPins(const std::shared_ptr<LineSession> &session) {
-  int pins = 0;
-  const CallResult read = withDescriptor([&](int fd) {
-    return session->hasEnded() ? CallResult::failure(EBADF) : environment_.terminal.pins(fd, pins);
-  });
-  if (session->hasEnded()) return;  // closed before or while we asked; close() has cancelled the poller
-  if (read.failed()) {
-    const bool gone = read.error == ENXIO;
-    notifyDelegateOfPosixError(read.error, gone);
-    // While that was told, the main thread may have seen the removal itself and closed the port: told once.
-    if (!gone || session->hasEnded()) return;
-    tellRemoved();
-    if (!session->hasEnded()) closeSession(session);
-    return;
-  }
+void SerialPort::showPins(int pins) {
   showPin(CTS_, QStringLiteral("CTS"), (pins & Pin::cts) != 0);
   showPin(DSR_, QStringLiteral("DSR"), (pins & Pin::dsr) != 0);
   showPin(DCD_, QStringLiteral("DCD"), (pins & Pin::dcd) != 0);

@@ -4,6 +4,7 @@
 #include "platform/KeyValueObservers.h"
 #include "platform/NamedDevice.h"
 #include "serial/LineSettings.h"
+#include "serial/PortLine.h"
 #include "serial/SerialPortDelegate.h"
 
 #include <QByteArray>
@@ -32,7 +33,9 @@ struct SerialEnvironment;
 ///
 /// open(), close() and the setters belong to the main thread; close() may also come from the pin poller when
 /// the device is gone. Operations return false on failure and tell the delegate why.
-class SerialPort final : public NamedDevice, public std::enable_shared_from_this<SerialPort> {
+class SerialPort final : public NamedDevice,
+                         public std::enable_shared_from_this<SerialPort>,
+                         private PortLine {
   struct Token {};
 
  public:
@@ -140,28 +143,29 @@ class SerialPort final : public NamedDevice, public std::enable_shared_from_this
   [[nodiscard]] KeyValueObservers::Token observe(const QString &key, KeyValueObservers::Handler handler);
 
  private:
+  CallResult withDescriptor(const std::function<CallResult(int)> &call) const override;
+  std::binary_semaphore &selectSemaphore() override { return selectSemaphore_; }
+  void receiveData(const QByteArray &bytes) override;
+  void showPins(int pins) override;
+  void notifyDelegateOfPosixError(int error, bool waitUntilDone = false) override;
+  void deviceHasGone(const std::shared_ptr<LineSession> &session) override;
+
   void setFileDescriptor(int descriptor);
   std::shared_ptr<LineSession> session() const;
   void setSession(std::shared_ptr<LineSession> session);
   CallResult openExclusively();
-  CallResult withDescriptor(const std::function<CallResult(int)> &call) const;
   void setPortOptions();
   void applyFlowControl(bool FlowControl::*kind, bool use);
   void drivePin(std::atomic<bool> &stored, int pin, bool on);
   void takeOverPins();
   void keepOriginalAttributes();
   void startLoops(const std::shared_ptr<LineSession> &running);
-  static void readLoop(const std::weak_ptr<SerialPort> &weak, const std::shared_ptr<LineSession> &session);
-  bool readOnce(LineSession &session);
-  void receiveData(const QByteArray &bytes);
-  void pollPins(const std::shared_ptr<LineSession> &session);
   void showPin(std::atomic<bool> &stored, const QString &key, bool on);
   bool closeSession(const std::shared_ptr<LineSession> &closing);
   void tellRemoved();
   void restoreLine(int descriptor);
   CallResult releaseDescriptor();
 
-  void notifyDelegateOfPosixError(int error, bool waitUntilDone = false);
   bool delegateRespondsTo(SerialPortCallback callback) const;
   void onMainThreadAndWait(const std::function<void()> &job);
   void changed(const QString &key, const Change &change = {});

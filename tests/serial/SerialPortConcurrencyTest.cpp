@@ -1,10 +1,10 @@
+#include "tests/support/Rescue.h"
 #include "tests/support/SerialBench.h"
 #include "tests/support/WaitFor.h"
 
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <condition_variable>
 #include <filesystem>
 #include <future>
 #include <random>
@@ -14,39 +14,6 @@ namespace tavril {
 namespace {
 
 using namespace std::chrono_literals;
-
-/// Frees whoever is stuck, after a time that no test that works needs, so that the test fails and ends.
-class Rescue {
- public:
-  explicit Rescue(std::function<void()> rescue)
-      : thread_([this, rescue = std::move(rescue)] {
-          std::unique_lock lock(mutex_);
-          if (over_.wait_for(lock, 10s, [this] { return isOver_; })) return;
-          wasNeeded_ = true;
-          rescue();
-        }) {}
-  ~Rescue() { stop(); }
-  bool wasNeeded() {
-    stop();
-    return wasNeeded_;
-  }
-
- private:
-  void stop() {
-    {
-      const std::lock_guard lock(mutex_);
-      isOver_ = true;
-    }
-    over_.notify_all();
-    if (thread_.joinable()) thread_.join();
-  }
-
-  std::mutex mutex_;
-  std::condition_variable over_;
-  bool isOver_ = false;
-  bool wasNeeded_ = false;
-  std::thread thread_;
-};
 
 QString errorEvent(int error) {
   return QStringLiteral("error ") + QString::number(error);

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "platform/TerminalCalls.h"
+
+#include <QByteArray>
+
+#include <functional>
+#include <memory>
+#include <semaphore>
+
+namespace tavril {
+
+class LineSession;
+
+/// What the threads of an opening see of their port. They hold it weakly but for one round at a time.
+class PortLine {
+ public:
+  virtual ~PortLine() = default;
+
+  /// Makes the call with the open descriptor, which is not closed meanwhile; EBADF when there is none.
+  virtual CallResult withDescriptor(const std::function<CallResult(int)> &call) const = 0;
+  /// Held while somebody waits for input, and while the port is closed.
+  virtual std::binary_semaphore &selectSemaphore() = 0;
+  virtual void receiveData(const QByteArray &bytes) = 0;
+  virtual void showPins(int pins) = 0;
+  virtual void notifyDelegateOfPosixError(int error, bool waitUntilDone = false) = 0;
+  /// Tells the delegate, waiting until it has heard, and closes the port unless the session has ended by
+  /// then.
+  virtual void deviceHasGone(const std::shared_ptr<LineSession> &session) = 0;
+};
+
+}  // namespace tavril
