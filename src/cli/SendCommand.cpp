@@ -44,10 +44,8 @@ void checkValue(int number, ValueRange range, const QString &name) {
 }
 
 void checkParameters(const Command &command) {
-  const int word = command.parameters.size() >= 2
-                       ? byteAt(command.parameters, command.parameters.size() - 2) * 256 +
-                             byteAt(command.parameters, command.parameters.size() - 1)
-                       : 0;
+  const QByteArray last = command.parameters.right(2);
+  const int word = last.size() == 2 ? byteAt(last, 0) * 256 + byteAt(last, 1) : 0;
   if (command.code == CommandCode::SetServoPosition)
     checkValue(word, positionRange, QStringLiteral("position"));
   const int number = command.registerNumber();

@@ -1,7 +1,7 @@
 #include "cli/SerialLine.h"
 
 #include "cli/Failure.h"
-#include "platform/MainQueue.h"
+#include "platform/Background.h"
 #include "serial/PosixError.h"
 #include "serial/SerialPort.h"
 #include "serial/SerialRequest.h"
@@ -10,8 +10,8 @@
 
 namespace tavril::cli {
 
-SerialLine::SerialLine(MainQueue &mainQueue, Port port)
-    : mainQueue_(mainQueue), port_(std::move(port)), name_(port_->name()) {}
+SerialLine::SerialLine(Background &background, Port port)
+    : background_(background), port_(std::move(port)), name_(port_->name()) {}
 
 Heard SerialLine::request(const QByteArray &data, Time timeout, Rule rule) {
   const auto request = SerialRequest::requestWithDataToSend(
@@ -21,12 +21,20 @@ Heard SerialLine::request(const QByteArray &data, Time timeout, Rule rule) {
   current_ = request;
   heard_.reset();
   lock.unlock();
-  // A request that could not be written stays pending until its time is over, so that comes back too.
-  mainQueue_.async([port = port_, request] { port->sendRequest(request); });
+  // Neither here nor on the main thread: an adapter that takes nothing would hold it up until the port is
+  // closed. A request that could not be written stays pending until its time is over, so that comes back too.
+  background_.run([port = port_, request] { port->sendRequest(request); });
   lock.lock();
-  changed_.wait(lock, [this] { return heard_.has_value() || hasEnded(); });
+  const bool isOver =
+      changed_.wait_for(lock, timeout + longestDelay, [this] { return heard_.has_value() || hasEnded(); });
   current_.reset();
   failIfEnded();
+  if (!isOver) {
+    throw Failure{ExitCode::Failed,
+                  QStringLiteral("%1 does not take what is sent to it: plug the adapter out and in "
+                                 "again and retry.")
+                      .arg(name_)};
+  }
   return *std::exchange(heard_, std::nullopt);
 }
 

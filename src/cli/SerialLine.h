@@ -8,7 +8,7 @@
 #include <optional>
 
 namespace tavril {
-class MainQueue;
+class Background;
 }
 
 namespace tavril::cli {
@@ -18,7 +18,11 @@ namespace tavril::cli {
 /// delegate of its port, and outlive it or be dropped as delegate.
 class SerialLine final : public Line, public SerialPortDelegate {
  public:
-  SerialLine(MainQueue &mainQueue, Port port);
+  /// How long over its time-out a request may take when the machine is busy. Longer means that the adapter
+  /// does not take what is sent to it: the time-out itself then waits behind the sending.
+  static constexpr Time longestDelay{5000};
+
+  SerialLine(Background &background, Port port);
 
   Heard request(const QByteArray &data, Time timeout, Rule rule) override;
   void pause(Time duration) override;
@@ -42,7 +46,7 @@ class SerialLine final : public Line, public SerialPortDelegate {
   bool hasEnded() const { return interrupted_ || removed_; }
   void failIfEnded() const;
 
-  MainQueue &mainQueue_;
+  Background &background_;
   const Port port_;
   const QString name_;
 

@@ -52,7 +52,8 @@ std::vector<Change> changesBetween(const Settings &held, const Settings &wanted)
   for (const auto &[number, value] : wanted) {
     if (held.at(number) != value) changes.push_back({number, held.at(number), value});
   }
-  std::ranges::stable_partition(changes, [](const Change &change) { return change.number != servoId; });
+  std::stable_partition(changes.begin(), changes.end(),
+                        [](const Change &change) { return change.number != servoId; });
   return changes;
 }
 

@@ -122,7 +122,7 @@ std::shared_ptr<SerialPort> portAt(House &house, const QString &path) {
 /// Carries the work out on a thread of its own, while the main thread carries what comes from the port.
 int workThrough(House &house, const Options &options, Console &console, const Plan &plan, int signals) {
   const std::shared_ptr<SerialPort> port = portAt(house, portToUse(house, options));
-  const auto line = std::make_shared<SerialLine>(house.mainQueue, port);
+  const auto line = std::make_shared<SerialLine>(house.background, port);
   port->setDelegate(line);
   port->setBaudRate(baudRate);
   if (!port->open()) {

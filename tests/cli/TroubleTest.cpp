@@ -176,6 +176,40 @@ TEST(Trouble, CtrlCAlsoEndsTheWaitForTheBridge) {
   EXPECT_TRUE(bridge.commands().empty());
 }
 
+/// A terminal whose other side takes nothing any more.
+class StuckTerminal : public Pty {
+ public:
+  StuckTerminal() {
+    ::fcntl(slave(), F_SETFL, O_NONBLOCK);
+    // The kernel moves on what is written, and then takes more for a while; poll() does not tell of little
+    // room.
+    pollfd hangup{slave(), 0, 0};
+    do {
+      while (::write(slave(), "x", 1) > 0) {
+      }
+      EXPECT_EQ(errno, EAGAIN);
+      ::poll(&hangup, 1, 200);
+    } while (::write(slave(), "x", 1) > 0);
+    ::fcntl(slave(), F_SETFL, 0);
+  }
+};
+
+TEST(Trouble, CtrlCAlsoEndsASendingThatIsHeldUp) {
+  const StuckTerminal terminal;
+  CtlProgram program(QStringLiteral("detect --verbose --timeout 60000") + CtlProgram::at(terminal.path()));
+  // The frame is shown right before it is sent.
+  ASSERT_EQ(program.firstErrorLine(), QStringLiteral("-> FF 04 90 FE  detect the servo"));
+  program.interrupt();
+  EXPECT_EQ(program.outcome().status, 130);
+}
+
+TEST(Trouble, AnAdapterThatTakesNothingIsGivenUp) {
+  const StuckTerminal terminal;
+  expectFailure(
+      run(QStringLiteral("detect --timeout 100") + CtlProgram::at(terminal.path()), milliseconds(5100)), 1,
+      "does not take what is sent to it");
+}
+
 TEST(Trouble, TheLineIsAsItWasAfterTheWorkToo) {
   ScriptedBridge bridge;
   const termios attributes = oddAttributes(bridge.terminal());

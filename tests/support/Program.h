@@ -50,6 +50,12 @@ class Program {
     return QString::fromLocal8Bit(process_.readLine()).trimmed();
   }
 
+  /// The same of the standard error output.
+  QString firstErrorLine() {
+    process_.setReadChannel(QProcess::StandardError);
+    return firstLine();
+  }
+
   bool isRunning() const { return process_.state() != QProcess::NotRunning; }
   void terminate() { process_.terminate(); }
   /// As Ctrl-C does.
