@@ -1,13 +1,13 @@
 #include "app/ReadOut.h"
 
 #include "app/AppDelegate.h"
-#include "app/OpenFailure.h"
 #include "platform/Desktop.h"
 #include "platform/ScreenElement.h"
 #include "platform/StringTable.h"
 #include "platform/Timers.h"
 #include "protocol/RegisterCatalogue.h"
 #include "protocol/SharedState.h"
+#include "serial/OpenFailure.h"
 #include "serial/SerialPort.h"
 
 #include <algorithm>

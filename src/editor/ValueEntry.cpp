@@ -9,29 +9,8 @@
 #include "protocol/SharedState.h"
 
 #include <algorithm>
-#include <array>
 
 namespace tavril {
-
-namespace {
-
-// The limits 253 and 32766 are the system's own and meant.
-constexpr std::array<EntryRange, 12> ranges{{
-    {u"sid", 0, 253, false, u"sID"},
-    {u"maxtemp", 0, 253, false, u"maxTemp"},
-    {u"minvolt", 0, 253, false, u"minVolt"},
-    {u"maxvolt", 0, 253, false, u"maxVolt"},
-    {u"maxload", 0, 512, false, u"maxLoad"},
-    {u"kp", 0, 32766, false, u"kp"},
-    {u"ki", 0, 32766, false, u"ki"},
-    {u"kd", 0, 32766, false, u"kd"},
-    {u"overtemp", 0, 255, false, u"overTemp"},
-    {u"overvolt", 0, 255, false, u"overVolt"},
-    {u"overload", 0, 255, false, u"overLoad"},
-    {u"calangle", -20, 20, true, u"calibrationAngle"},
-}};
-
-}  // namespace
 
 QString leftoverOf(const QString &text, bool signAllowed) {
   QString leftover = text;
@@ -44,8 +23,9 @@ ValueEntry::ValueEntry(SharedState &state, const Desktop &desktop)
     : state_(state), strings_(desktop.strings), alert_(desktop.alert), log_(desktop.log) {}
 
 const EntryRange *ValueEntry::rangeOf(QStringView identifier) {
-  const auto *found = std::ranges::find(ranges, identifier, &EntryRange::identifier);
-  return found == ranges.end() ? nullptr : found;
+  const auto ranges = entryRanges();
+  const auto found = std::ranges::find(ranges, identifier, &EntryRange::identifier);
+  return found == ranges.end() ? nullptr : &*found;
 }
 
 QString ValueEntry::checkValue(const QString &text, int minvalue, int maxvalue, const QString &cal) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "protocol/EntryRanges.h"
+
 #include <QString>
 
 namespace tavril {
@@ -10,15 +12,6 @@ class ScreenElement;
 class StringTable;
 struct Desktop;
 struct SharedState;
-
-/// The range in which a setting may be entered, found by the identifier of its field.
-struct EntryRange {
-  QStringView identifier;
-  int minimum;
-  int maximum;
-  bool signAllowed;
-  QStringView entryKey;  ///< where the text last read from the servo is kept
-};
 
 /// Checks what is entered into the fields of the settings. Nothing is sent from here. Main thread only.
 class ValueEntry {

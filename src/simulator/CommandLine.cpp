@@ -22,13 +22,14 @@ class Arguments {
     add("no-servo", "No servo is attached.");
     add("two-servos", "More than one servo is attached.");
     add("mute", "Never reply.");
+    add("lose", "Lose one reply in so many, at random.", "N");
     add("delay", "Reply this much later.", "MS");
     add("start-up", "Ignore everything for this long after the start.", "MS");
     add("split", "Cut replies in pieces of this many bytes.", "N");
     add("split-gap", "Pause between pieces and before late ends (20).", "MS");
     add("glue", "Send two replies in one write, if a second comes within 100 ms.");
     add("noise", "Send random bytes between the replies.");
-    add("seed", "Seed of the random bytes (1).", "N");
+    add("seed", "Seed of the random bytes and losses (1).", "N");
     add("wrong-length", "Make the length byte of replies one too large.");
     add("late-ends", "Send the end mark of replies late.");
     add("error", "Answer register reads with this error report.", "CODE");
@@ -107,6 +108,7 @@ Options faultsFrom(Arguments &arguments) {
   if (arguments.has("no-servo")) options.servos = Options::Servos::None;
   if (arguments.has("two-servos")) options.servos = Options::Servos::Several;
   options.mute = arguments.has("mute");
+  options.loseOneIn = static_cast<int>(arguments.number("lose", 0, 1, std::numeric_limits<int>::max()));
   options.delay = arguments.time("delay", options.delay);
   options.startUp = arguments.time("start-up", options.startUp);
   options.splitSize = static_cast<int>(arguments.number("split", 0, 1, 50));

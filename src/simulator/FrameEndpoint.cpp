@@ -52,7 +52,7 @@ std::uint8_t detected(Options::Servos servos) {
 }  // namespace
 
 FrameEndpoint::FrameEndpoint(ServoModel &model, const Options &options)
-    : model_(model), options_(options), replies_(options_) {}
+    : model_(model), options_(options), replies_(options_), losses_(options.seed) {}
 
 void FrameEndpoint::plugIn() {
   parser_ = FrameParser();
@@ -133,7 +133,7 @@ void FrameEndpoint::take(const ParsedItem &item, nanoseconds answerAt) {
       model_.notePacketError();
       log_.fromHost(
           QStringLiteral("%1  never finished  (%2 bytes)").arg(inHex(item.bytes)).arg(item.bytes.size()));
-      if (!options_.mute) replies_.add(report(wire::Error::TimedOut), answerAt);
+      reply(report(wire::Error::TimedOut), answerAt);
       return;
     case ParsedItem::Kind::Frame:
       takeFrame(item.bytes, answerAt);
@@ -151,8 +151,16 @@ void FrameEndpoint::takeFrame(const Bytes &frame, nanoseconds answerAt) {
     log_.endLine();
     return;
   }
-  Bytes reply = answer(frame);
-  if (!options_.mute) replies_.add(std::move(reply), answerAt);
+  reply(answer(frame), answerAt);
+}
+
+void FrameEndpoint::reply(Bytes reply, nanoseconds answerAt) {
+  if (options_.mute) return;
+  if (options_.loseOneIn > 0 && losses_() % static_cast<unsigned>(options_.loseOneIn) == 0) {
+    log_.toHost(inHex(reply) + QStringLiteral("  lost on its way"));
+    return;
+  }
+  replies_.add(std::move(reply), answerAt);
 }
 
 Bytes FrameEndpoint::answer(const Bytes &frame) {

@@ -8,6 +8,7 @@
 #include <atomic>
 #include <chrono>
 #include <optional>
+#include <random>
 #include <span>
 #include <vector>
 
@@ -54,6 +55,7 @@ class FrameEndpoint {
   Bytes answer(const Bytes &frame);
   Bytes answerForServo(const Bytes &frame);
   void giveUpFrame();
+  void reply(Bytes reply, std::chrono::nanoseconds answerAt);
   void awaitPadding();
 
   ServoModel &model_;
@@ -61,6 +63,8 @@ class FrameEndpoint {
   FrameParser parser_;
   TrafficLog log_;
   ReplyQueue replies_;
+  // Of its own, so that the noise stays the same with and without losses.
+  std::mt19937 losses_;
   std::atomic<int> framesSeen_{0};
   int framesSincePlugIn_ = 0;
   bool unplugged_ = false;

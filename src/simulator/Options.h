@@ -17,6 +17,8 @@ struct Options {
   Servos servos = Servos::One;
   /// Commands take effect, but nothing is ever sent back.
   bool mute = false;
+  /// One reply in so many is lost, at random; 0 loses none.
+  int loseOneIn = 0;
   /// Time the bridge thinks before it replies.
   std::chrono::milliseconds delay{0};
   /// Bytes that come within this time of the start are lost, as while a bridge boots.

@@ -31,7 +31,8 @@ TEST(CommandLine, WithoutArgumentsServesOneFaultlessServoAtWirePace) {
 
 TEST(CommandLine, EveryOptionReachesItsFault) {
   const CommandLine line = parse(
-      "--link /tmp/a --log /tmp/b --two-servos --mute --delay 11 --start-up 22 --split 3 --split-gap 44 "
+      "--link /tmp/a --log /tmp/b --two-servos --mute --lose 9 --delay 11 --start-up 22 --split 3 "
+      "--split-gap 44 "
       "--glue "
       "--noise --seed 4294967295 --wrong-length --late-ends --error 2 --unplug-after 7 --no-pace");
   EXPECT_EQ(line.action, CommandLine::Action::Serve) << line.text.toStdString();
@@ -39,6 +40,7 @@ TEST(CommandLine, EveryOptionReachesItsFault) {
   EXPECT_EQ(line.logFile, QStringLiteral("/tmp/b"));
   EXPECT_EQ(line.options.servos, Options::Servos::Several);
   EXPECT_TRUE(line.options.mute);
+  EXPECT_EQ(line.options.loseOneIn, 9);
   EXPECT_EQ(line.options.delay, 11ms);
   EXPECT_EQ(line.options.startUp, 22ms);
   EXPECT_EQ(line.options.splitSize, 3);
@@ -85,6 +87,7 @@ INSTANTIATE_TEST_SUITE_P(
     BadArguments, CommandLineRefusal,
     testing::Values(
         Refused{"--wobble", "Unknown option 'wobble'."}, Refused{"extra", "Unexpected argument 'extra'."},
+        Refused{"--lose 0", "--lose takes a number from 1 to 2147483647, not '0'."},
         Refused{"--delay", "Missing value after '--delay'."},
         Refused{"--delay soon", "--delay takes a number from 0 to 600000, not 'soon'."},
         Refused{"--delay=-1", "--delay takes a number from 0 to 600000, not '-1'."},

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace tavril::simulator {
 namespace {
 
@@ -19,6 +21,28 @@ TEST(Faults, AMuteBridgeActsAndSaysNothing) {
   EXPECT_EQ(bench.dueInTheEnd(), Deliveries{});
   EXPECT_EQ(bench.servo.read(1), 42);
   EXPECT_EQ(bench.endpoint.framesSeen(), 1);
+}
+
+TEST(Faults, ALossyLineLosesOneReplyInSoManyByTheSeed) {
+  const auto answered = [](std::uint32_t seed) {
+    EndpointBench bench({.loseOneIn = 5, .seed = seed});
+    std::vector<bool> came;
+    for (int i = 0; i < 1000; ++i) came.push_back(!bench.exchange(detect).empty());
+    return came;
+  };
+  const std::vector<bool> came = answered(1);
+  const auto lost = std::count(came.begin(), came.end(), false);
+  EXPECT_GT(lost, 150);
+  EXPECT_LT(lost, 250);
+  EXPECT_EQ(answered(1), came);
+  EXPECT_NE(answered(2), came);
+}
+
+TEST(Faults, ALostReplyIsLoggedAndItsCommandCarriedOut) {
+  EndpointBench bench({.loseOneIn = 1});
+  EXPECT_EQ(bench.exchange({0xFF, 0x07, 0x92, 0x01, 0x00, 0x2A, 0xFE}), Bytes{});
+  EXPECT_EQ(bench.servo.read(1), 42);
+  EXPECT_TRUE(bench.logLines().contains(QStringLiteral("<- FF 05 92 01 FE  lost on its way")));
 }
 
 TEST(Faults, ASlowBridgeRepliesAfterItsDelay) {

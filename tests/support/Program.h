@@ -12,6 +12,8 @@
 #include <memory>
 #include <string>
 
+#include <signal.h>
+
 namespace tavril {
 
 /// One of the system's programs, started as a user starts it. It runs from construction on, and no longer
@@ -50,8 +52,16 @@ class Program {
     return QString::fromLocal8Bit(process_.readLine()).trimmed();
   }
 
+  /// The same of the standard error output.
+  QString firstErrorLine() {
+    process_.setReadChannel(QProcess::StandardError);
+    return firstLine();
+  }
+
   bool isRunning() const { return process_.state() != QProcess::NotRunning; }
   void terminate() { process_.terminate(); }
+  /// As Ctrl-C does.
+  void interrupt() { ::kill(static_cast<pid_t>(process_.processId()), SIGINT); }
 
   /// Waits for the end. The longest run is a countdown, so this long without an end is a failure.
   const Outcome &outcome() {

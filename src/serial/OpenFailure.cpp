@@ -1,4 +1,4 @@
-#include "app/OpenFailure.h"
+#include "serial/OpenFailure.h"
 
 #include "serial/PosixError.h"
 

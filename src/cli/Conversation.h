@@ -1,0 +1,62 @@
+#pragma once
+
+#include "cli/Command.h"
+#include "cli/Line.h"
+
+#include <QString>
+
+#include <functional>
+#include <vector>
+
+namespace tavril::cli {
+
+struct ReplyScan;
+
+/// How long to wait for a reply, and how often to send a command again that got none.
+struct Patience {
+  Line::Time timeout{300};
+  int retries = 2;
+};
+
+/// Asks the bridge one thing at a time and makes sure that an answer belongs to its question.
+///
+/// Replies carry no number, so a late one cannot be told from a new one to the same command by its bytes. But
+/// the bridge answers in order. So the commands still without an answer are remembered, and when one that may
+/// yet get a late reply is to be sent again as a new question, a read of some other register goes first: once
+/// its answer is there, whatever was to come before has come. Throws a Failure when there is no answer.
+class Conversation {
+ public:
+  /// Told each frame, for the user to follow: "-> FF 04 90 FE  detect the servo".
+  using Trace = std::function<void(const QString &line)>;
+
+  Conversation(Line &line, Patience patience, Trace trace = nullptr);
+
+  /// The reply to the command; an error report of the bridge is a Failure.
+  QByteArray ask(const Command &command);
+  /// The same for questions whose answer does not change by itself: where anything else than replies came
+  /// along with it, asks again until two answers in a row agree, for there is no checksum.
+  QByteArray askSteady(const Command &command);
+  /// The reply to the command, which may be an error report.
+  QByteArray askOnce(const Command &command);
+
+ private:
+  struct Answer {
+    QByteArray reply;
+    bool noisy = false;
+  };
+  Answer exchange(const Command &command);
+  Answer attempt(const Command &command, bool mayFail);
+  bool mayStillBeAnswered(const Command &command) const;
+  void settle(const Command &command);
+  void crossOut(const QByteArray &reply);
+  void traceReplies(const ReplyScan &scan) const;
+  [[noreturn]] void refused(const Command &command, int error) const;
+
+  Line &line_;
+  const Patience patience_;
+  Trace trace_;
+  /// Sent and not answered, in the order of sending. Some will never be.
+  std::vector<Command> unanswered_;
+};
+
+}  // namespace tavril::cli

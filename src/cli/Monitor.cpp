@@ -1,0 +1,122 @@
+#include "cli/Monitor.h"
+
+#include "cli/Console.h"
+#include "cli/Failure.h"
+#include "cli/RegisterFacts.h"
+#include "cli/Servo.h"
+#include "cli/Session.h"
+#include "cli/SettingsFile.h"
+
+#include <QFile>
+
+#include <algorithm>
+#include <array>
+#include <memory>
+
+namespace tavril::cli {
+
+namespace {
+
+constexpr int torquePolicyRegister = 4;
+constexpr int mostMissed = 3;
+
+struct Column {
+  int number;
+  const char *title;
+};
+constexpr std::array<Column, 5> columns{
+    {{18, "voltage"}, {19, "temperature"}, {20, "load"}, {16, "error"}, {17, "detail"}}};
+
+struct Sample {
+  Line::Time time{0};
+  int position = 0;
+  std::array<int, columns.size()> values{};
+};
+
+Sample take(Session &session, Line::Time begun) {
+  Sample sample;
+  sample.time = session.line.now() - begun;
+  sample.position = session.servo.position();
+  for (std::size_t i = 0; i < columns.size(); ++i) {
+    sample.values[i] = session.servo.read(*findRegister(columns[i].number));
+  }
+  return sample;
+}
+
+QString secondsOf(const Sample &sample) {
+  return QString::number(static_cast<double>(sample.time.count()) / 1000.0, 'f', 3);
+}
+
+QString lineOf(const Sample &sample, int torquePolicy, const StringTable &strings) {
+  QString line = QStringLiteral("%1 s  position %2").arg(secondsOf(sample), 8).arg(sample.position, 4);
+  for (std::size_t i = 0; i < columns.size(); ++i) {
+    const RegisterRow &row = *findRegister(columns[i].number);
+    const bool isList = row.reply == ReplyValue::ErrorBits || row.reply == ReplyValue::DetailBits;
+    const QString value = isList ? meaningOf(row, sample.values[i], torquePolicy, strings)
+                                 : QStringLiteral("%1").arg(sample.values[i], 3);
+    line += QStringLiteral("  %1 %2").arg(QString::fromLatin1(columns[i].title), value);
+  }
+  return line + u'\n';
+}
+
+/// The samples as numbers, as they come: a line that stands in the file is whole.
+class CsvFile {
+ public:
+  CsvFile(const QString &path, bool mayReplace) : file_(path) {
+    expectNewFile(path, mayReplace);
+    const auto mode =
+        mayReplace ? QIODevice::WriteOnly | QIODevice::Truncate : QIODevice::WriteOnly | QIODevice::NewOnly;
+    if (!file_.open(mode | QIODevice::Unbuffered)) fail();
+    QStringList titles{QStringLiteral("time_s"), QStringLiteral("position")};
+    for (const Column &column : columns) titles.append(findRegister(column.number)->nameKey.toString());
+    writeLine(titles);
+  }
+
+  void add(const Sample &sample) {
+    QStringList cells{secondsOf(sample), QString::number(sample.position)};
+    for (const int value : sample.values) cells.append(QString::number(value));
+    writeLine(cells);
+  }
+
+ private:
+  void writeLine(const QStringList &cells) {
+    const QByteArray line = (cells.join(u',') + u'\n').toUtf8();
+    if (file_.write(line) != line.size()) fail();
+  }
+  [[noreturn]] void fail() const {
+    throw Failure{ExitCode::Failed,
+                  QStringLiteral("%1 could not be written: %2.").arg(file_.fileName(), file_.errorString())};
+  }
+
+  QFile file_;
+};
+
+}  // namespace
+
+void monitor(Session &session, const Options &options) {
+  std::unique_ptr<CsvFile> csv;
+  if (!options.csv.isEmpty()) csv = std::make_unique<CsvFile>(options.csv, options.force);
+  const int torquePolicy = session.servo.read(*findRegister(torquePolicyRegister));
+  const Line::Time begun = session.line.now();
+  Line::Time due = begun;
+  int taken = 0;
+  int missed = 0;
+  while (true) {
+    try {
+      const Sample sample = take(session, begun);
+      session.console.data(lineOf(sample, torquePolicy, session.strings));
+      if (csv) csv->add(sample);
+      missed = 0;
+      ++taken;
+    } catch (const NoAnswer &failure) {
+      if (++missed == mostMissed) throw;
+      session.console.status(QStringLiteral("a sample was left out: ") + failure.text);
+    }
+    if (options.count && taken >= *options.count) return;
+    // Not counted from the end of the sample, so that the times do not drift; what was overrun is left out.
+    due = std::max(due + options.interval, session.line.now());
+    session.line.pause(due - session.line.now());
+  }
+}
+
+}  // namespace tavril::cli

@@ -1,0 +1,153 @@
+#include "cli/Ports.h"
+
+#include "cli/Failure.h"
+#include "cli/JsonText.h"
+#include "cli/Table.h"
+#include "platform/DeviceRegistry.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include <algorithm>
+
+namespace tavril::cli {
+
+namespace {
+
+QString accessTo(const QString &path) {
+  const QFileInfo file(path);
+  if (!file.exists()) return QStringLiteral("gone");
+  if (file.isReadable() && file.isWritable()) return QStringLiteral("yes");
+  const QString group = file.group();
+  return group.isEmpty() || group == u"root" ? QStringLiteral("denied")
+                                             : QStringLiteral("denied (group %1)").arg(group);
+}
+
+QString commandOf(const QString &processFolder) {
+  QFile file(processFolder + QStringLiteral("/comm"));
+  return file.open(QIODevice::ReadOnly) ? QString::fromLocal8Bit(file.readAll()).trimmed() : QString();
+}
+
+QString named(const std::vector<PortInfo> &ports) {
+  QStringList lines;
+  for (const PortInfo &port : ports) lines.append(QStringLiteral("%1 (%2)").arg(port.name, port.path));
+  return lines.join(QStringLiteral(", "));
+}
+
+constexpr std::pair<const char *, QString (*)(const PortInfo &)> columns[] = {
+    {"name", [](const PortInfo &port) { return port.name; }},
+    {"path", [](const PortInfo &port) { return port.path; }},
+    {"product", [](const PortInfo &port) { return port.product; }},
+    {"serial_number", [](const PortInfo &port) { return port.serialNumber; }},
+    {"vid_pid", [](const PortInfo &port) { return port.vidPid(); }},
+    {"driver", [](const PortInfo &port) { return port.driver; }},
+    {"access", [](const PortInfo &port) { return port.access; }},
+    {"in_use_by", [](const PortInfo &port) { return port.inUseBy; }},
+};
+
+}  // namespace
+
+QString PortInfo::vidPid() const {
+  return vendorId.isEmpty() && productId.isEmpty() ? QString() : vendorId + u':' + productId;
+}
+
+QString holdersOf(const QString &path, const QString &procFolder) {
+  const QString wanted = QFileInfo(path).canonicalFilePath();
+  QStringList holders;
+  for (const QString &process : QDir(procFolder).entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::NoSort)) {
+    bool isProcess = false;
+    const int id = process.toInt(&isProcess);
+    if (!isProcess) continue;
+    const QString folder = procFolder + u'/' + process;
+    const QDir descriptors(folder + QStringLiteral("/fd"));
+    const QFileInfoList open =
+        descriptors.entryInfoList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot);
+    const bool holds = std::ranges::any_of(open, [&](const QFileInfo &descriptor) {
+      return !wanted.isEmpty() && descriptor.symLinkTarget() == wanted;
+    });
+    if (holds) holders.append(QStringLiteral("%1 (%2)").arg(commandOf(folder)).arg(id));
+  }
+  holders.sort();
+  return holders.join(QStringLiteral(", "));
+}
+
+std::vector<PortInfo> listPorts(DeviceRegistry &devices, const QString &procFolder) {
+  std::vector<PortInfo> ports;
+  const RegistryHandle walk = devices.matchingServices({});
+  while (const RegistryHandle device = devices.next(walk)) {
+    const auto property = [&](const char16_t *key) {
+      return devices.stringProperty(device, QString::fromUtf16(key));
+    };
+    PortInfo port;
+    port.name = property(DeviceKey::ttyDevice);
+    port.path = property(DeviceKey::calloutDevice);
+    port.product = property(DeviceKey::product);
+    port.serialNumber = property(DeviceKey::serialNumber);
+    port.vendorId = property(DeviceKey::vendorId);
+    port.productId = property(DeviceKey::productId);
+    port.driver = property(DeviceKey::driver);
+    port.access = accessTo(port.path);
+    port.inUseBy = holdersOf(port.path, procFolder);
+    devices.release(device);
+    ports.push_back(port);
+  }
+  devices.release(walk);
+  return ports;
+}
+
+QString choosePort(const std::vector<PortInfo> &ports, const QString &wanted) {
+  if (!wanted.isEmpty()) {
+    const auto found = std::ranges::find_if(
+        ports, [&](const PortInfo &port) { return port.name == wanted || port.path == wanted; });
+    if (found != ports.end()) return found->path;
+    if (wanted.contains(u'/')) return wanted;
+    throw Failure{
+        ExitCode::NoPort,
+        ports.empty()
+            ? QStringLiteral("there is no port \"%1\", nor any other: plug the adapter in.").arg(wanted)
+            : QStringLiteral("there is no port \"%1\". There are: %2.").arg(wanted, named(ports))};
+  }
+  std::vector<PortInfo> usb;
+  std::ranges::copy_if(ports, std::back_inserter(usb), &PortInfo::isUsb);
+  if (usb.size() == 1) return usb.front().path;
+  if (usb.empty()) {
+    throw Failure{
+        ExitCode::NoPort,
+        QStringLiteral("there is no USB serial port: plug in the servo's adapter, name a terminal with "
+                       "--port PATH, or try --demo.")};
+  }
+  throw Failure{
+      ExitCode::NoPort,
+      QStringLiteral("there are several ports: choose one with --port. There are: %1.").arg(named(usb))};
+}
+
+QString portsTable(const std::vector<PortInfo> &ports) {
+  Table table;
+  QStringList titles;
+  for (const auto &[title, value] : columns) titles.append(QString::fromLatin1(title).toUpper());
+  table.addRow(titles);
+  for (const PortInfo &port : ports) {
+    QStringList cells;
+    for (const auto &[title, value] : columns) {
+      const QString text = value(port);
+      cells.append(text.isEmpty() ? QStringLiteral("-") : text);
+    }
+    table.addRow(cells);
+  }
+  return table.text();
+}
+
+QString portsJson(const std::vector<PortInfo> &ports) {
+  QStringList rows;
+  for (const PortInfo &port : ports) {
+    QStringList members;
+    for (const auto &[title, value] : columns) {
+      members.append(jsonText(QString::fromLatin1(title)) + QStringLiteral(": ") + jsonText(value(port)));
+    }
+    rows.append(QStringLiteral("  {") + members.join(QStringLiteral(", ")) + u'}');
+  }
+  if (rows.isEmpty()) return QStringLiteral("[]\n");
+  return QStringLiteral("[\n") + rows.join(QStringLiteral(",\n")) + QStringLiteral("\n]\n");
+}
+
+}  // namespace tavril::cli

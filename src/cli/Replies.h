@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QByteArray>
+#include <QByteArrayView>
+
+#include <vector>
+
+namespace tavril::cli {
+
+struct Command;
+
+/// How long the whole, well-formed reply at the front of the bytes is; 0 when there is none. Well-formed: the
+/// marks, a known code, exactly the length that replies of this code have, and data that the protocol allows.
+qsizetype replyLengthAt(QByteArrayView bytes);
+
+/// What the bytes that came since a command was sent hold.
+struct ReplyScan {
+  QByteArray reply;                 ///< the first answer to the command, or else the first error report
+  std::vector<QByteArray> foreign;  ///< whole replies before it, to other commands
+  QByteArray noise;                 ///< all else before it
+  bool isErrorReport = false;
+
+  bool found() const { return !reply.isEmpty(); }
+};
+
+/// Looks for the answer to the command: a reply of its code that names its register, if replies of this code
+/// name one. An error report names no command; it stands in for the answer where there is none. Pure, so that
+/// it can be asked on any thread, as often as bytes come.
+ReplyScan scanForReply(const Command &command, const QByteArray &received);
+
+}  // namespace tavril::cli

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "cli/Command.h"
+
+#include <QStringList>
+
+namespace tavril::cli {
+
+struct Session;
+
+/// The command whose frame these hexadecimal bytes are, checked like a command that this program makes
+/// itself: marks, length, code, register and value. Throws a Failure that says what is wrong with it.
+Command commandFromHex(const QStringList &texts);
+
+/// Sends it and prints the reply with what it says. Throws a Failure when the bridge reports an error.
+void sendCommand(Session &session, const Command &command);
+
+}  // namespace tavril::cli

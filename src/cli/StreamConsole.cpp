@@ -1,0 +1,33 @@
+#include "cli/StreamConsole.h"
+
+#include "cli/Failure.h"
+
+#include <cerrno>
+#include <cstring>
+
+namespace tavril::cli {
+
+void StreamConsole::data(const QString &text) {
+  transient(QString());
+  const QByteArray bytes = text.toUtf8();
+  const auto size = static_cast<std::size_t>(bytes.size());
+  if (std::fwrite(bytes.constData(), 1, size, out_) == size && std::fflush(out_) == 0) return;
+  throw Failure{ExitCode::Failed, QStringLiteral("the output could not be written: %1.")
+                                      .arg(QString::fromLocal8Bit(std::strerror(errno)))};
+}
+
+void StreamConsole::status(const QString &line) {
+  transient(QString());
+  std::fputs((line + u'\n').toUtf8().constData(), err_);
+  std::fflush(err_);
+}
+
+void StreamConsole::transient(const QString &line) {
+  if (!isTerminal_ || (line.isEmpty() && !transientShown_)) return;
+  // Back to the line's beginning, the text, and nothing of what stood there before.
+  std::fputs((u'\r' + line + QStringLiteral("\033[K")).toUtf8().constData(), err_);
+  std::fflush(err_);
+  transientShown_ = !line.isEmpty();
+}
+
+}  // namespace tavril::cli

@@ -1,0 +1,163 @@
+#include "cli/CommandLine.h"
+
+#include <gtest/gtest.h>
+
+namespace tavril::cli {
+namespace {
+
+using std::chrono::milliseconds;
+
+CommandLine parse(const char *line) {
+  return CommandLine::parse(QString::fromLatin1(line).split(u' ', Qt::SkipEmptyParts),
+                            QStringLiteral("1.2.3"));
+}
+
+Options optionsOf(const char *text) {
+  const CommandLine line = parse(text);
+  EXPECT_FALSE(line.answer) << text << ": " << line.answer->text.toStdString();
+  return line.options;
+}
+
+struct Refused {
+  const char *line;
+  const char *text;
+};
+
+TEST(CtlCommandLine, HasDefaults) {
+  const Options options = optionsOf("detect");
+  EXPECT_EQ(options.verb, Verb::Detect);
+  EXPECT_EQ(options.timeout, milliseconds(300));
+  EXPECT_EQ(options.retries, 2);
+  EXPECT_EQ(options.bootWait, milliseconds(5000));
+  EXPECT_EQ(options.port, QString());
+  EXPECT_FALSE(options.demo || options.verbose || options.json || options.force);
+}
+
+TEST(CtlCommandLine, KnowsEveryCommand) {
+  const std::vector<std::pair<const char *, Verb>> commands{
+      {"ports", Verb::Ports},      {"detect", Verb::Detect},     {"read", Verb::Read},
+      {"write kp=1", Verb::Write}, {"dump f", Verb::Dump},       {"restore f", Verb::Restore},
+      {"diff f", Verb::Diff},      {"position", Verb::Position}, {"move 5", Verb::Move},
+      {"release", Verb::Release},  {"reboot", Verb::Reboot},     {"reset --yes", Verb::Reset},
+      {"monitor", Verb::Monitor},  {"send FF", Verb::Send}};
+  for (const auto &[line, verb] : commands) EXPECT_EQ(optionsOf(line).verb, verb) << line;
+  EXPECT_EQ(CommandLine::book(QStringLiteral("1")).commands.size(), commands.size());
+}
+
+TEST(CtlCommandLine, TakesCommonOptionsBeforeAndBehindTheCommand) {
+  for (const char *line :
+       {"--port /dev/x --timeout 50 --retries 0 --boot-wait 0 --verbose read kp ki --json",
+        "read kp ki --json --port /dev/x --timeout 50ms --retries 0 --boot-wait=0s --verbose"}) {
+    const Options options = optionsOf(line);
+    EXPECT_EQ(options.operands, (QStringList{QStringLiteral("kp"), QStringLiteral("ki")}));
+    EXPECT_EQ(options.port, QStringLiteral("/dev/x"));
+    EXPECT_EQ(options.timeout, milliseconds(50));
+    EXPECT_EQ(options.retries, 0);
+    EXPECT_EQ(options.bootWait, milliseconds(0));
+    EXPECT_TRUE(options.verbose && options.json);
+  }
+}
+
+TEST(CtlCommandLine, WaitsForNoBridgeInTheDemoUnlessToldTo) {
+  EXPECT_EQ(optionsOf("detect --demo").bootWait, milliseconds(0));
+  EXPECT_EQ(optionsOf("detect --demo --boot-wait 0.5").bootWait, milliseconds(500));
+}
+
+TEST(CtlCommandLine, TakesTheNameOfACommandForAnOperandBehindAnother) {
+  EXPECT_EQ(optionsOf("dump position").operands, QStringList{QStringLiteral("position")});
+}
+
+TEST(CtlCommandLine, HasTheOptionsOfItsCommands) {
+  EXPECT_TRUE(optionsOf("write kp=1 --dry-run").dryRun);
+  EXPECT_TRUE(optionsOf("restore f --dry-run").dryRun);
+  EXPECT_TRUE(optionsOf("dump f --force").force);
+  EXPECT_TRUE(optionsOf("move 5 --wait").wait);
+  const Options monitor = optionsOf("monitor --interval 20 --count 3 --csv f --force");
+  EXPECT_EQ(monitor.interval, milliseconds(20));
+  EXPECT_EQ(monitor.count, 3);
+  EXPECT_EQ(monitor.csv, QStringLiteral("f"));
+  EXPECT_TRUE(monitor.force);
+  EXPECT_FALSE(optionsOf("monitor").count);
+}
+
+TEST(CtlCommandLine, RefusesWhatCannotBeMeantAsAUsageError) {
+  const std::string help = " \"tavrilctl --help\" lists the commands and options.";
+  for (const auto &[line, text] : {
+           Refused{"", "a command is missing."},
+           Refused{"bogus", "The following argument was not expected: bogus."},
+           Refused{"read --bogus", "The following argument was not expected: --bogus."},
+           Refused{"write", "REGISTER=VALUE is required."},
+           Refused{"dump", "FILE is required."},
+           Refused{"diff a b c", "diff takes one file or two."},
+           Refused{"detect --timeout 0", "--timeout takes a time from 1 ms to 60000 ms, not \"0\"."},
+           Refused{"detect --timeout soon", "--timeout takes a time from 1 ms to 60000 ms, not \"soon\"."},
+           Refused{"detect --retries -1", "--retries takes a number from 0 to 100, not \"-1\"."},
+           Refused{"detect --retries 1.5", "--retries takes a number from 0 to 100, not \"1.5\"."},
+           Refused{"detect --boot-wait 601", "--boot-wait takes a time from 0 s to 600 s, not \"601\"."},
+           Refused{"monitor --count 0", "--count takes a number from 1 to 2147483647, not \"0\"."},
+           Refused{
+               "detect --demo --port x",
+               "--demo and --port exclude each other: the one is the virtual servo, the other a real one."},
+           Refused{"detect --generate x", "--generate takes bash, zsh, fish or man."},
+       }) {
+    const CommandLine parsed = parse(line);
+    ASSERT_TRUE(parsed.answer) << line;
+    EXPECT_EQ(parsed.answer->text.toStdString(), text + help) << line;
+    EXPECT_EQ(parsed.answer->status, 2) << line;
+  }
+}
+
+TEST(CtlCommandLine, ResetsOnlyWhenToldThatItIsMeant) {
+  const CommandLine parsed = parse("reset");
+  ASSERT_TRUE(parsed.answer);
+  EXPECT_EQ(parsed.answer->status, 2);
+  EXPECT_TRUE(parsed.answer->text.contains(QStringLiteral("--yes")));
+}
+
+TEST(CtlCommandLine, NeedsANameForThePort) {
+  const CommandLine parsed = CommandLine::parse(
+      {QStringLiteral("detect"), QStringLiteral("--port"), QString()}, QStringLiteral("1"));
+  ASSERT_TRUE(parsed.answer);
+  EXPECT_EQ(parsed.answer->status, 2);
+}
+
+TEST(CtlCommandLine, AnswersHelpAndVersion) {
+  EXPECT_EQ(parse("--version").answer->text, QStringLiteral("tavrilctl 1.2.3\n"));
+  for (const char *line : {"--help", "-h", "detect -h", "--help read"}) {
+    ASSERT_TRUE(parse(line).answer) << line;
+    EXPECT_EQ(parse(line).answer->status, 0) << line;
+  }
+  EXPECT_TRUE(parse("read --help").answer->text.contains(QStringLiteral("tavrilctl read")));
+}
+
+TEST(CtlCommandLine, DescribesEverythingInItsHelp) {
+  const CommandBook book = CommandLine::book(QStringLiteral("1"));
+  const auto expectDescribed = [](const QString &help, const std::vector<OptionEntry> &options) {
+    for (const OptionEntry &option : options) {
+      EXPECT_FALSE(option.description.isEmpty());
+      for (const QString &name : option.names) EXPECT_TRUE(help.contains(name)) << name.toStdString();
+    }
+  };
+  expectDescribed(parse("--help").answer->text, book.commonOptions);
+  for (const CommandEntry &command : book.commands) {
+    EXPECT_TRUE(parse("--help").answer->text.contains(command.description));
+    expectDescribed(parse(qPrintable(command.name + QStringLiteral(" --help"))).answer->text,
+                    command.options);
+  }
+}
+
+TEST(Durations, AreNumbersWithOrWithoutAUnit) {
+  const auto duration = [](const char *text) {
+    return durationOf(QString::fromLatin1(text), std::chrono::seconds(1));
+  };
+  EXPECT_EQ(duration("5"), milliseconds(5000));
+  EXPECT_EQ(duration("0.25"), milliseconds(250));
+  EXPECT_EQ(duration("250ms"), milliseconds(250));
+  EXPECT_EQ(duration("2s"), milliseconds(2000));
+  for (const char *text : {"", "s", "ms", "-1", "nan", "inf", "1e300", "5 m", "five"}) {
+    EXPECT_FALSE(duration(text)) << text;
+  }
+}
+
+}  // namespace
+}  // namespace tavril::cli

@@ -1,0 +1,87 @@
+#include "cli/RegisterFacts.h"
+#include "platform/StringTable.h"
+#include "tests/support/KeyTable.h"
+
+#include <gtest/gtest.h>
+
+namespace tavril::cli {
+namespace {
+
+int numberOf(const QString &text) {
+  const RegisterRow *row = registerNamed(text);
+  return row ? row->number : 0;
+}
+
+TEST(RegisterNames, AreTheKeysAndTheNumbers) {
+  for (const RegisterRow &row : registerCatalogue()) {
+    EXPECT_EQ(numberOf(row.nameKey.toString()), row.number);
+    EXPECT_EQ(numberOf(QString::number(row.number)), row.number);
+  }
+  EXPECT_EQ(numberOf(QStringLiteral("KP")), 9);
+  EXPECT_EQ(numberOf(QStringLiteral("max-load")), 8);
+}
+
+TEST(RegisterNames, UnderstandTheTemperatureSpeltRightToo) {
+  EXPECT_EQ(numberOf(QStringLiteral("max_tempertaure")), 5);
+  EXPECT_EQ(numberOf(QStringLiteral("max_temperature")), 5);
+}
+
+TEST(RegisterNames, AreNoneOutsideTheCatalogue) {
+  for (const char *text : {"0", "21", "-1", "", "kq", "9.0", "kp "}) {
+    EXPECT_EQ(numberOf(QString::fromLatin1(text)), 0) << text;
+  }
+}
+
+TEST(RegisterNames, SuggestTheNearestOne) {
+  EXPECT_TRUE(
+      unknownRegisterText(QStringLiteral("max_laod")).contains(QStringLiteral("Did you mean max_load?")));
+  EXPECT_TRUE(unknownRegisterText(QStringLiteral("kpp")).contains(QStringLiteral("Did you mean kp?")));
+  const QString far = unknownRegisterText(QStringLiteral("colour"));
+  EXPECT_FALSE(far.contains(QStringLiteral("Did you mean"))) << far.toStdString();
+  for (const RegisterRow &row : registerCatalogue()) EXPECT_TRUE(far.contains(row.nameKey));
+}
+
+TEST(SettingRanges, AreThoseOfTheEditor) {
+  const auto range = [](int number) { return settingRange(*findRegister(number)).text().toStdString(); };
+  EXPECT_EQ(range(1), "0 to 253");
+  EXPECT_EQ(range(5), "0 to 253");
+  EXPECT_EQ(range(8), "0 to 512");
+  EXPECT_EQ(range(9), "0 to 32766");
+  EXPECT_EQ(range(12), "0 to 255");
+  EXPECT_EQ(range(15), "-20 to 20");
+}
+
+TEST(SettingRanges, OfChoicesAreTheChoicesThereAre) {
+  EXPECT_EQ(settingRange(*findRegister(2)).maximum, 2);
+  EXPECT_EQ(settingRange(*findRegister(3)).maximum, 1);
+  EXPECT_EQ(settingRange(*findRegister(4)).maximum, 1);
+}
+
+TEST(RegisterValues, AreReadAsTheRegisterHasThem) {
+  EXPECT_EQ(registerValue(*findRegister(8), 1, 44), 300);
+  EXPECT_EQ(registerValue(*findRegister(15), 0xFF, 0xF6), -10);
+  EXPECT_EQ(registerValue(*findRegister(15), 0, 20), 20);
+  EXPECT_EQ(registerValue(*findRegister(5), 9, 80), 80);
+}
+
+TEST(Meaning, IsSaidInWords) {
+  const KeyTable strings;
+  const auto meaning = [&](int number, int value, std::optional<int> policy = 1) {
+    return meaningOf(*findRegister(number), value, policy, strings).toStdString();
+  };
+  EXPECT_EQ(meaning(2, 1), "answers status and read commands");
+  EXPECT_EQ(meaning(2, 7), "no known choice");
+  EXPECT_EQ(meaning(12, 12), "120 ms");
+  EXPECT_EQ(meaning(9, 440), "");
+  EXPECT_EQ(meaning(20, 20), "0.100 A");
+  EXPECT_EQ(meaning(16, 0), "none");
+  EXPECT_EQ(meaning(16, 5), "[StatusErrorMsg0]; [StatusErrorMsg2]");
+  EXPECT_EQ(meaning(16, 0x10), "none");
+  EXPECT_EQ(meaning(17, 0x40, 0), "[StatusDetailMsg60]");
+  EXPECT_EQ(meaning(17, 0x40, 1), "[StatusDetailMsg61]");
+  EXPECT_EQ(meaning(17, 0x40, std::nullopt), "[StatusDetailMsg60] (or: [StatusDetailMsg61])");
+  EXPECT_EQ(meaning(17, 0x10, std::nullopt), "[StatusDetailMsg4]");
+}
+
+}  // namespace
+}  // namespace tavril::cli

@@ -1,0 +1,117 @@
+#include "cli/Command.h"
+#include "cli/FrameWords.h"
+#include "cli/Replies.h"
+
+#include <gtest/gtest.h>
+
+namespace tavril::cli {
+namespace {
+
+QByteArray bytes(const char *hex) {
+  return QByteArray::fromHex(hex);
+}
+
+QByteArray found(const Command &command, const char *hex) {
+  return scanForReply(command, bytes(hex)).reply.toHex(' ').toUpper();
+}
+
+TEST(Command, IsBuiltByteByByteAndPaddedTo50) {
+  EXPECT_EQ(Command::detect().frame(), bytes("FF0490FE"));
+  EXPECT_EQ(Command::readRegister(8).frame(), bytes("FF059108FE"));
+  EXPECT_EQ(Command::writeRegister(8, 300).frame(), bytes("FF079208012CFE"));
+  EXPECT_EQ(Command::writeRegister(15, -10).frame(), bytes("FF07920FFFF6FE"));
+  EXPECT_EQ(Command::writeRegister(15, 20).frame(), bytes("FF07920F0014FE"));
+  EXPECT_EQ(Command::setPosition(1023).frame(), bytes("FF069603FFFE"));
+  EXPECT_EQ(Command::readPosition().frame(), bytes("FF0497FE"));
+  EXPECT_EQ(Command::readRegister(16).transmission(), bytes("FF059110FE") + QByteArray(45, '\0'));
+}
+
+TEST(Replies, TakesOneWholeReplyToTheCommandSent) {
+  EXPECT_EQ(found(Command::readRegister(8), "FF079108012CFE"), "FF 07 91 08 01 2C FE");
+  EXPECT_EQ(found(Command::detect(), "FF059001FE"), "FF 05 90 01 FE");
+  EXPECT_EQ(found(Command::readPosition(), "FF069703FFFE"), "FF 06 97 03 FF FE");
+}
+
+TEST(Replies, WaitsForTheLastByte) {
+  const QByteArray whole = bytes("FF079108012CFE");
+  for (qsizetype length = 0; length < whole.size(); ++length) {
+    EXPECT_FALSE(scanForReply(Command::readRegister(8), whole.first(length)).found()) << length;
+  }
+}
+
+TEST(Replies, SkipsNoiseAndTellsOfIt) {
+  const ReplyScan scan = scanForReply(Command::readRegister(8), bytes("00FFFF0591FF079108012CFE"));
+  EXPECT_EQ(scan.reply, bytes("FF079108012CFE"));
+  EXPECT_EQ(scan.noise, bytes("00FFFF0591"));
+}
+
+TEST(Replies, SkipsRepliesToOtherCommands) {
+  const ReplyScan scan =
+      scanForReply(Command::readRegister(8), bytes("FF079107000AFE FF059001FE FF059208FE FF079108012CFE"));
+  EXPECT_EQ(scan.reply, bytes("FF079108012CFE"));
+  EXPECT_EQ(scan.foreign.size(), 3U);
+  EXPECT_TRUE(scan.noise.isEmpty());
+}
+
+TEST(Replies, TakesTheRegisterAtItsWord) {
+  EXPECT_EQ(found(Command::readRegister(8), "FF079109012CFE"), "");
+  EXPECT_EQ(found(Command::writeRegister(8, 300), "FF059209FE"), "");
+  EXPECT_EQ(found(Command::writeRegister(8, 300), "FF059208FE"), "FF 05 92 08 FE");
+}
+
+TEST(Replies, TakesNoReplyOfAnotherLengthThanItsCodeHas) {
+  EXPECT_EQ(found(Command::readRegister(8), "FF0691082CFE"), "");
+  EXPECT_EQ(found(Command::readRegister(8), "FF089108012C00FE"), "");
+  EXPECT_EQ(found(Command::readRegister(8), "FF0491FE"), "");
+  EXPECT_EQ(found(Command::detect(), "FF0490FE"), "");
+}
+
+TEST(Replies, TakesNoReplyWithoutItsMarks) {
+  EXPECT_EQ(found(Command::readRegister(8), "FE079108012CFE"), "");
+  EXPECT_EQ(found(Command::readRegister(8), "FF079108012CFD"), "");
+}
+
+TEST(Replies, TakesNoDataThatTheProtocolDoesNotHave) {
+  EXPECT_EQ(found(Command::detect(), "FF059003FE"), "");
+  EXPECT_EQ(found(Command::readPosition(), "FF06970400FE"), "");
+}
+
+TEST(Replies, TakesAReleaseWhateverItCarries) {
+  const Command release{CommandCode::ReleaseServo, {}};
+  EXPECT_EQ(found(release, "FF0493FE"), "FF 04 93 FE");
+  EXPECT_EQ(found(release, "FF05930AFE"), "FF 05 93 0A FE");
+}
+
+TEST(Replies, PrefersTheAnswerToAnErrorReport) {
+  const ReplyScan alone = scanForReply(Command::readRegister(8), bytes("FF05F904FE"));
+  EXPECT_TRUE(alone.isErrorReport);
+  EXPECT_EQ(alone.reply, bytes("FF05F904FE"));
+  const ReplyScan both = scanForReply(Command::readRegister(8), bytes("FF05F904FEFF079108012CFE"));
+  EXPECT_FALSE(both.isErrorReport);
+  EXPECT_EQ(both.reply, bytes("FF079108012CFE"));
+}
+
+TEST(Replies, FindsNothingInTheTailOfAReplyThatBeginsBeforeTheCommand) {
+  EXPECT_EQ(found(Command::readRegister(8), "FFF6FE FF079108012CFE"), "FF 07 91 08 01 2C FE");
+  EXPECT_EQ(found(Command::readRegister(8), "08012CFE"), "");
+}
+
+TEST(Replies, FindsNoAnswerInTheWrongPlaceBehindAnyPieceOfAnother) {
+  const QByteArray other = bytes("FF079108FF07FE");
+  const QByteArray own = bytes("FF079108012CFE");
+  for (qsizetype length = 0; length < other.size(); ++length) {
+    EXPECT_EQ(scanForReply(Command::readRegister(8), other.first(length) + own).reply, own) << length;
+  }
+}
+
+TEST(FrameWords, SayWhatFramesMean) {
+  EXPECT_EQ(commandInWords(Command::writeRegister(15, -10)).toStdString(), "write -10 to calibration_angle");
+  EXPECT_EQ(commandInWords(Command::setPosition(1000)).toStdString(), "go to position 1000");
+  EXPECT_EQ(replyInWords(bytes("FF07910FFFF6FE")).toStdString(), "calibration_angle is -10");
+  EXPECT_EQ(replyInWords(bytes("FF059002FE")).toStdString(), "several servos");
+  EXPECT_EQ(replyInWords(bytes("FF05F903FE")).toStdString(), "value out of range (error 3)");
+  EXPECT_EQ(replyInWords(bytes("FF05F963FE")).toStdString(), "unknown error 99");
+}
+
+}  // namespace
+}  // namespace tavril::cli
