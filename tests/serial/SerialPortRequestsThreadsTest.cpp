@@ -190,8 +190,7 @@ TEST_F(SerialPortRequestsOnThreads, APortDroppedOnAnotherThreadGoesWithItsReques
   EXPECT_TRUE(waitFor([&] { return bench.terminal.count(Call::Close) == 1; }));
 }
 
-// -----------------------------------------------------------------------------------------------------
-// hammering
+// ------------------------------------------------------------------------------------------------ hammering
 
 std::size_t openDescriptors() {
   const std::filesystem::directory_iterator all("/proc/self/fd");
