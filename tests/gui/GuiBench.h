@@ -8,7 +8,6 @@
 #include "platform/AlertErrorPresenter.h"
 #include "platform/Desktop.h"
 #include "platform/NotificationCenter.h"
-#include "platform/ProcessExit.h"
 #include "platform/linux/PosixTerminalCalls.h"
 #include "platform/linux/QtMainQueue.h"
 #include "platform/linux/QtTimers.h"
@@ -25,6 +24,7 @@
 #include "tests/support/FakeDevices.h"
 #include "tests/support/FaultyTerminalCalls.h"
 #include "tests/support/MemoryFiles.h"
+#include "tests/support/RecordingExit.h"
 #include "tests/support/RecordingLog.h"
 #include "tests/support/RecordingUserNotifications.h"
 #include "tests/support/RecordingWait.h"
@@ -50,12 +50,6 @@ inline QAbstractButton *alertButton() {
   const auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
   return box && !box->buttons().isEmpty() ? box->buttons().constFirst() : nullptr;
 }
-
-/// Exit handlers that nobody runs: the window's test ends by itself.
-class NoExit final : public ProcessExit {
- public:
-  int registerHandler(std::function<void()>) override { return 0; }
-};
 
 /// The whole editor in one process on a virtual servo: real window, queue, timers, threads and terminal.
 /// Alerts are answered in advance, and the long waits are only noted.
@@ -167,7 +161,7 @@ class GuiBench : public testing::Test {
   FakeDevices devices;
   SharedState state;
   PortRegistry ports{state.allSerialPortsInfo};
-  NoExit processExit;
+  RecordingExit processExit;
   SerialEnvironment serial{mainQueue, background, terminal, devices, notifications, processExit, log, ports};
   ThreadBackground background;
   std::mutex trafficMutex;

@@ -164,55 +164,12 @@ TEST_F(SerialPortOnPty, ASpeedOutsideTheListIsReportedUnlessItIsAllowed) {
 }
 
 TEST_F(SerialPortOnPty, ADescriptorOfZeroIsAFailure) {
-  class ZeroCalls final : public TerminalCalls {
-   public:
-    explicit ZeroCalls(TerminalCalls &real) : real_(real) {}
-    CallResult open(const std::string &) override { return CallResult::success(0); }
-    CallResult close(int descriptor) override {
-      closed.push_back(descriptor);
-      return CallResult::success();
-    }
-    CallResult lock(int d) override { return real_.lock(d); }
-    CallResult unlock(int d) override { return real_.unlock(d); }
-    CallResult clearStatusFlags(int d) override { return real_.clearStatusFlags(d); }
-    CallResult stopBlocking(int d) override { return real_.stopBlocking(d); }
-    CallResult attributes(int d, termios &a) override { return real_.attributes(d, a); }
-    CallResult setAttributes(int d, WhenToApply w, const termios &a) override {
-      return real_.setAttributes(d, w, a);
-    }
-    CallResult setSpeed(termios &a, unsigned long b) override { return real_.setSpeed(a, b); }
-    CallResult setFlowControl(termios &a, const FlowControl &f) override {
-      return real_.setFlowControl(a, f);
-    }
-    CallResult setArbitrarySpeed(int d, unsigned long b) override { return real_.setArbitrarySpeed(d, b); }
-    CallResult pins(int d, int &p) override { return real_.pins(d, p); }
-    CallResult setPins(int d, int p) override { return real_.setPins(d, p); }
-    CallResult waitForInput(int d, int w, std::chrono::milliseconds t) override {
-      return real_.waitForInput(d, w, t);
-    }
-    CallResult read(int d, std::span<std::byte> b) override { return real_.read(d, b); }
-    CallResult write(int d, std::span<const std::byte> b) override { return real_.write(d, b); }
-    CallResult openWake() override { return real_.openWake(); }
-    void wake(int d) override { real_.wake(d); }
-    void closeWake(int d) override { real_.closeWake(d); }
-    std::vector<int> closed;
-
-   private:
-    TerminalCalls &real_;
-  };
-  ZeroCalls zero(bench.posix);
-  const SerialEnvironment environment{bench.mainQueue,     bench.background,  zero,      bench.devices,
-                                      bench.notifications, bench.processExit, bench.log, bench.ports};
-  const RegistryHandle device = bench.devices.handleOf("ttyS9", "/dev/ttyS9");
-  {
-    const auto odd = SerialPort::initWithDevice(environment, device);
-    odd->setDelegate(delegate);
-    EXPECT_FALSE(odd->open());
-    EXPECT_FALSE(odd->isOpen());
-  }
-  bench.devices.release(device);
+  bench.terminal.answer(Call::Open, 0);
+  bench.terminal.answer(Call::Close, 0);  // the real 0 is this process's standard input
+  EXPECT_FALSE(port->open());
+  EXPECT_FALSE(port->isOpen());
   EXPECT_EQ(delegate->events.size(), 1);
-  EXPECT_EQ(zero.closed, std::vector<int>{0});
+  EXPECT_EQ(bench.terminal.closed(), std::vector<int>{0});
 }
 
 // -------------------------------------------------------------------------------------------- one opener

@@ -45,9 +45,15 @@ class FaultyTerminalCalls final : public TerminalCalls {
     const std::lock_guard lock(mutex_);
     faults_[call] = {error, times};
   }
+  /// All calls of this kind give this value from now on, and are not made.
+  void answer(Call call, long value) {
+    const std::lock_guard lock(mutex_);
+    answers_[call] = value;
+  }
   void heal(Call call) {
     const std::lock_guard lock(mutex_);
     faults_.erase(call);
+    answers_.erase(call);
   }
   /// Pins of a line that has some; nothing: the real line's.
   void setPinsOfLine(std::optional<int> pins) {
@@ -62,6 +68,11 @@ class FaultyTerminalCalls final : public TerminalCalls {
     const std::lock_guard lock(mutex_);
     const auto found = counts_.find(call);
     return found == counts_.end() ? 0 : found->second;
+  }
+  /// The descriptors that were to be closed.
+  std::vector<int> closed() const {
+    const std::lock_guard lock(mutex_);
+    return closed_;
   }
   /// How many reads brought something, and how many bytes in all.
   int readsWithBytes() const {
@@ -141,6 +152,10 @@ class FaultyTerminalCalls final : public TerminalCalls {
     return pass(Call::Write, [&] { return real_.write(descriptor, bytes); });
   }
   CallResult close(int descriptor) override {
+    {
+      const std::lock_guard lock(mutex_);
+      closed_.push_back(descriptor);
+    }
     return pass(Call::Close, [&] { return real_.close(descriptor); });
   }
   CallResult openWake() override {
@@ -171,6 +186,9 @@ class FaultyTerminalCalls final : public TerminalCalls {
         if (fault->second.times > 0 && --fault->second.times == 0) faults_.erase(fault);
         return CallResult::failure(error);
       }
+      if (const auto answer = answers_.find(call); answer != answers_.end()) {
+        return CallResult::success(answer->second);
+      }
     }
     return real();
   }
@@ -178,7 +196,9 @@ class FaultyTerminalCalls final : public TerminalCalls {
   TerminalCalls &real_;
   mutable std::mutex mutex_;
   std::map<Call, Fault> faults_;
+  std::map<Call, long> answers_;
   std::map<Call, int> counts_;
+  std::vector<int> closed_;
   std::vector<Call> order_;
   int readsWithBytes_ = 0;
   long bytesRead_ = 0;

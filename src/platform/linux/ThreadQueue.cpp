@@ -123,10 +123,10 @@ void ThreadQueue::queueTicks(QueueTimer::Clock::time_point now) {
 void ThreadQueue::forgetCancelled() {
   Timers cancelled;  // go without the lock: what their jobs hold may come back to the queue as it goes
   const std::lock_guard lock(mutex_);
-  const auto gone =
-      std::ranges::stable_partition(timers_, [](const auto &timer) { return !timer->isCancelled(); });
-  cancelled.assign(gone.begin(), gone.end());
-  timers_.erase(gone.begin(), gone.end());
+  const auto gone = std::stable_partition(timers_.begin(), timers_.end(),
+                                          [](const auto &timer) { return !timer->isCancelled(); });
+  cancelled.assign(gone, timers_.end());
+  timers_.erase(gone, timers_.end());
   timersChanged_ = true;
   jobCame_.notify_one();
 }
