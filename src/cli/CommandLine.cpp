@@ -297,7 +297,7 @@ CommandLine CommandLine::parse(const QStringList &arguments, const QString &vers
   CommandLine line;
   try {
     std::vector<std::string> reversed;  // so the library wants them
-    for (auto it = arguments.rbegin(); it != arguments.rend(); ++it) reversed.push_back(it->toStdString());
+    for (const QString &argument : arguments) reversed.insert(reversed.begin(), argument.toStdString());
     definitions.app.parse(std::move(reversed));
     if (!definitions.generate.empty()) {
       line.answer = Answer{generated(definitions.generate, book(version)), 0};

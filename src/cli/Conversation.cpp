@@ -41,7 +41,7 @@ QByteArray Conversation::askSteady(const Command &command) {
   for (int reading = 2; reading <= mostReadings; ++reading) {
     const QByteArray before = answer.reply;
     answer = exchange(command);
-    if (answer.reply == before) return before;
+    if (answer.reply == before) return answer.reply;
   }
   throw NoAnswer{
       ExitCode::Failed,
