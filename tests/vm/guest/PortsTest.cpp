@@ -1,7 +1,11 @@
 // Which ports are listed, under which names, and what is told of those that come and go.
 #include "serial/SerialPort.h"
 #include "serial/SerialPortManager.h"
+#include "tests/vm/guest/GadgetServo.h"
 #include "tests/vm/guest/KernelBench.h"
+
+#include <QProcess>
+#include <QTest>
 
 #include <sys/stat.h>
 
@@ -89,6 +93,43 @@ TEST_F(Ports, GivesTheNodeToItsGroupBeforeThePortIsTold) {
   EXPECT_TRUE(looked);
   EXPECT_EQ(status.st_mode & 0777u, 0660u);
   EXPECT_EQ(status.st_gid, 20u) << "the group dialout";
+}
+
+TEST_F(Ports, NamesAndUsesAnAdapterOfTheModemClass) {
+  start();
+  GadgetServo gadget;
+  ASSERT_TRUE(gadget.plugIn());
+  const QString name = QStringLiteral("usbmodem-ttyACM0");
+  ASSERT_TRUE(listed({name}));
+  ASSERT_TRUE(waitFor([this] { return house->state.allSerialPortsInfo.size() == 1; }));
+  const auto port = house->state.allSerialPortsInfo.at(0);
+  EXPECT_EQ(port->path(), QStringLiteral("/dev/ttyACM0"));
+  EXPECT_EQ(house->devices.stringProperty(port->IOKitDevice(), QString::fromUtf16(DeviceKey::driver)),
+            QStringLiteral("cdc_acm"));
+  house->connectToServo();
+  ASSERT_TRUE(readOut());
+  ASSERT_TRUE(gadget.pullOut());
+  expectRemovalHandled();
+}
+
+/// udev may tell of a device again: "change", or "add" when somebody triggers it.
+TEST_F(Ports, AreListedOnceHoweverOftenUdevTellsOfThem) {
+  start();
+  host->plugIn(0);
+  ASSERT_TRUE(listed({QString::fromUtf16(first)}));
+  ASSERT_TRUE(waitFor([this] { return house->state.allSerialPortsInfo.size() == 1; }));
+  house->user.seen.clear();
+  for (const char *action : {"change", "add"}) {
+    ASSERT_EQ(QProcess::execute(QStringLiteral("/bin/udevadm"),
+                                {QStringLiteral("trigger"), QStringLiteral("--settle"),
+                                 QStringLiteral("--subsystem-match=tty"),
+                                 QStringLiteral("--action=") + QString::fromLatin1(action)}),
+              0);
+    QTest::qWait(200);
+  }
+  EXPECT_TRUE(listed({QString::fromUtf16(first)}));
+  EXPECT_EQ(house->user.seen, QStringList());
+  EXPECT_EQ(house->userNotifications.delivered.size(), 1u);
 }
 
 }  // namespace
