@@ -117,7 +117,9 @@ TEST_F(Programs, TellThatNoPortIsThere) {
 TEST_F(Programs, TellThatThePlugWasPulledDuringTheStartUpWait) {
   plugIn();
   run(report());
-  host->pullOutIn(0, 3s);
+  ASSERT_TRUE(
+      waitFor([this] { return Residue::now(process.processId()).holds(QStringLiteral("/dev/ttyUSB0")); }));
+  host->pullOutIn(0, 1s);
   EXPECT_EQ(status(), 1);
   EXPECT_TRUE(err.startsWith("tavril: the port usbserial-ttyUSB0 was removed while it was being read"))
       << err.toStdString();

@@ -16,6 +16,8 @@ class Residue {
 
   int threads() const { return static_cast<int>(threadNames_.size()); }
   QString threadNames() const { return threadNames_.join(QStringLiteral(", ")); }
+  /// A descriptor leads to this path.
+  bool holds(const QString &path) const { return descriptors_.values().contains(path); }
   /// The descriptors that are open here and not there, with what they lead to.
   QString openedSince(const Residue &before) const;
 
