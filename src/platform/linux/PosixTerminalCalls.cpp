@@ -32,9 +32,16 @@ CallResult repeatedWhileInterrupted(Call call) {
   }
 }
 
-/// A line whose device is gone answers EIO or ENODEV here; above, that is ENXIO.
-CallResult withGoneTranslated(CallResult result) {
-  if (result.failed() && (result.error == EIO || result.error == ENODEV)) result.error = ENXIO;
+bool isHungUp(int descriptor) {
+  pollfd watched{descriptor, 0, 0};
+  return ::poll(&watched, 1, 0) > 0 && (watched.revents & POLLHUP) != 0;
+}
+
+/// A line whose device is gone answers ENODEV or EIO here; above, that is ENXIO. The drivers also make an EIO
+/// of a single USB transfer that failed, with the device still there: then the line is not hung up.
+CallResult withGoneTranslated(CallResult result, int descriptor) {
+  if (!result.failed()) return result;
+  if (result.error == ENODEV || (result.error == EIO && isHungUp(descriptor))) result.error = ENXIO;
   return result;
 }
 
@@ -135,7 +142,7 @@ CallResult PosixTerminalCalls::pins(int descriptor, int &pins) {
     noteMissingPins();
     return CallResult::success();
   }
-  return withGoneTranslated(result);
+  return withGoneTranslated(result, descriptor);
 }
 
 CallResult PosixTerminalCalls::setPins(int descriptor, int pins) {
@@ -144,7 +151,7 @@ CallResult PosixTerminalCalls::setPins(int descriptor, int pins) {
     noteMissingPins();
     return CallResult::success();
   }
-  return withGoneTranslated(result);
+  return withGoneTranslated(result, descriptor);
 }
 
 void PosixTerminalCalls::noteMissingPins() {

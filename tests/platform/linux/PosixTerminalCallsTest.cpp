@@ -362,8 +362,8 @@ TEST_F(PosixTerminalCallsTest, AHungUpLineIsADeviceThatIsGone) {
 
 TEST_F(PosixTerminalCallsTest, OnlyTheErrorsOfAMissingDeviceCountAsOne) {
   opened();
-  const std::vector<std::pair<int, int>> translations{{EIO, ENXIO},     {ENODEV, ENXIO}, {ENXIO, ENXIO},
-                                                      {EINVAL, EINVAL}, {EPERM, EPERM},  {EPROTO, EPROTO}};
+  const std::vector<std::pair<int, int>> translations{
+      {ENODEV, ENXIO}, {ENXIO, ENXIO}, {EINVAL, EINVAL}, {EPERM, EPERM}, {EPROTO, EPROTO}};
   for (const auto &[given, told] : translations) {
     int pins = 0;
     terminalFaults().modemLines = {given, 1};
@@ -372,6 +372,15 @@ TEST_F(PosixTerminalCallsTest, OnlyTheErrorsOfAMissingDeviceCountAsOne) {
     EXPECT_EQ(calls.setPins(descriptor, 0).error, told) << given;
   }
   EXPECT_TRUE(log.lines().isEmpty());
+}
+
+TEST_F(PosixTerminalCallsTest, AFailedTransferOnALineThatIsNotHungUpIsNoMissingDevice) {
+  opened();
+  int pins = 0;
+  terminalFaults().modemLines = {EIO, 1};
+  EXPECT_EQ(calls.pins(descriptor, pins).error, EIO);
+  terminalFaults().modemLines = {EIO, 1};
+  EXPECT_EQ(calls.setPins(descriptor, 0).error, EIO);
 }
 
 // ------------------------------------------------------------------------------------------------- closing
