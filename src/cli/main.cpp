@@ -99,7 +99,10 @@ struct House {
 QString startVirtualServo(House &house) {
   QString error;
   if (!house.virtualServo.start(&error)) {
-    throw Failure{ExitCode::Failed, QStringLiteral("the virtual servo could not be started: %1").arg(error)};
+    throw Failure{
+        ExitCode::Failed,
+        QStringLiteral("the virtual servo could not be started: %1. Close other programs and retry.")
+            .arg(error)};
   }
   return house.virtualServo.path();
 }
@@ -129,7 +132,10 @@ std::shared_ptr<SerialPort> portAt(House &house, const QString &path) {
     // Terminals that were named come first.
     if (auto port = SerialPort::serialPortWithPath(house.serial, info.path)) return port;
   }
-  throw Failure{ExitCode::NoPort, QStringLiteral("there is no serial terminal at %1.").arg(path)};
+  throw Failure{
+      ExitCode::NoPort,
+      QStringLiteral("there is no serial terminal at %1: choose one that \"tavrilctl ports\" lists.")
+          .arg(path)};
 }
 
 /// Acts when a signal comes that ends the program; while the event loop runs.

@@ -41,6 +41,7 @@ std::vector<Result> Examination::run(const Listener &listener) {
     results_.push_back(result);
     if (listener.found) listener.found(result);
   }
+  probe_.close();
   return results_;
 }
 

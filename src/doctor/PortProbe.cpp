@@ -104,6 +104,8 @@ void PortProbe::close() {
   if (locked_) terminal_.unlock(descriptor_);
   terminal_.close(descriptor_);
   descriptor_ = -1;
+  locked_ = false;
+  original_.reset();
 }
 
 }  // namespace tavril::doctor

@@ -38,12 +38,14 @@ class PortProbe {
   /// Adds what comes to `heard` until the rule accepts it or the time is over. Without a rule: until then.
   End listen(Time duration, QByteArray &heard, const Rule &rule = nullptr);
 
+  /// Puts the line settings back and lets go of the port. Harmless when it is not open.
+  void close();
+
   void cancel();
   bool isCancelled() const { return cancelled_; }
 
  private:
   bool isOpen() const { return descriptor_ >= 0; }
-  void close();
 
   TerminalCalls &terminal_;
   int descriptor_ = -1;

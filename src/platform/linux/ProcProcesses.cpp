@@ -1,5 +1,7 @@
 #include "platform/linux/ProcProcesses.h"
 
+#include "platform/PrintableText.h"
+
 #include <QDir>
 #include <QFileInfo>
 
@@ -13,7 +15,8 @@ namespace {
 
 QString nameOf(const QString &processFolder) {
   QFile file(processFolder + QStringLiteral("/comm"));
-  return file.open(QIODevice::ReadOnly) ? QString::fromLocal8Bit(file.readAll()).trimmed() : QString();
+  return file.open(QIODevice::ReadOnly) ? printableText(QString::fromLocal8Bit(file.readAll()).trimmed())
+                                        : QString();
 }
 
 /// Whether the descriptor is the other end of the pseudo-terminal, through which nobody is in the way.

@@ -1,6 +1,7 @@
 #include "platform/linux/UdevUsbBus.h"
 
 #include "platform/DeviceRegistry.h"
+#include "platform/PrintableText.h"
 #include "platform/linux/UdevTty.h"
 
 #include <libudev.h>
@@ -77,7 +78,7 @@ UsbAdapter adapterOf(udev_device *terminal) {
 UsbAdapter adapterWithoutTerminal(udev_device *interface, udev_device *usbDevice) {
   UsbAdapter adapter;
   const auto attribute = [](udev_device *device, const char *name) {
-    return text(udev_device_get_sysattr_value(device, name)).trimmed();
+    return printableText(text(udev_device_get_sysattr_value(device, name)).trimmed());
   };
   const QString vendorId = attribute(usbDevice, "idVendor");
   const bool isModem =

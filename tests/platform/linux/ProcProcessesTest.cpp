@@ -66,6 +66,11 @@ TEST_F(ProcProcessesTest, FindsProgramsByTheirNames) {
   EXPECT_THAT(processes().named({QStringLiteral("brltty")}), IsEmpty());
 }
 
+TEST_F(ProcProcessesTest, DoesNotLetAProgramsNameSteerTheTerminal) {
+  add(QStringLiteral("9"), "\x1b[2Jx", {tty_});
+  EXPECT_EQ(processes().holding(tty_).front().name, QStringLiteral("?[2Jx"));
+}
+
 TEST(ProcProcesses, DoesNotCountWhoServesTheOtherEndOfAPseudoTerminal) {
   const Pty served;
   const Pty other;
