@@ -358,6 +358,8 @@ void SerialPort::readLoop(const std::weak_ptr<SerialPort> &weak,
 /// counts as readable for ever) or the wait itself fails, and the loop must not spin.
 bool SerialPort::readOnce(LineSession &session) {
   TerminalCalls &calls = environment_.terminal;
+  const auto place = session.takePlace(inputTimeout);
+  if (!place) return true;
   if (!selectSemaphore_.try_acquire_for(inputTimeout)) return true;
   const CallResult ready =
       session.hasEnded() ? CallResult::success()
@@ -365,7 +367,7 @@ bool SerialPort::readOnce(LineSession &session) {
   selectSemaphore_.release();
   if (session.hasEnded()) return true;
   if (ready.failed()) {
-    notifyDelegateOfPosixError(ready.error);
+    notifyDelegateOfPosixError(ready.error, false, place);
     return false;
   }
   if (ready.value == 0) return true;
@@ -376,14 +378,14 @@ bool SerialPort::readOnce(LineSession &session) {
     return session.hasEnded() ? CallResult::success() : calls.read(fd, buffer);
   });
   if (got.value <= 0) return false;
-  receiveData(QByteArray(reinterpret_cast<const char *>(buffer.data()), got.value));
+  receiveData(QByteArray(reinterpret_cast<const char *>(buffer.data()), got.value), place);
   return true;
 }
 
-void SerialPort::receiveData(const QByteArray &bytes) {
+void SerialPort::receiveData(const QByteArray &bytes, const std::shared_ptr<void> &place) {
   if (!delegateRespondsTo(SerialPortCallback::DidReceiveData)) return;
   // Bytes that wait to be told do not keep a port alive: under steady traffic it would otherwise never go.
-  environment_.mainQueue.async([weak = weak_from_this(), bytes] {
+  environment_.mainQueue.async([weak = weak_from_this(), bytes, place] {
     const Ptr self = weak.lock();
     const auto delegate = self ? self->delegate() : nullptr;
     if (delegate && delegate->respondsTo(SerialPortCallback::DidReceiveData)) {
@@ -402,6 +404,8 @@ CallResult SerialPort::withDescriptor(const std::function<CallResult(int)> &call
 // -------------------------------------------------------------------------------------------------- pins
 
 void SerialPort::pollPins(const std::shared_ptr<LineSession> &session) {
+  const auto place = session->takePlace({});
+  if (!place) return;
   int pins = 0;
   const CallResult read = withDescriptor([&](int fd) {
     return session->hasEnded() ? CallResult::failure(EBADF) : environment_.terminal.pins(fd, pins);
@@ -409,7 +413,7 @@ void SerialPort::pollPins(const std::shared_ptr<LineSession> &session) {
   if (session->hasEnded()) return;  // closed before or while we asked; close() has cancelled the poller
   if (read.failed()) {
     const bool gone = read.error == ENXIO;
-    notifyDelegateOfPosixError(read.error, gone);
+    notifyDelegateOfPosixError(read.error, gone, place);
     // While that was told, the main thread may have seen the removal itself and closed the port: told once.
     if (!gone || session->hasEnded()) return;
     tellRemoved();
@@ -470,9 +474,10 @@ void SerialPort::onMainThreadAndWait(const std::function<void()> &job) {
   }
 }
 
-void SerialPort::notifyDelegateOfPosixError(int error, bool waitUntilDone) {
+void SerialPort::notifyDelegateOfPosixError(int error, bool waitUntilDone,
+                                            const std::shared_ptr<void> &place) {
   if (!delegateRespondsTo(SerialPortCallback::DidEncounterError)) return;
-  const auto deliver = [self = shared_from_this(), failure = PosixError::make(error, path())] {
+  const auto deliver = [self = shared_from_this(), failure = PosixError::make(error, path()), place] {
     const auto delegate = self->delegate();
     if (delegate && delegate->respondsTo(SerialPortCallback::DidEncounterError)) {
       delegate->didEncounterError(self, failure);

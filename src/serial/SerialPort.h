@@ -144,7 +144,7 @@ class SerialPort final : public NamedDevice, public std::enable_shared_from_this
   void startLoops(const std::shared_ptr<LineSession> &running);
   static void readLoop(const std::weak_ptr<SerialPort> &weak, const std::shared_ptr<LineSession> &session);
   bool readOnce(LineSession &session);
-  void receiveData(const QByteArray &bytes);
+  void receiveData(const QByteArray &bytes, const std::shared_ptr<void> &place);
   void pollPins(const std::shared_ptr<LineSession> &session);
   void showPin(std::atomic<bool> &stored, const QString &key, bool on);
   bool closeSession(const std::shared_ptr<LineSession> &closing);
@@ -153,7 +153,8 @@ class SerialPort final : public NamedDevice, public std::enable_shared_from_this
   CallResult releaseDescriptor();
   void forgetRequests();
 
-  void notifyDelegateOfPosixError(int error, bool waitUntilDone = false);
+  void notifyDelegateOfPosixError(int error, bool waitUntilDone = false,
+                                  const std::shared_ptr<void> &place = nullptr);
   bool delegateRespondsTo(SerialPortCallback callback) const;
   void onMainThreadAndWait(const std::function<void()> &job);
   void changed(const QString &key);
