@@ -5,6 +5,7 @@
 #include "protocol/StatusLists.h"
 
 #include <algorithm>
+#include <numeric>
 #include <array>
 #include <cstdint>
 #include <vector>
@@ -44,7 +45,7 @@ bool isCheckPeriod(int number) {
 /// How many letters have to be added, taken away or replaced to make the one text the other.
 std::size_t distance(const QString &one, const QString &other) {
   std::vector<std::size_t> row(static_cast<std::size_t>(other.size()) + 1);
-  for (std::size_t i = 0; i < row.size(); ++i) row[i] = i;
+  std::iota(row.begin(), row.end(), std::size_t{0});
   for (qsizetype i = 0; i < one.size(); ++i) {
     std::size_t diagonal = row[0]++;
     for (qsizetype j = 0; j < other.size(); ++j) {
