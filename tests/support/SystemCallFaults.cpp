@@ -101,7 +101,8 @@ std::size_t SystemCallFaults::part(int descriptor, std::size_t count) {
 }  // namespace tavril
 
 // The linker leads every call of our own code here, and `__real_` to the call itself. The names are the
-// linker's. NOLINTBEGIN(bugprone-reserved-identifier)
+// linker's.
+// NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" {
 
 int __real_open(const char *path, int flags, ...);
