@@ -25,6 +25,7 @@ namespace tavril {
 class LineSession;
 class PortRequests;
 class SerialRequest;
+struct DeliveryRule;
 struct SerialEnvironment;
 
 /// One serial device: opens it, applies the line settings, reads it on a background thread, watches its pins,
@@ -109,6 +110,15 @@ class SerialPort final : public NamedDevice,
   /// Any value that is no SerialPortParity counts as none.
   void setParity(std::uint64_t parity);
 
+  /// Says what becomes one delivery; none, the default, makes every read one. Acts from the next opening on,
+  /// and also on what requests are given. Thread-safe.
+  std::shared_ptr<const DeliveryRule> deliveryRule() const;
+  void setDeliveryRule(std::shared_ptr<const DeliveryRule> rule);
+  /// Whether the driver is asked, at the next opening, to hand bytes over without delay. Drivers that know no
+  /// such thing are no error. Closing puts back what was there before. False by default.
+  bool usesLowLatency() const { return usesLowLatency_; }
+  void setUsesLowLatency(bool use) { usesLowLatency_ = use; }
+
   /// Flow control; changing one closes an open port and opens it again.
   bool usesRTSCTSFlowControl() const { return settings_.flowControl.rtsCts; }
   void setUsesRTSCTSFlowControl(bool use);
@@ -159,6 +169,7 @@ class SerialPort final : public NamedDevice,
   void applyFlowControl(bool FlowControl::*kind, bool use);
   void drivePin(std::atomic<bool> &stored, int pin, bool on);
   void takeOverPins();
+  void takeLowLatency();
   void keepOriginalAttributes();
   void startLoops(const std::shared_ptr<LineSession> &running);
   void showPin(std::atomic<bool> &stored, const QString &key, bool on);
@@ -179,7 +190,10 @@ class SerialPort final : public NamedDevice,
   RegistryHandle IOKitDevice_ = 0;
   std::weak_ptr<SerialPortDelegate> delegate_;
 
+  std::shared_ptr<const DeliveryRule> deliveryRule_;  // guarded by identityMutex_
+
   LineSettings settings_;
+  bool usesLowLatency_ = false;
   std::atomic<bool> RTS_ = false;
   std::atomic<bool> DTR_ = false;
   std::atomic<bool> CTS_ = false;
@@ -191,6 +205,7 @@ class SerialPort final : public NamedDevice,
   std::atomic<int> fileDescriptor_ = 0;
   mutable std::shared_mutex descriptorGuard_;
   std::unique_ptr<termios> originalPortAttributes_;  // nothing when they could not be read
+  bool hasTakenLowLatency_ = false;                  // and it was off before
   std::shared_ptr<LineSession> session_;             // guarded by identityMutex_
   std::binary_semaphore selectSemaphore_{1};         // held by the read loop while it waits, and by close()
 

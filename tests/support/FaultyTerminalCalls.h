@@ -25,6 +25,7 @@ enum class Call {
   SetSpeed,
   SetFlowControl,
   SetArbitrarySpeed,
+  SetLowLatency,
   Pins,
   SetPins,
   Wait,
@@ -63,6 +64,15 @@ class FaultyTerminalCalls final : public TerminalCalls {
   std::optional<int> pinsOfLine() const {
     const std::lock_guard lock(mutex_);
     return pins_;
+  }
+  /// Whether the driver hands bytes over without delay; nothing: the real line, which has no such choice.
+  void setLowLatencyOfLine(std::optional<bool> on) {
+    const std::lock_guard lock(mutex_);
+    lowLatency_ = on;
+  }
+  std::optional<bool> lowLatencyOfLine() const {
+    const std::lock_guard lock(mutex_);
+    return lowLatency_;
   }
   int count(Call call) const {
     const std::lock_guard lock(mutex_);
@@ -120,6 +130,14 @@ class FaultyTerminalCalls final : public TerminalCalls {
   }
   CallResult setArbitrarySpeed(int descriptor, unsigned long baudRate) override {
     return pass(Call::SetArbitrarySpeed, [&] { return real_.setArbitrarySpeed(descriptor, baudRate); });
+  }
+  CallResult setLowLatency(int descriptor, bool on) override {
+    return pass(Call::SetLowLatency, [&] {
+      const auto before = lowLatencyOfLine();
+      if (!before) return real_.setLowLatency(descriptor, on);
+      setLowLatencyOfLine(on);
+      return CallResult::success(*before ? 1 : 0);
+    });
   }
   CallResult pins(int descriptor, int &pins) override {
     return pass(Call::Pins, [&] {
@@ -203,6 +221,7 @@ class FaultyTerminalCalls final : public TerminalCalls {
   int readsWithBytes_ = 0;
   long bytesRead_ = 0;
   std::optional<int> pins_;
+  std::optional<bool> lowLatency_;
 };
 
 }  // namespace tavril
