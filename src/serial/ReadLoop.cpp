@@ -75,7 +75,7 @@ bool ReadLoop::readOnce(PortLine &line) {
 CallResult ReadLoop::waitForInput(PortLine &line) const {
   auto timeout = inputTimeout;
   if (assembler_.isWaiting()) timeout = std::min(timeout, assembler_.timeLeft(Clock::now()));
-  if (!line.selectSemaphore().try_acquire_for(inputTimeout)) return CallResult::success();
+  if (!line.selectSemaphore().tryAcquireFor(inputTimeout)) return CallResult::success();
   const CallResult ready =
       session_->hasEnded() ? CallResult::success()
                            : calls_.waitForInput(session_->descriptor(), session_->wakeDescriptor(), timeout);

@@ -16,7 +16,6 @@
 #include <functional>
 #include <memory>
 #include <mutex>
-#include <semaphore>
 #include <shared_mutex>
 #include <vector>
 
@@ -154,7 +153,7 @@ class SerialPort final : public NamedDevice,
 
  private:
   CallResult withDescriptor(const std::function<CallResult(int)> &call) const override;
-  std::binary_semaphore &selectSemaphore() override { return selectSemaphore_; }
+  Semaphore &selectSemaphore() override { return selectSemaphore_; }
   void receiveData(const QByteArray &bytes, const std::shared_ptr<void> &place) override;
   void showPins(int pins) override;
   void notifyDelegateOfPosixError(int error, bool waitUntilDone = false,
@@ -207,7 +206,7 @@ class SerialPort final : public NamedDevice,
   std::unique_ptr<termios> originalPortAttributes_;  // nothing when they could not be read
   bool hasTakenLowLatency_ = false;                  // and it was off before
   std::shared_ptr<LineSession> session_;             // guarded by identityMutex_
-  std::binary_semaphore selectSemaphore_{1};         // held by the read loop while it waits, and by close()
+  Semaphore selectSemaphore_{1};                     // held by the read loop while it waits, and by close()
 
   KeyValueObservers observers_;
   const std::unique_ptr<PortRequests> requests_;

@@ -93,6 +93,12 @@ class FaultyTerminalCalls final : public TerminalCalls {
     const std::lock_guard lock(mutex_);
     return bytesRead_;
   }
+  /// Whether who has read last waits for more again, and so has done with what it read.
+  bool waitsAgainAfterReading() const {
+    const std::lock_guard lock(mutex_);
+    const auto waits = counts_.find(Call::Wait);
+    return waits != counts_.end() && waits->second > waitsAtLastRead_;
+  }
   /// The calls so far, without waiting and polling.
   std::vector<Call> order() const {
     const std::lock_guard lock(mutex_);
@@ -162,6 +168,7 @@ class FaultyTerminalCalls final : public TerminalCalls {
     const CallResult got = pass(Call::Read, [&] { return real_.read(descriptor, buffer); });
     const std::lock_guard lock(mutex_);
     if (got.value > 0) ++readsWithBytes_;
+    if (got.value > 0) waitsAtLastRead_ = counts_[Call::Wait];
     if (got.value > 0) bytesRead_ += got.value;
     return got;
   }
@@ -219,6 +226,7 @@ class FaultyTerminalCalls final : public TerminalCalls {
   std::vector<int> closed_;
   std::vector<Call> order_;
   int readsWithBytes_ = 0;
+  int waitsAtLastRead_ = 0;
   long bytesRead_ = 0;
   std::optional<int> pins_;
   std::optional<bool> lowLatency_;
