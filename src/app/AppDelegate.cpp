@@ -1,5 +1,6 @@
 #include "app/AppDelegate.h"
 
+#include "app/ReplyDelivery.h"
 #include "platform/BlockingWait.h"
 #include "platform/Desktop.h"
 #include "platform/IntegerValue.h"
@@ -120,6 +121,8 @@ void AppDelegate::serialFormat() {
   serialPort_->setBaudRate(linkBaudRate);
   serialPort_->setDelegate(weak_from_this());
   if (serialPort_->isOpen()) return;
+  serialPort_->setDeliveryRule(replyDeliveryRule());
+  serialPort_->setUsesLowLatency(true);
   serialPort_->open();
   serialInit();
 }

@@ -1,12 +1,12 @@
 #pragma once
 
 #include "platform/TerminalCalls.h"
+#include "serial/Semaphore.h"
 
 #include <QByteArray>
 
 #include <functional>
 #include <memory>
-#include <semaphore>
 
 namespace tavril {
 
@@ -20,7 +20,7 @@ class PortLine {
   /// Makes the call with the open descriptor, which is not closed meanwhile; EBADF when there is none.
   virtual CallResult withDescriptor(const std::function<CallResult(int)> &call) const = 0;
   /// Held while somebody waits for input, and while the port is closed.
-  virtual std::binary_semaphore &selectSemaphore() = 0;
+  virtual Semaphore &selectSemaphore() = 0;
   /// `place` is kept until the bytes have been told, or dropped.
   virtual void receiveData(const QByteArray &bytes, const std::shared_ptr<void> &place) = 0;
   virtual void showPins(int pins) = 0;

@@ -26,7 +26,7 @@ class Arguments {
     add("delay", "Reply this much later.", "MS");
     add("start-up", "Ignore everything for this long after the start.", "MS");
     add("split", "Cut replies in pieces of this many bytes.", "N");
-    add("split-gap", "Pause between pieces and before late ends (20).", "MS");
+    add("split-gap", "Pause between pieces and before late ends (50).", "MS");
     add("glue", "Send two replies in one write, if a second comes within 100 ms.");
     add("noise", "Send random bytes between the replies.");
     add("seed", "Seed of the random bytes and losses (1).", "N");

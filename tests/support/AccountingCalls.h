@@ -66,6 +66,9 @@ class AccountingCalls final : public TerminalCalls {
   CallResult setArbitrarySpeed(int descriptor, unsigned long baudRate) override {
     return counted(real_.setArbitrarySpeed(descriptor, baudRate), &Books::otherFailures);
   }
+  CallResult setLowLatency(int descriptor, bool on) override {
+    return counted(real_.setLowLatency(descriptor, on), &Books::otherFailures);
+  }
   CallResult pins(int descriptor, int &pins) override {
     return watched(real_.pins(descriptor, pins), &Books::failedPolls);
   }

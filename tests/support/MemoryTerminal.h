@@ -75,6 +75,7 @@ class MemoryTerminal final : public TerminalCalls {
   CallResult setSpeed(termios &, unsigned long) override { return CallResult::success(); }
   CallResult setFlowControl(termios &, const FlowControl &) override { return CallResult::success(); }
   CallResult setArbitrarySpeed(int, unsigned long) override { return CallResult::success(); }
+  CallResult setLowLatency(int, bool) override { return CallResult::failure(ENOTTY); }
   CallResult pins(int descriptor, int &pins) override {
     return onLine(descriptor, [&] {
       pins = pins_;

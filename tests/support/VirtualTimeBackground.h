@@ -32,7 +32,8 @@ class VirtualTimeBackground final : public Background {
   };
 
   Timers &timers_;
-  ThreadBackground threads_;
+  // No thread of a queue is left over from before, as far as that time is concerned.
+  ThreadBackground threads_{std::chrono::milliseconds(0)};
 };
 
 }  // namespace tavril
