@@ -21,9 +21,11 @@ class PortLine {
   virtual CallResult withDescriptor(const std::function<CallResult(int)> &call) const = 0;
   /// Held while somebody waits for input, and while the port is closed.
   virtual std::binary_semaphore &selectSemaphore() = 0;
-  virtual void receiveData(const QByteArray &bytes) = 0;
+  /// `place` is kept until the bytes have been told, or dropped.
+  virtual void receiveData(const QByteArray &bytes, const std::shared_ptr<void> &place) = 0;
   virtual void showPins(int pins) = 0;
-  virtual void notifyDelegateOfPosixError(int error, bool waitUntilDone = false) = 0;
+  virtual void notifyDelegateOfPosixError(int error, bool waitUntilDone = false,
+                                          const std::shared_ptr<void> &place = nullptr) = 0;
   /// Tells the delegate, waiting until it has heard, and closes the port unless the session has ended by
   /// then.
   virtual void deviceHasGone(const std::shared_ptr<LineSession> &session) = 0;

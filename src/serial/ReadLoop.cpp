@@ -36,6 +36,8 @@ void ReadLoop::run() const {
 /// One wait for input and one read. False when nothing can come for a while: the line is hung up (which
 /// counts as readable for ever) or the wait itself fails, and the loop must not spin.
 bool ReadLoop::readOnce(PortLine &line) const {
+  const auto place = session_->takePlace(inputTimeout);
+  if (!place) return true;
   if (!line.selectSemaphore().try_acquire_for(inputTimeout)) return true;
   const CallResult ready =
       session_->hasEnded()
@@ -44,7 +46,7 @@ bool ReadLoop::readOnce(PortLine &line) const {
   line.selectSemaphore().release();
   if (session_->hasEnded()) return true;
   if (ready.failed()) {
-    line.notifyDelegateOfPosixError(ready.error);
+    line.notifyDelegateOfPosixError(ready.error, false, place);
     return false;
   }
   if (ready.value == 0) return true;
@@ -55,7 +57,7 @@ bool ReadLoop::readOnce(PortLine &line) const {
     return session_->hasEnded() ? CallResult::success() : calls_.read(descriptor, buffer);
   });
   if (got.value <= 0) return false;
-  line.receiveData(QByteArray(reinterpret_cast<const char *>(buffer.data()), got.value));
+  line.receiveData(QByteArray(reinterpret_cast<const char *>(buffer.data()), got.value), place);
   return true;
 }
 

@@ -355,10 +355,10 @@ bool SerialPort::sendData(const QByteArray &bytes) {
   return true;
 }
 
-void SerialPort::receiveData(const QByteArray &bytes) {
+void SerialPort::receiveData(const QByteArray &bytes, const std::shared_ptr<void> &place) {
   if (delegateRespondsTo(SerialPortCallback::DidReceiveData)) {
     // Bytes that wait to be told do not keep a port alive: under steady traffic it would otherwise never go.
-    environment_.mainQueue.async([weak = weak_from_this(), bytes] {
+    environment_.mainQueue.async([weak = weak_from_this(), bytes, place] {
       const Ptr self = weak.lock();
       const auto delegate = self ? self->delegate() : nullptr;
       if (delegate && delegate->respondsTo(SerialPortCallback::DidReceiveData)) {
@@ -433,9 +433,10 @@ void SerialPort::onMainThreadAndWait(const std::function<void()> &job) {
   }
 }
 
-void SerialPort::notifyDelegateOfPosixError(int error, bool waitUntilDone) {
+void SerialPort::notifyDelegateOfPosixError(int error, bool waitUntilDone,
+                                            const std::shared_ptr<void> &place) {
   if (!delegateRespondsTo(SerialPortCallback::DidEncounterError)) return;
-  const auto deliver = [self = shared_from_this(), failure = PosixError::make(error, path())] {
+  const auto deliver = [self = shared_from_this(), failure = PosixError::make(error, path()), place] {
     const auto delegate = self->delegate();
     if (delegate && delegate->respondsTo(SerialPortCallback::DidEncounterError)) {
       delegate->didEncounterError(self, failure);

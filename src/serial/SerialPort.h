@@ -145,9 +145,10 @@ class SerialPort final : public NamedDevice,
  private:
   CallResult withDescriptor(const std::function<CallResult(int)> &call) const override;
   std::binary_semaphore &selectSemaphore() override { return selectSemaphore_; }
-  void receiveData(const QByteArray &bytes) override;
+  void receiveData(const QByteArray &bytes, const std::shared_ptr<void> &place) override;
   void showPins(int pins) override;
-  void notifyDelegateOfPosixError(int error, bool waitUntilDone = false) override;
+  void notifyDelegateOfPosixError(int error, bool waitUntilDone = false,
+                                  const std::shared_ptr<void> &place = nullptr) override;
   void deviceHasGone(const std::shared_ptr<LineSession> &session) override;
 
   void setFileDescriptor(int descriptor);

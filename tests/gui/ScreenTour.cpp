@@ -1,12 +1,19 @@
 #include "tests/gui/ScreenTour.h"
 
+#include "platform/linux/PosixUserFiles.h"
 #include "platform/linux/QtModalAlert.h"
 #include "protocol/StatusLists.h"
+#include "tests/support/AnsweringFilePanels.h"
+#include "tools/ConverterWindow.h"
+#include "tools/FileListWindow.h"
+#include "tools/StringsConverter.h"
 
+#include <QFile>
 #include <QMenu>
 #include <QMenuBar>
 #include <QPlainTextEdit>
 #include <QScrollBar>
+#include <QTemporaryDir>
 #include <QTimer>
 #include <QToolTip>
 
@@ -17,6 +24,7 @@ void ScreenTour::tour(Visit visit) {
   show(QStringLiteral("not-connected"), *window);
   visitMenus();
   visitAbout();
+  visitConverter();
   visitConnecting();
   visitNotices();
   visitToolTip();
@@ -60,6 +68,33 @@ void ScreenTour::visitAbout() {
   ASSERT_TRUE(waitFor([&] { return !bar->isVisible(); }));
   show(QStringLiteral("about"), *about);
   about->close();
+}
+
+void ScreenTour::visitConverter() {
+  const QTemporaryDir folder;
+  AnsweringFilePanels panels;
+  PosixUserFiles userFiles;
+  StringsConverter converter(panels, userFiles,
+                             TableFolder([&] { return folder.path(); }, [](const QString &) {}), strings,
+                             notifications, log);
+  converter.showConverter(window.get());
+  auto *merging = window->findChild<ConverterWindow *>();
+  ASSERT_NE(merging, nullptr);
+  ASSERT_TRUE(QTest::qWaitForWindowExposed(merging));
+  show(QStringLiteral("converter"), *merging);
+  delete merging;
+  converter.showTables(window.get());
+  auto *list = window->findChild<FileListWindow *>();
+  ASSERT_NE(list, nullptr);
+  ASSERT_TRUE(QTest::qWaitForWindowExposed(list));
+  show(QStringLiteral("tables-empty"), *list);
+  for (const char *name : {"cs.strings.h", "nl.strings.h", "pt-BR.strings.h"}) {
+    QFile file(folder.filePath(QString::fromLatin1(name)));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+  }
+  converter.showTables(window.get());
+  show(QStringLiteral("tables"), *list);
+  delete list;
 }
 
 void ScreenTour::visitConnecting() {
