@@ -117,7 +117,7 @@ TEST_F(FocusTest, ShowsOnEveryElementOfThePanelsAndTheDialog) {
 }
 
 TEST_F(FocusTest, ShowsOnEveryElementOfAbout) {
-  shortcut(Qt::Key_F1, Qt::NoModifier);
+  choose(strings.text(u"about_tavril"));
   auto *about = window->findChild<AboutWindow *>();
   ASSERT_NE(about, nullptr);
   EXPECT_EQ(checkThatFocusShows(*about), 5);
