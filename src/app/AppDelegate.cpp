@@ -1,5 +1,6 @@
 #include "app/AppDelegate.h"
 
+#include "app/ReplyDelivery.h"
 #include "platform/BlockingWait.h"
 #include "platform/Desktop.h"
 #include "platform/IntegerValue.h"
@@ -73,6 +74,8 @@ void AppDelegate::setMenuTitles(const MenuOutlets &menu) const {
       {menu.doctor, u"connection_doctor"},
       {menu.language, u"language"},
       {menu.systemlanguage, u"system_language"},
+      {menu.help, u"help"},
+      {menu.userguide, u"user_guide"},
   };
   for (const auto &[item, key] : titles) {
     if (item) item->setText(desktop_.strings.text(key));
@@ -121,6 +124,8 @@ void AppDelegate::serialFormat() {
   serialPort_->setBaudRate(linkBaudRate);
   serialPort_->setDelegate(weak_from_this());
   if (serialPort_->isOpen()) return;
+  serialPort_->setDeliveryRule(replyDeliveryRule());
+  serialPort_->setUsesLowLatency(true);
   serialPort_->open();
   serialInit();
 }

@@ -167,6 +167,7 @@ int workThrough(House &house, const Options &options, Console &console, const Pl
   const auto line = std::make_shared<SerialLine>(house.background, port);
   port->setDelegate(line);
   port->setBaudRate(baudRate);
+  port->setUsesLowLatency(true);
   if (!port->open()) {
     const auto error = line->lastError();
     throw Failure{ExitCode::NoPort, error ? openFailureText(*error)

@@ -28,7 +28,7 @@ AboutPanel::~AboutPanel() = default;
 void AboutPanel::setTexts(const StringTable &strings) {
   ui_->licence->setText(strings.text(u"licence"));
   ui_->documents->setText(strings.text(u"documents"));
-  ui_->aboutContent->setAccessibleName(strings.text(u"about"));
+  ui_->aboutContent->setAccessibleName(strings.text(u"tavril"));  // "about" is the name of the title above
 }
 
 void AboutPanel::focusFirst() {

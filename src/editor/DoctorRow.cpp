@@ -47,8 +47,9 @@ DoctorRow::DoctorRow(doctor::CheckId check, QWidget *parent)
   QFont bold = Style::textFont();
   bold.setWeight(QFont::DemiBold);
   title_->setFont(bold);
+  title_->setWordWrap(false);
   state_->setProperty("muted", true);
-  state_->setAlignment(Qt::AlignRight | Qt::AlignTop);
+  state_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
   state_->setWordWrap(false);
   command_->setFont(Style::valueFont());
   command_->setTextInteractionFlags(Qt::TextSelectableByMouse);

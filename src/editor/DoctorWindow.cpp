@@ -114,6 +114,9 @@ void DoctorWindow::build() {
   scroll_->setFrameShape(QFrame::NoFrame);
   scroll_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   scroll_->setFocusPolicy(Qt::NoFocus);
+  scroll_->viewport()->setAutoFillBackground(false);
+  checks->setAutoFillBackground(false);
+  checks->installEventFilter(this);
 
   auto *buttons = new QHBoxLayout;
   buttons->setSpacing(10);
@@ -177,6 +180,15 @@ void DoctorWindow::showOutcome() {
   });
   outcome_->setText(isDone_ ? desktop_.strings.text(isHealthy ? u"doctor_all_well" : u"doctor_trouble")
                             : QString());
+}
+
+bool DoctorWindow::eventFilter(QObject *watched, QEvent *event) {
+  QWidget *checks = scroll_->widget();
+  if (watched == checks && (event->type() == QEvent::Resize || event->type() == QEvent::LayoutRequest)) {
+    // A scroll area goes by the least height of what is in it, which for texts that wrap is too little.
+    checks->setMinimumHeight(checks->layout()->heightForWidth(checks->width()));
+  }
+  return QWidget::eventFilter(watched, event);
 }
 
 void DoctorWindow::keyPressEvent(QKeyEvent *event) {

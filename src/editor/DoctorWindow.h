@@ -44,6 +44,8 @@ class DoctorWindow final : public QWidget {
 
  protected:
   void keyPressEvent(QKeyEvent *event) override;
+  /// Keeps the list as high as its texts need in the width that there is.
+  bool eventFilter(QObject *watched, QEvent *event) override;
 
  private:
   void build();

@@ -141,9 +141,10 @@ QScrollBar::handle:vertical { min-height: 24px; }
 QScrollBar::handle:horizontal { min-width: 24px; }
 QScrollBar::add-line, QScrollBar::sub-line { width: 0; height: 0; }
 QPlainTextEdit#aboutContent, QPlainTextEdit#licenceText {
-  background: transparent; border: none; color: {text};
+  background: transparent; border: 2px solid transparent; border-radius: 5px; color: {text};
   selection-background-color: {selection}; selection-color: {text};
 }
+QPlainTextEdit#aboutContent:focus, QPlainTextEdit#licenceText:focus { border-color: {accent}; }
 QPlainTextEdit#licenceText { font-family: "JetBrains Mono", "DejaVu Sans Mono", monospace; font-size: 12px; }
 QToolTip { background: {well}; color: {text}; border: 1px solid {edge}; padding: 4px; }
 )";
@@ -299,6 +300,11 @@ void Style::setLanguage(const QString &language) {
 
 void Style::apply(QApplication &application, const QString &language) {
   QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+  // Nothing on the screen moves but what the user or the servo moves.
+  for (const Qt::UIEffect effect : {Qt::UI_AnimateMenu, Qt::UI_FadeMenu, Qt::UI_AnimateCombo,
+                                    Qt::UI_AnimateTooltip, Qt::UI_FadeTooltip, Qt::UI_AnimateToolBox}) {
+    QApplication::setEffectEnabled(effect, false);
+  }
   QApplication::setPalette(darkPalette());
   setLanguage(language);
   application.setStyleSheet(sheet());

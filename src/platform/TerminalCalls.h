@@ -63,6 +63,9 @@ class TerminalCalls {
   virtual CallResult setFlowControl(termios &attributes, const FlowControl &flowControl) = 0;
   /// Sets any speed through the driver.
   virtual CallResult setArbitrarySpeed(int descriptor, unsigned long baudRate) = 0;
+  /// Has the driver hand over what comes without waiting for more, or not; 1 or 0 is what it did before.
+  /// ENOTTY, or another error, from drivers that know no such choice.
+  virtual CallResult setLowLatency(int descriptor, bool on) = 0;
   /// Reads the pins; ENXIO when the device is gone. A terminal without pins shows none set.
   virtual CallResult pins(int descriptor, int &pins) = 0;
   virtual CallResult setPins(int descriptor, int pins) = 0;

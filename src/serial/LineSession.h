@@ -5,6 +5,7 @@
 #include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <semaphore>
 
 namespace tavril {
 
@@ -33,13 +34,23 @@ class LineSession {
   bool isClosing() const { return closing_; }
   void end();
   bool hasEnded() const { return ended_; }
+  /// Whoever has something for the main thread takes a place first and gives it along: it is free again when
+  /// that has been told, or dropped. So a main thread that is busy, or held by an alert, finds no more than
+  /// `mostUntold` things waiting, and what else the device sends stays in the kernel. Nothing when no place
+  /// became free in time.
+  std::shared_ptr<void> takePlace(std::chrono::milliseconds patience);
+  static constexpr int mostUntold = 256;
+
   /// Blocks until the session ends or the time is over.
   void pause(std::chrono::milliseconds duration);
 
  private:
+  using Places = std::counting_semaphore<mostUntold>;
+
   TerminalCalls &calls_;
   const int descriptor_;
   int wakeDescriptor_ = -1;
+  const std::shared_ptr<Places> places_ = std::make_shared<Places>(mostUntold);
   std::mutex mutex_;
   std::shared_ptr<RepeatingWork> pinPollTimer_;
   std::condition_variable endedCondition_;

@@ -15,6 +15,8 @@ PinPoller::PinPoller(TerminalCalls &calls, std::weak_ptr<PortLine> line, std::sh
 void PinPoller::poll() const {
   const auto line = line_.lock();
   if (!line) return;
+  const auto place = session_->takePlace({});
+  if (!place) return;
   int pins = 0;
   const CallResult read = line->withDescriptor([&](int descriptor) {
     return session_->hasEnded() ? CallResult::failure(EBADF) : calls_.pins(descriptor, pins);
@@ -25,7 +27,7 @@ void PinPoller::poll() const {
     return;
   }
   const bool isGone = read.error == ENXIO;
-  line->notifyDelegateOfPosixError(read.error, isGone);
+  line->notifyDelegateOfPosixError(read.error, isGone, place);
   // While that was told, the main thread may have seen the removal itself and closed the port: told once.
   if (isGone && !session_->hasEnded()) line->deviceHasGone(session_);
 }

@@ -70,8 +70,21 @@ bool PortRequests::sendRequest(const Request &request) {
 }
 
 void PortRequests::receive(const QByteArray &bytes) {
+  {
+    const std::lock_guard lock(mutex_);
+    // Nobody waits for them, so that no thread need be woken. They are not to overtake others, though.
+    if (!pendingRequest_ && deliveriesOnQueue_ == 0) {
+      append(bytes);
+      return;
+    }
+    ++deliveriesOnQueue_;
+  }
   onQueue([this, bytes] {
-    append(bytes);
+    {
+      const std::lock_guard lock(mutex_);
+      --deliveriesOnQueue_;
+      append(bytes);
+    }
     checkResponseToPendingRequestAndContinueIfValid();
   });
 }
@@ -105,8 +118,12 @@ bool PortRequests::reallySendRequest(const Request &request) {
 
 /// Makes the request the pending one and sends it. Where that fails it stays pending: meant.
 bool PortRequests::begin(const Request &request) {
-  receiveBuffer_.clear();
-  setPendingRequest(request);
+  Request before = request;
+  {
+    const std::lock_guard lock(mutex_);
+    receiveBuffer_.clear();
+    pendingRequest_.swap(before);
+  }
   ++turn_;
   if (request->timeoutInterval() > 0) armTimeout(request->timeoutInterval());
   return port_.sendData(request->dataToSend());
@@ -120,9 +137,10 @@ void PortRequests::armTimeout(double timeoutInterval_s) {
   setPendingRequestTimeoutTimer(requestHandlingQueue_->repeat(timeout, timeout / 10, tick));
 }
 
+/// Expects the lock.
 void PortRequests::append(const QByteArray &bytes) {
   receiveBuffer_.append(bytes.constData(), static_cast<std::size_t>(bytes.size()));
-  if (!pendingRequest() && receiveBuffer_.size() > mostKeptWhileIdle) {
+  if (!pendingRequest_ && receiveBuffer_.size() > mostKeptWhileIdle) {
     receiveBuffer_.erase(0, receiveBuffer_.size() - mostKeptWhileIdle);
   }
 }
@@ -140,7 +158,7 @@ bool PortRequests::takeResponse() {
   const Request request = pendingRequest();
   // What comes after the time is up, but before the delegate has heard of that, is no response any more.
   if (!request || isTellingTimeout_) return false;
-  const QByteArray response = QByteArray::fromStdString(receiveBuffer_);
+  const QByteArray response = received();
   if (!request->dataIsValidResponse(response)) return false;
   setPendingRequestTimeoutTimer(nullptr);
   if (!response.isEmpty()) {
@@ -187,6 +205,11 @@ void PortRequests::pendingRequestDidTimeout() {
 }
 
 // ------------------------------------------------------------------------------------------------- accessors
+
+QByteArray PortRequests::received() const {
+  const std::lock_guard lock(mutex_);
+  return QByteArray::fromStdString(receiveBuffer_);
+}
 
 PortRequests::Request PortRequests::pendingRequest() const {
   const std::lock_guard lock(mutex_);

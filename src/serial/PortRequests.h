@@ -68,6 +68,7 @@ class PortRequests {
   void sendNextRequest();
   bool beginNext();
   void pendingRequestDidTimeout();
+  QByteArray received() const;
   std::size_t countOfRequestsQueue() const;
   Request objectInRequestsQueueAtIndex(std::size_t index) const;
   void insertObjectInRequestsQueueAtIndex(const Request &request, std::size_t index);
@@ -79,13 +80,15 @@ class PortRequests {
   const Changed changed_;
   const std::shared_ptr<SerialQueue> requestHandlingQueue_;
 
-  /// Changed on the queue only, under the lock since anybody may ask for a copy.
+  /// Changed on the queue, under the lock since anybody may ask for a copy; what is received while no request
+  /// is pending is added on any thread.
   mutable std::mutex mutex_;
   std::deque<Request> requestsQueue_;
   Request pendingRequest_;
+  std::string receiveBuffer_;  // shares nothing: what is handed to other threads are copies
+  std::size_t deliveriesOnQueue_ = 0;
 
   // The queue's own.
-  std::string receiveBuffer_;  // shares nothing: what is handed to other threads are copies
   std::shared_ptr<RepeatingWork> pendingRequestTimeoutTimer_;
   std::uint64_t turn_ = 0;         // counts up whenever a request begins or ends to be pending
   bool isTellingTimeout_ = false;  // the pending one has timed out, and the delegate has yet to hear of it

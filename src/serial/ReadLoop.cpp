@@ -4,8 +4,8 @@
 #include "serial/LineSession.h"
 #include "serial/PortLine.h"
 
+#include <algorithm>
 #include <array>
-#include <chrono>
 #include <cstddef>
 #include <utility>
 
@@ -13,15 +13,17 @@ namespace tavril {
 
 namespace {
 
+using Clock = std::chrono::steady_clock;
+
 constexpr std::chrono::milliseconds inputTimeout{100};
-constexpr std::size_t largestRead = 1024;
 
 }  // namespace
 
-ReadLoop::ReadLoop(TerminalCalls &calls, std::weak_ptr<PortLine> line, std::shared_ptr<LineSession> session)
-    : calls_(calls), line_(std::move(line)), session_(std::move(session)) {}
+ReadLoop::ReadLoop(TerminalCalls &calls, std::weak_ptr<PortLine> line, std::shared_ptr<LineSession> session,
+                   std::shared_ptr<const DeliveryRule> rule)
+    : calls_(calls), line_(std::move(line)), session_(std::move(session)), assembler_(std::move(rule)) {}
 
-void ReadLoop::run() const {
+void ReadLoop::run() {
   while (!session_->hasEnded()) {
     if (session_->isClosing()) {  // keep out of the way of close(), which wants the semaphore
       session_->pause(inputTimeout);
@@ -33,30 +35,58 @@ void ReadLoop::run() const {
   }
 }
 
-/// One wait for input and one read. False when nothing can come for a while: the line is hung up (which
-/// counts as readable for ever) or the wait itself fails, and the loop must not spin.
-bool ReadLoop::readOnce(PortLine &line) const {
-  if (!line.selectSemaphore().try_acquire_for(inputTimeout)) return true;
-  const CallResult ready =
-      session_->hasEnded()
-          ? CallResult::success()
-          : calls_.waitForInput(session_->descriptor(), session_->wakeDescriptor(), inputTimeout);
-  line.selectSemaphore().release();
+/// One delivery from what was read before, or else one wait for input and one read. False when nothing can
+/// come for a while: the line is hung up (which counts as readable for ever) or the wait itself fails, and
+/// the loop must not spin.
+bool ReadLoop::readOnce(PortLine &line) {
+  const auto place = session_->takePlace(inputTimeout);
+  if (!place) return true;
+  if (deliver(line, assembler_.next(), place)) return true;
+
+  const CallResult ready = waitForInput(line);
   if (session_->hasEnded()) return true;
   if (ready.failed()) {
-    line.notifyDelegateOfPosixError(ready.error);
+    line.notifyDelegateOfPosixError(ready.error, false, place);
     return false;
   }
-  if (ready.value == 0) return true;
+  if (ready.value == 0) {
+    // Only now: what has come by the end of the time counts, even if this thread had no time to read it.
+    const bool isOver = assembler_.isWaiting() && assembler_.timeLeft(Clock::now()).count() == 0;
+    if (isOver && !session_->isClosing()) line.receiveData(assembler_.takeAsItIs(), place);
+    return true;
+  }
 
-  std::array<std::byte, largestRead> buffer;
+  std::array<std::byte, DeliveryAssembler::largestDelivery> buffer;
   const CallResult got = line.withDescriptor([&](int descriptor) {
     // The port may have been opened anew in the meantime: its bytes belong to the new session's loop.
-    return session_->hasEnded() ? CallResult::success() : calls_.read(descriptor, buffer);
+    return session_->hasEnded() ? CallResult::success()
+                                : calls_.read(descriptor, std::span(buffer).first(assembler_.room()));
   });
-  if (got.value <= 0) return false;
-  line.receiveData(QByteArray(reinterpret_cast<const char *>(buffer.data()), got.value));
+  if (got.value <= 0) {
+    // The rest will not come from a line like this.
+    if (assembler_.isWaiting() && !session_->isClosing()) line.receiveData(assembler_.takeAsItIs(), place);
+    return false;
+  }
+  assembler_.add(std::span(buffer).first(static_cast<std::size_t>(got.value)), Clock::now());
+  deliver(line, assembler_.next(), place);
   return true;
+}
+
+CallResult ReadLoop::waitForInput(PortLine &line) const {
+  auto timeout = inputTimeout;
+  if (assembler_.isWaiting()) timeout = std::min(timeout, assembler_.timeLeft(Clock::now()));
+  if (!line.selectSemaphore().tryAcquireFor(inputTimeout)) return CallResult::success();
+  const CallResult ready =
+      session_->hasEnded() ? CallResult::success()
+                           : calls_.waitForInput(session_->descriptor(), session_->wakeDescriptor(), timeout);
+  line.selectSemaphore().release();
+  return ready;
+}
+
+bool ReadLoop::deliver(PortLine &line, const std::optional<QByteArray> &delivery,
+                       const std::shared_ptr<void> &place) {
+  if (delivery) line.receiveData(*delivery, place);
+  return delivery.has_value();
 }
 
 }  // namespace tavril

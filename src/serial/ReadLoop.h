@@ -1,27 +1,41 @@
 #pragma once
 
+#include "platform/TerminalCalls.h"
+#include "serial/DeliveryAssembler.h"
+
+#include <QByteArray>
+
 #include <memory>
+#include <optional>
 
 namespace tavril {
 
 class LineSession;
 class PortLine;
-class TerminalCalls;
+struct DeliveryRule;
 
-/// Reads what comes in on a line, from the opening of its port to the closing, and hands it to the port.
+/// Reads what comes in on a line, from the opening of its port to the closing, and hands it to the port in
+/// deliveries. For the thread that runs it.
 class ReadLoop {
  public:
-  ReadLoop(TerminalCalls &calls, std::weak_ptr<PortLine> line, std::shared_ptr<LineSession> session);
+  /// `rule`: none makes each read a delivery.
+  ReadLoop(TerminalCalls &calls, std::weak_ptr<PortLine> line, std::shared_ptr<LineSession> session,
+           std::shared_ptr<const DeliveryRule> rule);
 
-  /// Returns when the session has ended, or the port is no more.
-  void run() const;
+  /// Returns when the session has ended, or the port is no more. What still waits for its rest then is
+  /// dropped.
+  void run();
 
  private:
-  bool readOnce(PortLine &line) const;
+  bool readOnce(PortLine &line);
+  CallResult waitForInput(PortLine &line) const;
+  static bool deliver(PortLine &line, const std::optional<QByteArray> &delivery,
+                      const std::shared_ptr<void> &place);
 
   TerminalCalls &calls_;
   std::weak_ptr<PortLine> line_;
   std::shared_ptr<LineSession> session_;
+  DeliveryAssembler assembler_;
 };
 
 }  // namespace tavril

@@ -3,6 +3,7 @@
 #include "platform/Background.h"
 #include "platform/Log.h"
 #include "platform/MainQueue.h"
+#include "serial/DeliveryRule.h"
 #include "serial/LineSession.h"
 #include "serial/PinPoller.h"
 #include "serial/PortRegistry.h"
@@ -106,6 +107,16 @@ void SerialPort::setDelegate(std::weak_ptr<SerialPortDelegate> delegate) {
   delegate_ = std::move(delegate);
 }
 
+std::shared_ptr<const DeliveryRule> SerialPort::deliveryRule() const {
+  const std::lock_guard lock(identityMutex_);
+  return deliveryRule_;
+}
+
+void SerialPort::setDeliveryRule(std::shared_ptr<const DeliveryRule> rule) {
+  const std::lock_guard lock(identityMutex_);
+  deliveryRule_.swap(rule);
+}
+
 QString SerialPort::path() const {
   const std::lock_guard lock(identityMutex_);
   return path_;
@@ -178,10 +189,12 @@ bool SerialPort::open() {
   }
   const auto opening = std::make_shared<LineSession>(environment_.terminal, descriptor);
   originalPortAttributes_.reset();  // those of the opening before
+  hasTakenLowLatency_ = false;
   setSession(opening);
   // Observers and the delegate hear of each of these steps, and may close the port or even open it anew.
-  const std::array<void (SerialPort::*)(), 3> steps{&SerialPort::keepOriginalAttributes,
-                                                    &SerialPort::setPortOptions, &SerialPort::takeOverPins};
+  const std::array<void (SerialPort::*)(), 4> steps{&SerialPort::keepOriginalAttributes,
+                                                    &SerialPort::setPortOptions, &SerialPort::takeLowLatency,
+                                                    &SerialPort::takeOverPins};
   setFileDescriptor(descriptor);
   for (const auto step : steps) {
     if (session() != opening) return isOpen();
@@ -207,6 +220,13 @@ void SerialPort::keepOriginalAttributes() {
   if (!read.failed()) originalPortAttributes_ = std::move(attributes);
 }
 
+void SerialPort::takeLowLatency() {
+  if (!usesLowLatency_) return;
+  const CallResult before =
+      withDescriptor([&](int fd) { return environment_.terminal.setLowLatency(fd, true); });
+  hasTakenLowLatency_ = before.value == 0;
+}
+
 void SerialPort::takeOverPins() {
   int pins = 0;
   const CallResult read = withDescriptor([&](int fd) { return environment_.terminal.pins(fd, pins); });
@@ -222,7 +242,8 @@ void SerialPort::takeOverPins() {
 void SerialPort::startLoops(const std::shared_ptr<LineSession> &running) {
   const std::weak_ptr<PortLine> line = std::shared_ptr<PortLine>(shared_from_this(), this);
   TerminalCalls &calls = environment_.terminal;
-  environment_.background.run([loop = ReadLoop(calls, line, running)] { loop.run(); });
+  environment_.background.run(
+      [loop = ReadLoop(calls, line, running, deliveryRule())]() mutable { loop.run(); });
   running->setPinPollTimer(environment_.background.repeat(
       pinPollInterval, [poller = PinPoller(calls, line, running)] { poller.poll(); }));
 }
@@ -275,6 +296,7 @@ void SerialPort::restoreLine(int descriptor) {
     calls.setFlowControl(attributes, FlowControl{});
     calls.setAttributes(descriptor, WhenToApply::Now, attributes);
   }
+  if (hasTakenLowLatency_) calls.setLowLatency(descriptor, false);
   if (originalPortAttributes_) {
     calls.setAttributes(descriptor, WhenToApply::AfterDrain, *originalPortAttributes_);
   }
@@ -355,10 +377,10 @@ bool SerialPort::sendData(const QByteArray &bytes) {
   return true;
 }
 
-void SerialPort::receiveData(const QByteArray &bytes) {
+void SerialPort::receiveData(const QByteArray &bytes, const std::shared_ptr<void> &place) {
   if (delegateRespondsTo(SerialPortCallback::DidReceiveData)) {
     // Bytes that wait to be told do not keep a port alive: under steady traffic it would otherwise never go.
-    environment_.mainQueue.async([weak = weak_from_this(), bytes] {
+    environment_.mainQueue.async([weak = weak_from_this(), bytes, place] {
       const Ptr self = weak.lock();
       const auto delegate = self ? self->delegate() : nullptr;
       if (delegate && delegate->respondsTo(SerialPortCallback::DidReceiveData)) {
@@ -433,9 +455,10 @@ void SerialPort::onMainThreadAndWait(const std::function<void()> &job) {
   }
 }
 
-void SerialPort::notifyDelegateOfPosixError(int error, bool waitUntilDone) {
+void SerialPort::notifyDelegateOfPosixError(int error, bool waitUntilDone,
+                                            const std::shared_ptr<void> &place) {
   if (!delegateRespondsTo(SerialPortCallback::DidEncounterError)) return;
-  const auto deliver = [self = shared_from_this(), failure = PosixError::make(error, path())] {
+  const auto deliver = [self = shared_from_this(), failure = PosixError::make(error, path()), place] {
     const auto delegate = self->delegate();
     if (delegate && delegate->respondsTo(SerialPortCallback::DidEncounterError)) {
       delegate->didEncounterError(self, failure);

@@ -16,7 +16,6 @@
 #include <functional>
 #include <memory>
 #include <mutex>
-#include <semaphore>
 #include <shared_mutex>
 #include <vector>
 
@@ -25,6 +24,7 @@ namespace tavril {
 class LineSession;
 class PortRequests;
 class SerialRequest;
+struct DeliveryRule;
 struct SerialEnvironment;
 
 /// One serial device: opens it, applies the line settings, reads it on a background thread, watches its pins,
@@ -109,6 +109,15 @@ class SerialPort final : public NamedDevice,
   /// Any value that is no SerialPortParity counts as none.
   void setParity(std::uint64_t parity);
 
+  /// Says what becomes one delivery; none, the default, makes every read one. Acts from the next opening on,
+  /// and also on what requests are given. Thread-safe.
+  std::shared_ptr<const DeliveryRule> deliveryRule() const;
+  void setDeliveryRule(std::shared_ptr<const DeliveryRule> rule);
+  /// Whether the driver is asked, at the next opening, to hand bytes over without delay. Drivers that know no
+  /// such thing are no error. Closing puts back what was there before. False by default.
+  bool usesLowLatency() const { return usesLowLatency_; }
+  void setUsesLowLatency(bool use) { usesLowLatency_ = use; }
+
   /// Flow control; changing one closes an open port and opens it again.
   bool usesRTSCTSFlowControl() const { return settings_.flowControl.rtsCts; }
   void setUsesRTSCTSFlowControl(bool use);
@@ -144,10 +153,11 @@ class SerialPort final : public NamedDevice,
 
  private:
   CallResult withDescriptor(const std::function<CallResult(int)> &call) const override;
-  std::binary_semaphore &selectSemaphore() override { return selectSemaphore_; }
-  void receiveData(const QByteArray &bytes) override;
+  Semaphore &selectSemaphore() override { return selectSemaphore_; }
+  void receiveData(const QByteArray &bytes, const std::shared_ptr<void> &place) override;
   void showPins(int pins) override;
-  void notifyDelegateOfPosixError(int error, bool waitUntilDone = false) override;
+  void notifyDelegateOfPosixError(int error, bool waitUntilDone = false,
+                                  const std::shared_ptr<void> &place = nullptr) override;
   void deviceHasGone(const std::shared_ptr<LineSession> &session) override;
 
   void setFileDescriptor(int descriptor);
@@ -158,6 +168,7 @@ class SerialPort final : public NamedDevice,
   void applyFlowControl(bool FlowControl::*kind, bool use);
   void drivePin(std::atomic<bool> &stored, int pin, bool on);
   void takeOverPins();
+  void takeLowLatency();
   void keepOriginalAttributes();
   void startLoops(const std::shared_ptr<LineSession> &running);
   void showPin(std::atomic<bool> &stored, const QString &key, bool on);
@@ -178,7 +189,10 @@ class SerialPort final : public NamedDevice,
   RegistryHandle IOKitDevice_ = 0;
   std::weak_ptr<SerialPortDelegate> delegate_;
 
+  std::shared_ptr<const DeliveryRule> deliveryRule_;  // guarded by identityMutex_
+
   LineSettings settings_;
+  bool usesLowLatency_ = false;
   std::atomic<bool> RTS_ = false;
   std::atomic<bool> DTR_ = false;
   std::atomic<bool> CTS_ = false;
@@ -190,8 +204,9 @@ class SerialPort final : public NamedDevice,
   std::atomic<int> fileDescriptor_ = 0;
   mutable std::shared_mutex descriptorGuard_;
   std::unique_ptr<termios> originalPortAttributes_;  // nothing when they could not be read
+  bool hasTakenLowLatency_ = false;                  // and it was off before
   std::shared_ptr<LineSession> session_;             // guarded by identityMutex_
-  std::binary_semaphore selectSemaphore_{1};         // held by the read loop while it waits, and by close()
+  Semaphore selectSemaphore_{1};                     // held by the read loop while it waits, and by close()
 
   KeyValueObservers observers_;
   const std::unique_ptr<PortRequests> requests_;

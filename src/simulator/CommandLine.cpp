@@ -26,7 +26,7 @@ class Arguments {
     add("delay", "Reply this much later.", "MS");
     add("start-up", "Ignore everything for this long after the start.", "MS");
     add("split", "Cut replies in pieces of this many bytes.", "N");
-    add("split-gap", "Pause between pieces and before late ends (20).", "MS");
+    add("split-gap", "Pause between pieces and before late ends (50).", "MS");
     add("glue", "Send two replies in one write, if a second comes within 100 ms.");
     add("noise", "Send random bytes between the replies.");
     add("seed", "Seed of the random bytes and losses (1).", "N");
@@ -52,7 +52,15 @@ class Arguments {
 
   bool has(const char *name) const { return parser_.isSet(QString::fromLatin1(name)); }
   QString text(const char *name) const { return parser_.value(QString::fromLatin1(name)); }
-  QString help() const { return parser_.helpText(); }
+  QString help() const {
+    return parser_.helpText() +
+           QStringLiteral(
+               "\nExamples:\n"
+               "  tavril-servo --link /tmp/servo                    a well-behaved servo; then, in another\n"
+               "                                                    terminal: tavril --port /tmp/servo\n"
+               "  tavril-servo --link /tmp/servo --lose 5 --noise   the same behind a bad cable\n"
+               "  tavril-servo --link /tmp/servo --two-servos       one too many on the line\n");
+  }
   QString complaint() const { return complaint_; }
 
   long long number(const char *name, long long otherwise, long long lowest, long long highest) {

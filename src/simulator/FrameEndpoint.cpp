@@ -224,12 +224,21 @@ std::optional<Bytes> FrameEndpoint::takeDelivery() {
 }
 
 std::optional<nanoseconds> FrameEndpoint::timeToNextEvent() const {
-  std::optional<nanoseconds> next;
-  for (const std::optional<nanoseconds> &due : {replies_.nextDue(), frameDeadline_, logDeadline_}) {
-    if (due) next = next ? std::min(*next, *due) : *due;
+  return timeToFirst({replies_.nextDue(), frameDeadline_, logDeadline_});
+}
+
+std::optional<nanoseconds> FrameEndpoint::timeToEndOfPatience() const {
+  return timeToFirst({frameDeadline_, logDeadline_});
+}
+
+std::optional<nanoseconds> FrameEndpoint::timeToFirst(
+    std::initializer_list<std::optional<nanoseconds>> times) const {
+  std::optional<nanoseconds> first;
+  for (const std::optional<nanoseconds> &due : times) {
+    if (due) first = first ? std::min(*first, *due) : *due;
   }
-  if (!next) return std::nullopt;
-  return std::max(*next - now_, nanoseconds{0});
+  if (!first) return std::nullopt;
+  return std::max(*first - now_, nanoseconds{0});
 }
 
 }  // namespace tavril::simulator

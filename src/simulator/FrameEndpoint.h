@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <initializer_list>
 #include <optional>
 #include <random>
 #include <span>
@@ -39,6 +40,9 @@ class FrameEndpoint {
   std::optional<Bytes> takeDelivery();
   /// How long advance() has nothing to do without new bytes; nothing means for ever.
   std::optional<std::chrono::nanoseconds> timeToNextEvent() const;
+  /// How long the host may yet be silent before advance() takes a frame or a delivery that has begun for all
+  /// there is; nothing when none has begun.
+  std::optional<std::chrono::nanoseconds> timeToEndOfPatience() const;
 
   /// True once the options' unplugAfter is reached: nothing is taken or sent any more.
   bool unplugged() const { return unplugged_; }
@@ -57,6 +61,8 @@ class FrameEndpoint {
   void giveUpFrame();
   void reply(Bytes reply, std::chrono::nanoseconds answerAt);
   void awaitPadding();
+  std::optional<std::chrono::nanoseconds> timeToFirst(
+      std::initializer_list<std::optional<std::chrono::nanoseconds>> times) const;
 
   ServoModel &model_;
   Options options_;

@@ -25,8 +25,8 @@ struct Options {
   std::chrono::milliseconds startUp{0};
   /// Replies are cut in pieces of this many bytes; 0 leaves them whole.
   int splitSize = 0;
-  /// Pause between two pieces, and before an end that comes late.
-  std::chrono::milliseconds splitGap{20};
+  /// Pause between two pieces, and before an end that comes late. Longer than a host puts pieces together.
+  std::chrono::milliseconds splitGap{50};
   /// Two replies leave in one write. The first waits for the second, though no longer than glueWait.
   bool glue = false;
   std::chrono::milliseconds glueWait{100};

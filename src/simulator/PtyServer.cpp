@@ -2,6 +2,7 @@
 
 #include "simulator/FrameEndpoint.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdlib>
@@ -19,6 +20,7 @@ namespace tavril::simulator {
 namespace {
 
 using std::chrono::nanoseconds;
+using namespace std::chrono_literals;
 
 bool fail(QString *error, const char *what) {
   const int number = errno;
@@ -114,9 +116,17 @@ void PtyServer::wake() const {
   if (wake_.valid() && ::write(wake_.get(), &one, sizeof one) < 0) return;
 }
 
+/// Expects the lock. What the host has sent may be waiting in the terminal because this thread is held up,
+/// and must not be late for that: only receive(), when it finds nothing there, lets patience come to an end.
 void PtyServer::catchUp() {
-  const auto now = std::chrono::steady_clock::now();
-  endpoint_.advance(now - std::exchange(lastAdvance_, now));
+  auto now = std::chrono::steady_clock::now();
+  if (const auto left = endpoint_.timeToEndOfPatience()) now = std::min(now, lastAdvance_ + *left - 1ns);
+  advanceTo(now);
+}
+
+/// Expects the lock.
+void PtyServer::advanceTo(std::chrono::steady_clock::time_point now) {
+  if (now > lastAdvance_) endpoint_.advance(now - std::exchange(lastAdvance_, now));
 }
 
 void PtyServer::serve() {
@@ -189,10 +199,13 @@ void PtyServer::waitForWork() const {
 }
 
 bool PtyServer::receive() {
+  const auto asked = std::chrono::steady_clock::now();
   std::array<std::uint8_t, 4096> buffer;
   const ssize_t count = ::read(master_.get(), buffer.data(), buffer.size());
-  if (count < 0) return errno == EAGAIN || errno == EINTR;
+  const int error = count < 0 ? errno : 0;
   const std::lock_guard lock(mutex_);
+  if (error == EAGAIN) advanceTo(asked);
+  if (count < 0) return error == EAGAIN || error == EINTR;
   catchUp();
   endpoint_.receive(std::span(buffer).first(static_cast<std::size_t>(count)));
   return count > 0;

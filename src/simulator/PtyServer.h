@@ -48,6 +48,7 @@ class PtyServer {
   bool openTerminal(QString *error);
   void serve();
   void catchUp();
+  void advanceTo(std::chrono::steady_clock::time_point now);
   bool receive();
   bool sendAndLog();
   void send(const Bytes &bytes);

@@ -7,9 +7,11 @@
 #include <QFile>
 #include <QSocketNotifier>
 
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 
+#include <sys/eventfd.h>
 #include <sys/signalfd.h>
 
 namespace {
@@ -53,9 +55,13 @@ int serve(CommandLine &commandLine, const FileDescriptor &signals) {
                   exitFailed);
   }
   commandLine.options.log = [&log](const QString &line) { writeLine(log, line); };
-  commandLine.options.unplugged = [] {
-    QMetaObject::invokeMethod(QCoreApplication::instance(), &QCoreApplication::quit, Qt::QueuedConnection);
-  };
+  const FileDescriptor plugPulled(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+  if (!plugPulled.valid()) {
+    return refuse(QStringLiteral("cannot wait for the plug: %1").arg(qt_error_string(errno)), exitFailed);
+  }
+  // Comes on the server's thread. A descriptor wakes the main thread rather than a posted call, which would
+  // be handed over, and freed by whichever thread is last, behind locks that a thread sanitizer cannot see.
+  commandLine.options.unplugged = [&plugPulled] { ::eventfd_write(plugPulled.get(), 1); };
 
   PortLink link;
   VirtualServo servo(commandLine.options);
@@ -68,9 +74,11 @@ int serve(CommandLine &commandLine, const FileDescriptor &signals) {
   std::printf("%s\n", qPrintable(servo.path()));
   std::fflush(stdout);
 
-  QSocketNotifier ending(signals.get(), QSocketNotifier::Read);
-  QObject::connect(&ending, &QSocketNotifier::activated, QCoreApplication::instance(),
-                   &QCoreApplication::quit);
+  const QSocketNotifier ending(signals.get(), QSocketNotifier::Read);
+  const QSocketNotifier unplugged(plugPulled.get(), QSocketNotifier::Read);
+  for (const QSocketNotifier *end : {&ending, &unplugged}) {
+    QObject::connect(end, &QSocketNotifier::activated, QCoreApplication::instance(), &QCoreApplication::quit);
+  }
   return QCoreApplication::exec();
 }
 

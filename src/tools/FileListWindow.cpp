@@ -51,7 +51,7 @@ void FileListWindow::setTexts(const StringTable &strings) {
   const QString title = windowTitleFor(strings.text(u"string_tables"));
   setWindowTitle(title);
   ui_->FileTableView->setAccessibleName(title);
-  ui_->folder->setAccessibleName(title);
+  ui_->folder->setAccessibleName(strings.text(u"tables_folder"));
   ui_->FileTableView->setHorizontalHeaderLabels({strings.text(u"file_name"), strings.text(u"file_number")});
   ui_->empty->setText(strings.text(u"no_string_tables"));
   ui_->open->setText(strings.text(u"open_file"));

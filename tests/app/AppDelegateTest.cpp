@@ -1,5 +1,6 @@
 #include "platform/ManagedObjectContext.h"
 #include "platform/PersistentStoreCoordinator.h"
+#include "serial/DeliveryRule.h"
 #include "tests/app/LinkBench.h"
 #include "tests/support/WaitFor.h"
 
@@ -292,6 +293,28 @@ TEST_F(AppDelegateLink, RepliesFromTheWireAreDecoded) {
   pty.write(QByteArray::fromHex("FF079101002AFE"));
   ASSERT_TRUE(bench.mainQueue.runUntil([&] { return textOf("sID_value") == u"42"; }));
   EXPECT_EQ(pty.read(50).first(5), QByteArray::fromHex("FF059102FE"));
+}
+
+TEST_F(AppDelegateLink, ThePortIsOpenedWithTheRuleForRepliesAndLowLatency) {
+  bench.terminal.setLowLatencyOfLine(false);
+  launchOnPty();
+  connect(pty);
+  const auto port = application->serialPort();
+  ASSERT_NE(port->deliveryRule(), nullptr);
+  EXPECT_EQ(port->deliveryRule()->longestWait, 20ms);
+  EXPECT_EQ(bench.terminal.lowLatencyOfLine(), true);
+  port->close();
+  EXPECT_EQ(bench.terminal.lowLatencyOfLine(), false);
+}
+
+TEST_F(AppDelegateLink, ARepliesPiecesFromTheWireAreDecodedAsOneAndGluedRepliesAsTwo) {
+  launchOnPty();
+  connect(pty);
+  // Written in two, and one reply hangs on to the other; whether they are read together does not matter.
+  pty.write(QByteArray::fromHex("FF059001"));
+  pty.write(QByteArray::fromHex("FEFF079101002AFE"));
+  ASSERT_TRUE(bench.mainQueue.runUntil([&] { return textOf("sID_value") == "42"; }));
+  EXPECT_EQ(textOf("RXcmd").left(3), "RX:");
 }
 
 // ------------------------------------------------------------------------------------- closing and removal

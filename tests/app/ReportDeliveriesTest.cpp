@@ -1,5 +1,6 @@
-// What the program makes of replies that come in pieces, together, late or spoilt. Each delivery is looked at
-// by itself: one that begins like a frame but is not a whole one makes the reading begin again, any other
+// What the program makes of replies that come in pieces, together, late or spoilt. Pieces that come soon
+// after each other are put together and replies that come together are parted. Each delivery is then looked
+// at by itself: one that begins like a frame but is not a whole one makes the reading begin again, any other
 // that is no frame is dropped.
 #include "tests/support/Program.h"
 #include "tests/support/ScriptedBridge.h"
@@ -32,6 +33,11 @@ QList<QByteArray> cut(const QByteArray &reply, qsizetype at) {
   return {reply.first(at), reply.sliced(at)};
 }
 
+/// The bridge sends nothing for a while, a millisecond for each of the empty deliveries.
+QList<QByteArray> cutWithAPause(const QByteArray &reply, qsizetype at) {
+  return QList<QByteArray>{reply.first(at)} + QList<QByteArray>(80) + QList<QByteArray>{reply.sliced(at)};
+}
+
 /// Detection, then the registers from the first on as far as each of the numbers.
 std::vector<int> readings(const std::vector<int> &lasts) {
   std::vector<int> commands{0};
@@ -55,6 +61,8 @@ struct ServoReading {
 
 struct Runs {
   Reading cutReply{once(5, [](const QByteArray &reply) { return cut(reply, 4); })};
+  Reading cutLongBefore{once(5, [](const QByteArray &reply) { return cutWithAPause(reply, 4); })};
+  Reading cutDetectionLongBefore{once(0, [](const QByteArray &reply) { return cutWithAPause(reply, 4); })};
   Reading cutDetection{once(0, [](const QByteArray &reply) { return cut(reply, 4); })};
   Reading gluedToTheDetection{once(0, [](const QByteArray &reply) {
     return QList<QByteArray>{reply + QByteArray("\xFF\x07\x91\x01\x00\x63\xFE", 7)};
@@ -122,16 +130,26 @@ std::string silentAfter(int registers, const std::string &port) {
          " of 20 registers: check the servo's cable and power, then retry.";
 }
 
-TEST(ReportDeliveries, AReplyInTwoPiecesMakesTheReadingBeginAgain) {
-  expectRightValues(runs->cutReply, readings({5, 20}));
-}
-
-TEST(ReportDeliveries, ADetectionWhoseEndComesLateIsMadeGoodByTheReading) {
+TEST(ReportDeliveries, TwoPiecesThatComeSoonAfterEachOtherAreOneReply) {
+  expectRightValues(runs->cutReply, readings({20}));
   expectRightValues(runs->cutDetection, readings({20}));
 }
 
-TEST(ReportDeliveries, OfTwoRepliesInOneDeliveryNeitherCounts) {
-  expectRightValues(runs->gluedToTheDetection, readings({20}));
+TEST(ReportDeliveries, AReplyInTwoPiecesMakesTheReadingBeginAgain) {
+  expectRightValues(runs->cutLongBefore, readings({5, 20}));
+}
+
+TEST(ReportDeliveries, ADetectionWhoseEndComesLateIsMadeGoodByTheReading) {
+  expectRightValues(runs->cutDetectionLongBefore, readings({20}));
+}
+
+TEST(ReportDeliveries, OfTwoRepliesThatComeTogetherBothCount) {
+  expectSuccess(runs->gluedToTheDetection.program.outcome(),
+                ScriptedBridge::json(portName(runs->gluedToTheDetection.bridge.path())));
+  // The stray reply has begun a reading of its own beside the one that the detection began.
+  const auto &commands = runs->gluedToTheDetection.bridge.commands();
+  ASSERT_GE(commands.size(), 4U);
+  EXPECT_EQ(std::vector(commands.begin(), commands.begin() + 4), (std::vector<int>{0, 1, 2, 2}));
 }
 
 TEST(ReportDeliveries, AReplyWithAWrongLengthMakesTheReadingBeginAgain) {

@@ -12,6 +12,8 @@ class CtlProgram : public Program {
 
   /// What has the bridge at this path answer soon: it needs no time to start.
   static QString at(const QString &path) { return QStringLiteral(" --boot-wait 0 --port ") + path; }
+  /// The same for replies that come in any case: with all the time that a busy machine may need for them.
+  static QString patientlyAt(const QString &path) { return at(path) + QStringLiteral(" --timeout 60000"); }
 };
 
 }  // namespace tavril

@@ -62,9 +62,7 @@ INSTANTIATE_TEST_SUITE_P(
              "/dev/ttyUSB0."},
         Said{"ResetAsks", "reset", 2,
              "reset overwrites all fifteen settings, the servo ID included: say --yes"},
-        Said{"NoCommand", "--demo", 2, "a command is missing."},
-        Said{"PortNeedsAName", "detect --port=", 2,
-             "--port needs the name or path of a port, such as /dev/ttyUSB0."}),
+        Said{"NoCommand", "--demo", 2, "a command is missing."}),
     nameOf);
 
 TEST(MessagesOfTavrilctl, TellAFileThatMayNotBeRead) {

@@ -116,6 +116,13 @@ TEST_F(FocusTest, ShowsOnEveryElementOfThePanelsAndTheDialog) {
   EXPECT_EQ(checkThatFocusShows(*window), 3);
 }
 
+TEST_F(FocusTest, ShowsOnEveryElementOfAbout) {
+  choose(strings.text(u"about_tavril"));
+  auto *about = window->findChild<AboutWindow *>();
+  ASSERT_NE(about, nullptr);
+  EXPECT_EQ(checkThatFocusShows(*about), 5);
+}
+
 class NamesTest : public ScreenTour {};
 
 TEST_P(NamesTest, EverythingThatCanHaveTheFocusHasANameOfItsOwn) {

@@ -73,8 +73,11 @@ class LanguageSwitch : public GuiBench {
     const auto widgets = QApplication::allWidgets();
     for (const QWidget *widget : widgets) {
       const QStringList families = widget->font().families();
-      if (families.value(0) != u"Inter") continue;
-      EXPECT_EQ(families.value(1).toStdString(), face.toStdString()) << qPrintable(widget->objectName());
+      const bool isDesktop =
+          widget->windowType() == Qt::Desktop;  // which Qt makes for itself and never shows
+      if (isDesktop || families.value(0) != u"Inter") continue;
+      EXPECT_EQ(families.value(1).toStdString(), face.toStdString())
+          << widget->metaObject()->className() << ' ' << widget->objectName().toStdString();
       ++looked;
     }
     EXPECT_GT(looked, 60);
@@ -162,7 +165,7 @@ TEST_F(LanguageSwitch, WhileThePortDialogIsOpenNoTextOfTheOldLanguageRemains) {
 }
 
 TEST_F(LanguageSwitch, WhileAboutAndTheLicenceAreOpenNoTextOfTheOldLanguageRemains) {
-  shortcut(Qt::Key_F1, Qt::NoModifier);
+  choose(strings.text(u"about_tavril"));
   auto *about = window->findChild<AboutWindow *>();
   ASSERT_NE(about, nullptr);
   press(about->findChild<QWidget *>(QStringLiteral("licence")));

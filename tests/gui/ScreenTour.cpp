@@ -1,13 +1,20 @@
 #include "tests/gui/ScreenTour.h"
 
+#include "platform/linux/PosixUserFiles.h"
 #include "platform/linux/QtModalAlert.h"
 #include "protocol/StatusLists.h"
+#include "tests/support/AnsweringFilePanels.h"
+#include "tools/ConverterWindow.h"
+#include "tools/FileListWindow.h"
+#include "tools/StringsConverter.h"
 
+#include <QFile>
 #include <QMenu>
 #include <QMenuBar>
 #include <QPlainTextEdit>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QTemporaryDir>
 #include <QTimer>
 #include <QToolTip>
 
@@ -19,6 +26,7 @@ void ScreenTour::tour(Visit visit) {
   visitMenus();
   visitAbout();
   visitDoctor();
+  visitConverter();
   visitConnecting();
   visitNotices();
   visitToolTip();
@@ -54,7 +62,7 @@ void ScreenTour::visitMenus() {
 }
 
 void ScreenTour::visitAbout() {
-  shortcut(Qt::Key_F1, Qt::NoModifier);
+  choose(strings.text(u"about_tavril"));
   auto *about = window->findChild<AboutWindow *>();
   ASSERT_NE(about, nullptr);
   // It comes up with the bar that the text needs before the window has its size.
@@ -75,7 +83,7 @@ void ScreenTour::visitDoctor() {
   auto *doctor = window->findChild<DoctorWindow *>();
   ASSERT_NE(doctor, nullptr);
   // Large enough for all of it, on a large screen.
-  doctor->resize(680, 900);
+  doctor->resize(680, 1100);
   auto *again = doctor->findChild<QWidget *>(QStringLiteral("again"));
   ASSERT_TRUE(waitFor([&] { return again->isEnabled(); }));
   const auto laidOut = [&] {
@@ -92,6 +100,33 @@ void ScreenTour::visitDoctor() {
   ASSERT_TRUE(laidOut());
   show(QStringLiteral("doctor-well"), *doctor);
   doctor->close();
+}
+
+void ScreenTour::visitConverter() {
+  const QTemporaryDir folder;
+  AnsweringFilePanels panels;
+  PosixUserFiles userFiles;
+  StringsConverter converter(panels, userFiles,
+                             TableFolder([&] { return folder.path(); }, [](const QString &) {}), strings,
+                             notifications, log);
+  converter.showConverter(window.get());
+  auto *merging = window->findChild<ConverterWindow *>();
+  ASSERT_NE(merging, nullptr);
+  ASSERT_TRUE(QTest::qWaitForWindowExposed(merging));
+  show(QStringLiteral("converter"), *merging);
+  delete merging;
+  converter.showTables(window.get());
+  auto *list = window->findChild<FileListWindow *>();
+  ASSERT_NE(list, nullptr);
+  ASSERT_TRUE(QTest::qWaitForWindowExposed(list));
+  show(QStringLiteral("tables-empty"), *list);
+  for (const char *name : {"cs.strings.h", "nl.strings.h", "pt-BR.strings.h"}) {
+    QFile file(folder.filePath(QString::fromLatin1(name)));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+  }
+  converter.showTables(window.get());
+  show(QStringLiteral("tables"), *list);
+  delete list;
 }
 
 void ScreenTour::visitConnecting() {

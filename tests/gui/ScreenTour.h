@@ -25,6 +25,7 @@ class ScreenTour : public GuiBench, public testing::WithParamInterface<std::stri
   void visitMenus();
   void visitAbout();
   void visitDoctor();
+  void visitConverter();
   void visitConnecting();
   void visitNotices();
   void visitQuestions();

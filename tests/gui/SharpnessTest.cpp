@@ -85,7 +85,8 @@ TEST_P(SharpnessTest, WithTwiceThePixelsEveryTextIsInTheSamePlace) {
       const QRectF fine = inkIn(twice, place);
       EXPECT_LT(std::abs(coarse.left() - fine.left()) + std::abs(coarse.top() - fine.top()), tolerance)
           << name.toStdString() << ' ' << element->objectName().toStdString();
-      EXPECT_LT(std::abs(coarse.height() - fine.height()), tolerance)
+      // Where there are many lines, each is rounded for itself.
+      EXPECT_LT(std::abs(coarse.height() - fine.height()), tolerance + place.height() / 100)
           << name.toStdString() << ' ' << element->objectName().toStdString();
       ++count;
     }

@@ -47,12 +47,12 @@ class RequestsBench : public testing::Test {
 
   /// What has been sent to the servo's side so far.
   const QByteArray &sent() { return wasSent += pty.readPending(); }
-  /// The servo's side says this, and the port has read it and brought it to the request queue.
+  /// The servo's side says this, and the port has read it and done with it what it does at once.
   void arrives(const QByteArray &bytes) {
     const long expected = bench.terminal.bytesRead() + bytes.size();
     pty.write(bytes);
     EXPECT_TRUE(waitFor([&] { return bench.terminal.bytesRead() >= expected; }));
-    EXPECT_TRUE(waitFor([&] { return queue->broughtByOthers() >= bench.terminal.readsWithBytes(); }));
+    EXPECT_TRUE(waitFor([&] { return bench.terminal.waitsAgainAfterReading(); }));
   }
   /// The same, and the request queue has dealt with it.
   void answer(const QByteArray &bytes) {

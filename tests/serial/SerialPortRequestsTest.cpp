@@ -195,6 +195,21 @@ TEST_F(SerialPortRequests, BytesThatComeWhileNothingIsPendingAccumulate) {
   EXPECT_EQ(sent(), "");
 }
 
+TEST_F(SerialPortRequests, BytesThatComeWhileNothingIsPendingWakeNoThread) {
+  for (int i = 0; i < 5; ++i) arrives("unasked");
+  EXPECT_EQ(queue->broughtByOthers(), 0);
+  port->sendRequest(request("one"));
+  arrives("answer!");
+  EXPECT_EQ(queue->broughtByOthers(), 1);
+  // The next ones must not overtake those that are still on their way.
+  port->setPendingRequest(nullptr);
+  arrives("late");
+  EXPECT_EQ(queue->broughtByOthers(), 2);
+  queue->runAll();
+  arrives("unasked");
+  EXPECT_EQ(queue->broughtByOthers(), 2);
+}
+
 TEST_F(SerialPortRequests, OfTheBytesThatComeWhileNothingIsPendingTheLatestAreKept) {
   constexpr qsizetype most = 64 * 1024;
   const QByteArray noise(1024, 'n');

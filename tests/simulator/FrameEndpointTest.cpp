@@ -127,6 +127,18 @@ TEST(FrameEndpoint, ReportsAFrameThatIsNotFinishedIn100Milliseconds) {
   EXPECT_EQ(bench.exchange({0xFF, 0x04, 0x90, 0xFE}), (Bytes{0xFF, 0x05, 0x90, 0x01, 0xFE}));
 }
 
+TEST(FrameEndpoint, TellsHowLongTheHostMayBeSilent) {
+  EndpointBench bench;
+  EXPECT_EQ(bench.endpoint.timeToEndOfPatience(), std::nullopt);
+  bench.endpoint.receive(Bytes{0xFF, 0x05});
+  EXPECT_EQ(bench.endpoint.timeToEndOfPatience(), 100ms);
+  bench.endpoint.advance(30ms);
+  bench.endpoint.receive(Bytes{0x91, 0x05, 0xFE});
+  EXPECT_EQ(bench.endpoint.timeToEndOfPatience(), 20ms) << "for the padding";
+  bench.endpoint.advance(20ms);
+  EXPECT_EQ(bench.endpoint.timeToEndOfPatience(), std::nullopt);
+}
+
 TEST(FrameEndpoint, AFrameMayComeInPiecesWithinItsTime) {
   EndpointBench bench;
   for (const std::uint8_t byte : Bytes{0xFF, 0x05, 0x91, 0x05}) {

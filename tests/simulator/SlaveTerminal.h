@@ -29,6 +29,17 @@ class SlaveTerminal {
   bool write(const Bytes &bytes) const {
     return ::write(descriptor(), bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size());
   }
+  /// Waits for room as often as it takes, though not for ever.
+  bool writeAll(const Bytes &bytes) const {
+    std::size_t written = 0;
+    while (written < bytes.size()) {
+      if (!waitFor(POLLOUT)) return false;
+      const ssize_t taken = ::write(descriptor(), bytes.data() + written, bytes.size() - written);
+      if (taken < 0 && errno != EAGAIN) return false;
+      if (taken > 0) written += static_cast<std::size_t>(taken);
+    }
+    return true;
+  }
   /// A frame with the zeros that fill it to 50 bytes.
   bool writeDelivery(Bytes frame) const {
     frame.resize(50, 0x00);

@@ -6,7 +6,9 @@
 #include <condition_variable>
 #include <ctime>
 #include <mutex>
+#include <semaphore>
 #include <set>
+#include <utility>
 
 #include <sys/ioctl.h>
 #include <termios.h>
@@ -82,6 +84,32 @@ TEST(VirtualServo, AFrameThatIsNeverFinishedIsReportedByItself) {
   const SlaveTerminal host(servo.path());
   ASSERT_TRUE(host.write({0xFF, 0x05, 0x91}));
   EXPECT_EQ(host.read(5), (Bytes{0xFF, 0x05, 0xF9, 0x01, 0xFE}));
+}
+
+TEST(VirtualServo, AFrameThatWaitsInTheTerminalIsNotLateWhenTheServerIs) {
+  std::binary_semaphore held(0);
+  std::binary_semaphore released(0);
+  Options options;
+  bool isFirst = true;
+  options.log = [&](const QString &) {
+    if (!std::exchange(isFirst, false)) return;
+    held.release();
+    released.acquire();
+  };
+  VirtualServo servo(options);
+  ASSERT_TRUE(servo.start());
+  const SlaveTerminal host(servo.path());
+  Bytes sent = detect;
+  sent.resize(50, 0x00);
+  sent.insert(sent.end(), {0xFF, 0x05, 0x91});
+  ASSERT_TRUE(host.write(sent));
+  const bool isHeld = held.try_acquire_for(20s);
+  EXPECT_TRUE(host.write({0x01, 0xFE}));
+  // Nothing can come meanwhile; it is the server's time that passes.
+  ::poll(nullptr, 0, 2 * static_cast<int>(FrameEndpoint::frameTimeout.count()));
+  released.release();
+  ASSERT_TRUE(isHeld);
+  EXPECT_EQ(host.read(12), (Bytes{0xFF, 0x05, 0x90, 0x01, 0xFE, 0xFF, 0x07, 0x91, 0x01, 0x00, 0x01, 0xFE}));
 }
 
 TEST(VirtualServo, UnplugHangsTheLineUp) {
@@ -218,24 +246,35 @@ TEST(VirtualServo, AtWirePaceAnExchangeTakesAtLeastItsBytes) {
 
 TEST(VirtualServo, BytesThatNobodyReadsAreLostAndDoNotBlock) {
   LineCollector lines;
+  // Both are the server's until the last line has come.
+  qsizetype replied = 0;
+  qsizetype lost = 0;
   Options options;
   options.log = [&](const QString &line) {
-    if (line.contains(u"bytes lost, nobody reads")) lines.add(QStringLiteral("lost"));
+    if (line.contains(u"bytes lost, nobody reads")) {
+      lost += line.section(u' ', 1, 1).toInt();
+    } else if (line.startsWith(u"<- ")) {
+      replied += line.mid(3).section(QStringLiteral("  "), 0, 0).split(u' ').size();
+    }
+    lines.add(line);
   };
   VirtualServo servo(options);
   ASSERT_TRUE(servo.start());
   const SlaveTerminal host(servo.path());
-  const auto deadline = std::chrono::steady_clock::now() + 20s;
-  int written = 0;
-  while (written < 20'000 && std::chrono::steady_clock::now() < deadline) {
-    pollfd room{host.descriptor(), POLLOUT, 0};
-    ASSERT_GT(::poll(&room, 1, 20'000), 0);
-    if (host.write(detect)) ++written;
-  }
-  EXPECT_TRUE(lines.waitFor(QStringLiteral("lost")));
-  ASSERT_EQ(::tcflush(host.descriptor(), TCIFLUSH), 0);
-  ASSERT_TRUE(host.write({0xFF, 0x05, 0xF9, 0x77, 0xFE}));
-  EXPECT_TRUE(host.readUntil({0xFF, 0x05, 0xF9, 0x77, 0xFE}));
+  constexpr int commands = 20'000;
+  for (int i = 0; i < commands; ++i) ASSERT_TRUE(host.writeAll(detect));
+  // Bytes that nobody answers. Once the first is told, all replies are sent or lost, and once the second is,
+  // they are told too.
+  ASSERT_TRUE(host.writeAll({0x55}));
+  ASSERT_TRUE(lines.waitFor(QStringLiteral("-> 55  stray  (1 bytes)")));
+  ASSERT_TRUE(host.writeAll({0x66}));
+  ASSERT_TRUE(lines.waitFor(QStringLiteral("-> 66  stray  (1 bytes)")));
+  EXPECT_EQ(servo.framesSeen(), commands);
+  EXPECT_EQ(replied, 5 * commands);
+  EXPECT_GT(lost, 0);
+  EXPECT_EQ(host.read(static_cast<std::size_t>(replied - lost)).size(),
+            static_cast<std::size_t>(replied - lost));
+  EXPECT_EQ(host.exchange({0xFF, 0x05, 0xF9, 0x77, 0xFE}, 5), (Bytes{0xFF, 0x05, 0xF9, 0x77, 0xFE}));
 }
 
 TEST(VirtualServo, SleepsWhileThereIsNothingToDo) {

@@ -25,6 +25,7 @@ enum class Call {
   SetSpeed,
   SetFlowControl,
   SetArbitrarySpeed,
+  SetLowLatency,
   Pins,
   SetPins,
   Wait,
@@ -64,6 +65,15 @@ class FaultyTerminalCalls final : public TerminalCalls {
     const std::lock_guard lock(mutex_);
     return pins_;
   }
+  /// Whether the driver hands bytes over without delay; nothing: the real line, which has no such choice.
+  void setLowLatencyOfLine(std::optional<bool> on) {
+    const std::lock_guard lock(mutex_);
+    lowLatency_ = on;
+  }
+  std::optional<bool> lowLatencyOfLine() const {
+    const std::lock_guard lock(mutex_);
+    return lowLatency_;
+  }
   int count(Call call) const {
     const std::lock_guard lock(mutex_);
     const auto found = counts_.find(call);
@@ -82,6 +92,12 @@ class FaultyTerminalCalls final : public TerminalCalls {
   long bytesRead() const {
     const std::lock_guard lock(mutex_);
     return bytesRead_;
+  }
+  /// Whether who has read last waits for more again, and so has done with what it read.
+  bool waitsAgainAfterReading() const {
+    const std::lock_guard lock(mutex_);
+    const auto waits = counts_.find(Call::Wait);
+    return waits != counts_.end() && waits->second > waitsAtLastRead_;
   }
   /// The calls so far, without waiting and polling.
   std::vector<Call> order() const {
@@ -121,6 +137,14 @@ class FaultyTerminalCalls final : public TerminalCalls {
   CallResult setArbitrarySpeed(int descriptor, unsigned long baudRate) override {
     return pass(Call::SetArbitrarySpeed, [&] { return real_.setArbitrarySpeed(descriptor, baudRate); });
   }
+  CallResult setLowLatency(int descriptor, bool on) override {
+    return pass(Call::SetLowLatency, [&] {
+      const auto before = lowLatencyOfLine();
+      if (!before) return real_.setLowLatency(descriptor, on);
+      setLowLatencyOfLine(on);
+      return CallResult::success(*before ? 1 : 0);
+    });
+  }
   CallResult pins(int descriptor, int &pins) override {
     return pass(Call::Pins, [&] {
       if (const auto given = pinsOfLine()) {
@@ -144,6 +168,7 @@ class FaultyTerminalCalls final : public TerminalCalls {
     const CallResult got = pass(Call::Read, [&] { return real_.read(descriptor, buffer); });
     const std::lock_guard lock(mutex_);
     if (got.value > 0) ++readsWithBytes_;
+    if (got.value > 0) waitsAtLastRead_ = counts_[Call::Wait];
     if (got.value > 0) bytesRead_ += got.value;
     return got;
   }
@@ -201,8 +226,10 @@ class FaultyTerminalCalls final : public TerminalCalls {
   std::vector<int> closed_;
   std::vector<Call> order_;
   int readsWithBytes_ = 0;
+  int waitsAtLastRead_ = 0;
   long bytesRead_ = 0;
   std::optional<int> pins_;
+  std::optional<bool> lowLatency_;
 };
 
 }  // namespace tavril

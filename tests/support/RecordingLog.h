@@ -6,17 +6,28 @@
 
 namespace tavril {
 
-/// Keeps the lines. Thread-safe.
+/// Keeps the lines, until it is told not to. Thread-safe.
 class RecordingLog final : public Log {
  public:
   void write(const QString &line) override {
     const std::lock_guard lock(mutex_);
-    lines_.append(line);
+    if (keeps_) lines_.append(line);
   }
 
   QStringList lines() const {
     const std::lock_guard lock(mutex_);
     return lines_;
+  }
+
+  /// For tests that look at memory.
+  void stopKeeping() {
+    const std::lock_guard lock(mutex_);
+    keeps_ = false;
+    lines_.clear();
+  }
+  bool isEnabled() const override {
+    const std::lock_guard lock(mutex_);
+    return keeps_;
   }
 
   void clear() {
@@ -27,6 +38,7 @@ class RecordingLog final : public Log {
  private:
   mutable std::mutex mutex_;
   QStringList lines_;
+  bool keeps_ = true;
 };
 
 }  // namespace tavril

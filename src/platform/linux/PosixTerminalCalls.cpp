@@ -9,6 +9,7 @@
 #include <thread>
 
 #include <fcntl.h>
+#include <linux/serial.h>
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/file.h>
@@ -133,6 +134,19 @@ CallResult PosixTerminalCalls::setFlowControl(termios &attributes, const FlowCon
 CallResult PosixTerminalCalls::setArbitrarySpeed(int descriptor, unsigned long baudRate) {
   const int error = setArbitrarySpeedOf(descriptor, baudRate);
   return error == 0 ? CallResult::success() : CallResult::failure(error);
+}
+
+CallResult PosixTerminalCalls::setLowLatency(int descriptor, bool on) {
+  serial_struct settings{};
+  const CallResult read =
+      repeatedWhileInterrupted([&] { return ::ioctl(descriptor, TIOCGSERIAL, &settings); });
+  if (read.failed()) return read;
+  const bool wasOn = (settings.flags & static_cast<int>(ASYNC_LOW_LATENCY)) != 0;
+  if (wasOn == on) return CallResult::success(wasOn ? 1 : 0);
+  settings.flags ^= static_cast<int>(ASYNC_LOW_LATENCY);
+  const CallResult set =
+      repeatedWhileInterrupted([&] { return ::ioctl(descriptor, TIOCSSERIAL, &settings); });
+  return set.failed() ? set : CallResult::success(wasOn ? 1 : 0);
 }
 
 CallResult PosixTerminalCalls::pins(int descriptor, int &pins) {

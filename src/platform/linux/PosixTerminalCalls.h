@@ -28,6 +28,7 @@ class PosixTerminalCalls final : public TerminalCalls {
   CallResult setSpeed(termios &attributes, unsigned long baudRate) override;
   CallResult setFlowControl(termios &attributes, const FlowControl &flowControl) override;
   CallResult setArbitrarySpeed(int descriptor, unsigned long baudRate) override;
+  CallResult setLowLatency(int descriptor, bool on) override;
   CallResult pins(int descriptor, int &pins) override;
   CallResult setPins(int descriptor, int pins) override;
   CallResult waitForInput(int descriptor, int wakeDescriptor, std::chrono::milliseconds timeout) override;

@@ -97,13 +97,12 @@ void MockMachine::plugAcm(const QString &name, const QString &socket) {
 }
 
 void MockMachine::plugWithoutPort(const QString &socket, const QString &vendorId, const QString &driver,
-                                  const QString &interfaceClass) {
+                                  const QString &interfaceClass, const QString &product) {
   const QString usb = usbPlace(socket);
-  add(ancestor(
-          usb, QStringLiteral("usb"),
-          QStringLiteral("E: DEVTYPE=usb_device\nA: idVendor=%1\nA: idProduct=7523\nA: product=USB Serial\n"
-                         "A: serial=0001\n")
-              .arg(vendorId)) +
+  add(ancestor(usb, QStringLiteral("usb"),
+               QStringLiteral("E: DEVTYPE=usb_device\nA: idVendor=%1\nA: idProduct=7523\nA: product=%2\n"
+                              "A: serial=0001\n")
+                   .arg(vendorId, product)) +
       ancestor(usb + u'/' + socket + QStringLiteral(":1.0"), QStringLiteral("usb"),
                QStringLiteral("E: DEVTYPE=usb_interface\nA: bInterfaceClass=%1\nA: bInterfaceSubClass=02\n")
                        .arg(interfaceClass) +

@@ -46,6 +46,12 @@ TEST_F(UdevUsbBusTest, SeesThatAProgramHasTakenAnAdapter) {
   EXPECT_EQ(only().driver, QStringLiteral("usbfs"));
 }
 
+TEST_F(UdevUsbBusTest, DoesNotLetADevicesNameSteerTheTerminal) {
+  machine_.plugWithoutPort(QStringLiteral("1-2"), QStringLiteral("1a86"), QString(), QStringLiteral("ff"),
+                           QStringLiteral("\x1b]0;x"));
+  EXPECT_EQ(only().product, QStringLiteral("?]0;x"));
+}
+
 TEST_F(UdevUsbBusTest, LeavesOutWhatIsNoSerialAdapter) {
   machine_.plugWithoutPort(QStringLiteral("1-2"), QStringLiteral("abcd"), QString());
   machine_.addBuiltIn(QStringLiteral("ttyS0"));

@@ -3,6 +3,7 @@
 #include "serial/SerialPortManager.h"
 #include "tests/vm/guest/KernelBench.h"
 
+#include <QFile>
 #include <QTest>
 
 #include <cerrno>
@@ -63,6 +64,19 @@ TEST_F(Link, RunsTheLineAtTheSpeedThatTheServoWants) {
   EXPECT_EQ(::cfgetospeed(&line), static_cast<speed_t>(B115200));
   EXPECT_EQ(line.c_cflag & static_cast<tcflag_t>(CSIZE | CSTOPB | PARENB), static_cast<tcflag_t>(CS8));
   ::close(terminal);
+}
+
+TEST_F(Link, ShortensTheAdaptersTimerWhileThePortIsOpen) {
+  const auto timer = [] {
+    QFile file(QStringLiteral("/sys/bus/usb-serial/devices/ttyUSB0/latency_timer"));
+    return file.open(QIODevice::ReadOnly) ? file.readAll().trimmed() : QByteArray();
+  };
+  start();
+  plugInAndRead(0, QString::fromUtf16(first));
+  EXPECT_EQ(timer(), "1");
+  house->application->serialPort()->close();
+  EXPECT_EQ(timer(), "16");
+  expectSettings(0, factorySettings);
 }
 
 TEST_F(Link, WritesAllSettings) {

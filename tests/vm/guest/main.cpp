@@ -3,6 +3,7 @@
 #include "tests/vm/guest/KernelBench.h"
 
 #include <QApplication>
+#include <QThreadPool>
 
 #include <gtest/gtest.h>
 
@@ -33,6 +34,9 @@ int main(int argc, char **argv) {
   testing::InitGoogleTest(&argc, argv);
   if (testing::GTEST_FLAG(list_tests)) return RUN_ALL_TESTS();
   QApplication application(argc, argv);
+  // Qt paints large areas with threads that it keeps for half a minute; they are none that a test left
+  // behind.
+  QThreadPool::globalInstance()->setExpiryTimeout(0);
   tavril::vm::HostControl host;
   if (!host.open()) {
     std::fputs("there is no line to the host: these tests are for a virtual machine\n", stderr);

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QByteArray>
+
+#include <chrono>
+#include <functional>
+
+namespace tavril {
+
+/// Says what of the bytes read so far becomes a delivery of its own. Immutable, so that threads may share it.
+struct DeliveryRule {
+  /// What to do with the bytes read so far.
+  struct Verdict {
+    enum class Kind { Whole, MoreToCome, AsItIs };
+
+    Kind kind = Kind::AsItIs;
+    qsizetype count = 0;  ///< of a whole one only
+
+    /// The first bytes, so many of them, are one delivery; what is left is judged anew.
+    static Verdict whole(qsizetype count) { return {Kind::Whole, count}; }
+    /// They are the beginning of one, for whose rest it is worth waiting.
+    static Verdict moreToCome() { return {Kind::MoreToCome}; }
+    /// Nothing to wait for and nothing to part: they are delivered as they came.
+    static Verdict asItIs() { return {}; }
+  };
+
+  /// Called on the thread that reads, with at least one byte, once whenever there are others than before.
+  /// Must be quick, and must not throw or wait for the main thread.
+  std::function<Verdict(const QByteArray &bytes)> judge;
+  /// From the first byte of a beginning on. Its rest may take so long, then it is delivered as it is.
+  std::chrono::milliseconds longestWait{0};
+};
+
+}  // namespace tavril
