@@ -73,6 +73,8 @@ void AppDelegate::setMenuTitles(const MenuOutlets &menu) const {
       {menu.detectionmotor, u"detection_motor"},
       {menu.language, u"language"},
       {menu.systemlanguage, u"system_language"},
+      {menu.help, u"help"},
+      {menu.userguide, u"user_guide"},
   };
   for (const auto &[item, key] : titles) {
     if (item) item->setText(desktop_.strings.text(key));

@@ -37,6 +37,8 @@ struct MenuOutlets {
   ScreenElement *detectionmotor = nullptr;
   ScreenElement *language = nullptr;
   ScreenElement *systemlanguage = nullptr;
+  ScreenElement *help = nullptr;
+  ScreenElement *userguide = nullptr;
 };
 
 /// The application's delegate: start-up, menu actions, and the one link to the servo. It opens the port,

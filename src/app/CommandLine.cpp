@@ -9,7 +9,23 @@ namespace {
 
 constexpr int usageError = 2;
 
+const QString examples = QStringLiteral(
+    "\nExamples:\n"
+    "  tavril --demo                        try the editor without any hardware\n"
+    "  tavril --port /dev/ttyUSB0           open the editor with this port first in its list\n"
+    "  tavril --report --json > servo.json  keep a read-out of the servo at the first USB port\n"
+    "  TAVRIL_LOG=1 tavril                  show the bytes that come and go\n"
+    "\nA window that is open already is brought to the front instead of opening another one.\n"
+    "The user guide is in the Help menu. For scripts there is tavrilctl, see \"tavrilctl --help\".\n");
+
 }  // namespace
+
+QString CommandLine::forOwnWindow() const {
+  if (!ports.isEmpty()) return QStringLiteral("--port");
+  if (demo) return QStringLiteral("--demo");
+  if (!language.isEmpty()) return QStringLiteral("--language");
+  return {};
+}
 
 CommandLine CommandLine::parse(const QStringList &arguments, const QString &version) {
   QCommandLineParser parser;
@@ -52,7 +68,7 @@ CommandLine CommandLine::parse(const QStringList &arguments, const QString &vers
     // Qt asks the application object for the program's name, and there is none yet.
     const QString text =
         parser.helpText().replace(QStringLiteral("<executable_name>"), QStringLiteral("tavril"));
-    line.answer = Answer{text, 0};
+    line.answer = Answer{text + examples, 0};
     return line;
   }
   if (parser.isSet(showVersion)) {

@@ -25,6 +25,10 @@ struct CommandLine {
   };
   std::optional<Answer> answer;
 
+  /// The first option that only a window of this run's own could follow, such as "--port"; empty when none
+  /// is given.
+  QString forOwnWindow() const;
+
   static CommandLine parse(const QStringList &arguments, const QString &version);
 };
 

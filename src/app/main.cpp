@@ -8,7 +8,9 @@
 #include "editor/AboutWindow.h"
 #include "editor/DocumentsLink.h"
 #include "editor/EditorWindow.h"
+#include "editor/GuideWindow.h"
 #include "editor/Style.h"
+#include "editor/WindowMemory.h"
 #include "platform/AlertErrorPresenter.h"
 #include "platform/Desktop.h"
 #include "platform/LoggingAlert.h"
@@ -26,6 +28,7 @@
 #include "platform/linux/QtModalAlert.h"
 #include "platform/linux/QtTimers.h"
 #include "platform/linux/SettingsFile.h"
+#include "platform/linux/SingleInstance.h"
 #include "platform/linux/StandardStreams.h"
 #include "platform/linux/StreamLog.h"
 #include "platform/linux/StringTables.h"
@@ -41,6 +44,7 @@
 
 #include <QApplication>
 #include <QDesktopServices>
+#include <QIcon>
 #include <QLocale>
 #include <QScreen>
 #include <QUrl>
@@ -158,8 +162,27 @@ void openDocuments(House &house) {
   link.open();
 }
 
+void openGuide(House &house, EditorWindow &window) {
+  GuideWindow::open(window, house.desktop, DocumentFolder::candidates(),
+                    [](const QUrl &url) { QDesktopServices::openUrl(url); });
+}
+
+/// Brings the window to the front, and what it waits for over it. `token`: the permission that a desktop has
+/// given to whoever asks for this, which under Wayland it wants to see.
+void bringToFront(QWidget &window, const QString &token) {
+  if (!token.isEmpty()) qputenv("XDG_ACTIVATION_TOKEN", token.toUtf8());
+  QWidget *modal = QApplication::activeModalWidget();
+  for (QWidget *one : {&window, modal}) {
+    if (!one) continue;
+    one->setWindowState(one->windowState() & ~Qt::WindowMinimized);
+    one->show();
+    one->raise();
+    one->activateWindow();
+  }
+}
+
 /// The editor, or with a file name a picture of it once everything has been read.
-int edit(House &house, const QString &snapshot) {
+int edit(House &house, const QString &snapshot, SingleInstance *instance) {
   Style::setLanguage(house.language.language());
   EditorWindow::Actions actions;
   actions.language = &house.language;
@@ -185,16 +208,25 @@ int edit(House &house, const QString &snapshot) {
       house.strings, house.notifications, house.log);
   actions.openConverter = [&] { converter.showConverter(shown); };
   actions.openTables = [&] { converter.showTables(shown); };
+  actions.userGuide = [&] { openGuide(house, *shown); };
   actions.endProcess = [](int status) { QCoreApplication::exit(status); };
   EditorWindow window(house.state, *house.application, house.desktop, std::move(actions));
   shown = &window;
   house.application->applicationDidFinishLaunching(window.menuOutlets());
-  // A picture shows all of the window, also one that is larger than the desktop.
-  window.fitInto(snapshot.isEmpty() ? window.screen()->availableSize()
-                                    : QSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX));
-  window.show();
-  if (snapshot.isEmpty()) return QCoreApplication::exec();
+  if (instance) {
+    const WindowMemory memory(window, house.preferences);
+    if (!memory.restore()) window.fitInto(window.screen()->availableSize());
+    window.show();
+    instance->setRaise([&window](const QString &token) { bringToFront(window, token); });
+    const int status = QCoreApplication::exec();
+    instance->setRaise(nullptr);
+    memory.keep();
+    return status;
+  }
 
+  // A picture shows all of the window, also one that is larger than the desktop.
+  window.fitInto(QSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX));
+  window.show();
   ReadOut readOut(house.state, *house.application, house.desktop, [&](const QString &problem) {
     // A moment later, so that the window shows what has been read.
     house.desktop.timers.oneShot(std::chrono::milliseconds(200), [&window, snapshot, problem] {
@@ -212,7 +244,8 @@ int edit(House &house, const QString &snapshot) {
   return QCoreApplication::exec();
 }
 
-int run(const CommandLine &line) {
+/// `instance`: null where there is no window that somebody sees.
+int run(const CommandLine &line, SingleInstance *instance = nullptr) {
   const bool interactive = !line.report && line.snapshot.isEmpty();
   House house(line.demo ? std::chrono::milliseconds(0) : AppDelegate::bridgeStartUp, interactive);
   buildHelpTables(house.state, house.log);
@@ -235,9 +268,27 @@ int run(const CommandLine &line) {
       return complain(*problem + QStringLiteral(". Name a serial terminal, such as /dev/ttyUSB0."));
     }
   }
-  if (!line.report) return edit(house, line.snapshot);
+  if (!line.report) return edit(house, line.snapshot, instance);
   house.application->applicationDidFinishLaunching();
   return report(house, line.format);
+}
+
+/// The editor in its window, or where there is one already, that one in front.
+int openEditor(const CommandLine &line) {
+  SingleInstance instance;
+  const QString token = qEnvironmentVariable("XDG_ACTIVATION_TOKEN");
+  if (instance.claim()) return run(line, &instance);
+  if (!instance.raiseOther(token)) {
+    // It may have ended in this very moment.
+    if (instance.claim()) return run(line, &instance);
+    return complain(QStringLiteral("Tavril is running already, but does not answer: wait, or end it."));
+  }
+  const QString lost = line.forOwnWindow();
+  if (lost.isEmpty()) return 0;
+  return complain(
+      QStringLiteral("Tavril is running already, and its window has been brought to the front; %1 "
+                     "had no effect. Close that window first, or choose there.")
+          .arg(lost));
 }
 
 }  // namespace
@@ -266,6 +317,8 @@ int main(int argc, char **argv) {
     qputenv("QT_QPA_PLATFORM", "offscreen");  // a picture can be made without one
   }
   QApplication application(argc, argv);
+  QGuiApplication::setDesktopFileName(QStringLiteral("org.tavril.Tavril"));
+  QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("tavril")));
   Style::apply(application);
-  return run(line);
+  return line.snapshot.isEmpty() ? openEditor(line) : run(line);
 }

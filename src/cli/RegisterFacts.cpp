@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <numeric>
 #include <vector>
 
 namespace tavril::cli {
@@ -44,12 +45,12 @@ bool isCheckPeriod(int number) {
 /// How many letters have to be added, taken away or replaced to make the one text the other.
 std::size_t distance(const QString &one, const QString &other) {
   std::vector<std::size_t> row(static_cast<std::size_t>(other.size()) + 1);
-  for (std::size_t i = 0; i < row.size(); ++i) row[i] = i;
-  for (qsizetype i = 0; i < one.size(); ++i) {
+  std::iota(row.begin(), row.end(), std::size_t{0});
+  for (const QChar letter : one) {
     std::size_t diagonal = row[0]++;
     for (qsizetype j = 0; j < other.size(); ++j) {
       const auto at = static_cast<std::size_t>(j) + 1;
-      const std::size_t replaced = diagonal + (one[i] == other[j] ? 0 : 1);
+      const std::size_t replaced = diagonal + (letter == other[j] ? 0 : 1);
       diagonal = row[at];
       row[at] = std::min({replaced, row[at] + 1, row[at - 1] + 1});
     }

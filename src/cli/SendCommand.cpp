@@ -87,7 +87,7 @@ Command commandFromHex(const QStringList &texts) {
                .arg(length));
   }
   const auto first = static_cast<qsizetype>(FrameByte::firstParameter);
-  const Command command{code, bytes.mid(first, bytes.size() - first - 1)};
+  Command command{code, bytes.mid(first, bytes.size() - first - 1)};
   checkParameters(command);
   return command;
 }

@@ -39,6 +39,21 @@ std::optional<int> integerOf(const QJsonValue &value) {
   return static_cast<int>(number);
 }
 
+/// The name as one line of a terminal may show it. A file from elsewhere could have line ends in its keys, or
+/// the codes with which terminals are told what to do.
+QString printable(const QString &name) {
+  QString shown;
+  for (const QChar character : name) {
+    // Halves of characters beyond the first 65536 count as not printable, but belong together here.
+    if (character.isPrint() || character.isSurrogate()) {
+      shown += character;
+    } else {
+      shown += QStringLiteral("\\u%1").arg(int{character.unicode()}, 4, 16, QLatin1Char('0'));
+    }
+  }
+  return shown;
+}
+
 struct Problem {
   TextPlace place;
   QString text;
@@ -162,7 +177,8 @@ class Checker {
   void complain(const QString &path, const QString &problem) { complain(places_.of(path), path, problem); }
   void complain(const TextPlace &place, const QString &path, const QString &problem) {
     const QString named =
-        path.isEmpty() ? problem : path + QString::fromLatin1(problem[0].isLetter() ? " " : ": ") + problem;
+        path.isEmpty() ? problem
+                       : printable(path) + QString::fromLatin1(problem[0].isLetter() ? " " : ": ") + problem;
     found_.push_back({place, named});
   }
 

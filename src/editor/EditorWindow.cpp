@@ -101,7 +101,7 @@ void EditorWindow::buildMenus(AppDelegate &appdelegate) {
     return action;
   };
   QMenu *tavril = menuBar()->addMenu(QString());
-  QAction *about = add(*tavril, QKeySequence(Qt::Key_F1), actions_.about);
+  QAction *about = add(*tavril, QKeySequence(), actions_.about);
   about->setMenuRole(QAction::AboutRole);
   about->setVisible(actions_.about != nullptr);
   if (actions_.language) addLanguageMenu(*tavril);
@@ -123,6 +123,9 @@ void EditorWindow::buildMenus(AppDelegate &appdelegate) {
   tables_ = add(*tool, QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_T), actions_.openTables);
   setToolTexts();
 
+  QMenu *help = menuBar()->addMenu(QString());
+  QAction *guide = add(*help, QKeySequence(Qt::Key_F1), actions_.userGuide);
+
   outlets_.tavril = item(tavril->menuAction());
   outlets_.abouttavril = item(about);
   outlets_.quittavril = item(quit);
@@ -132,6 +135,8 @@ void EditorWindow::buildMenus(AppDelegate &appdelegate) {
   outlets_.config = item(config->menuAction());
   outlets_.port = item(port);
   outlets_.detectionmotor = item(detect);
+  outlets_.help = item(help->menuAction());
+  outlets_.userguide = item(guide);
 }
 
 void EditorWindow::setToolTexts() {

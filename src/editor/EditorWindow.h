@@ -39,6 +39,7 @@ class EditorWindow final : public QMainWindow {
     std::function<void()> about;
     std::function<void()> openConverter;
     std::function<void()> openTables;
+    std::function<void()> userGuide;
     WindowsCtrl::EndProcess endProcess;
     LanguageChoice *language =
         nullptr;  ///< what the language menu chooses from; without it there is no such menu

@@ -74,8 +74,10 @@ QStringList FrameField::lines() const {
 }
 
 QVariant FrameField::inputMethodQuery(Qt::InputMethodQuery query) const {
-  return query == Qt::ImCursorRectangle ? QWidget::inputMethodQuery(query)
-                                        : QLineEdit::inputMethodQuery(query);
+  // A line edit's cursor lies where its one line would be, and not where the words are drawn here.
+  // NOLINTNEXTLINE(bugprone-parent-virtual-call)
+  if (query == Qt::ImCursorRectangle) return QWidget::inputMethodQuery(query);
+  return QLineEdit::inputMethodQuery(query);
 }
 
 void FrameField::paintEvent(QPaintEvent *) {

@@ -300,6 +300,11 @@ void Style::setLanguage(const QString &language) {
 
 void Style::apply(QApplication &application, const QString &language) {
   QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+  // Nothing on the screen moves but what the user or the servo moves.
+  for (const Qt::UIEffect effect : {Qt::UI_AnimateMenu, Qt::UI_FadeMenu, Qt::UI_AnimateCombo,
+                                    Qt::UI_AnimateTooltip, Qt::UI_FadeTooltip, Qt::UI_AnimateToolBox}) {
+    QApplication::setEffectEnabled(effect, false);
+  }
   QApplication::setPalette(darkPalette());
   setLanguage(language);
   application.setStyleSheet(sheet());

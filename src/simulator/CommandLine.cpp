@@ -52,7 +52,15 @@ class Arguments {
 
   bool has(const char *name) const { return parser_.isSet(QString::fromLatin1(name)); }
   QString text(const char *name) const { return parser_.value(QString::fromLatin1(name)); }
-  QString help() const { return parser_.helpText(); }
+  QString help() const {
+    return parser_.helpText() +
+           QStringLiteral(
+               "\nExamples:\n"
+               "  tavril-servo --link /tmp/servo                    a well-behaved servo; then, in another\n"
+               "                                                    terminal: tavril --port /tmp/servo\n"
+               "  tavril-servo --link /tmp/servo --lose 5 --noise   the same behind a bad cable\n"
+               "  tavril-servo --link /tmp/servo --two-servos       one too many on the line\n");
+  }
   QString complaint() const { return complaint_; }
 
   long long number(const char *name, long long otherwise, long long lowest, long long highest) {

@@ -65,6 +65,12 @@ TEST(SettingsCheck, TellsWhereTheSyntaxIsWrong) {
   }
 }
 
+TEST(SettingsCheck, ShowsNoControlCharactersOfAKey) {
+  EXPECT_EQ(problemsOf("{\"format\": \"tavril-servo-settings\", \"version\": 1, \"settings\": {\"kp\": 1},\n"
+                       "\"\\n\\u001b[2J\u00e4\": 1}"),
+            QStringList{QStringLiteral("2:1: \\u000a\\u001b[2J\u00e4 is an unknown key")});
+}
+
 TEST(SettingsCheck, NamesEveryProblemWithItsPlace) {
   const QByteArray document =
       "{\n"

@@ -4,6 +4,7 @@
 #include "tests/editor/ShippedScreen.h"
 #include "tests/support/DrawnContrast.h"
 
+#include <QApplication>
 #include <QFontInfo>
 #include <QLabel>
 #include <QPlainTextEdit>
@@ -61,6 +62,14 @@ TEST(Style, EveryTextHasEnoughContrastAsItIsDrawnEnabledAndDisabled) {
       EXPECT_GE(drawnContrast(shipped.screen.grab(place).toImage()), enoughForText)
           << qPrintable(widget->objectName());
     }
+  }
+}
+
+TEST(Style, NoMenuOrToolTipMovesOrFades) {
+  Style::apply(*qApp);
+  for (const Qt::UIEffect effect : {Qt::UI_AnimateMenu, Qt::UI_FadeMenu, Qt::UI_AnimateCombo,
+                                    Qt::UI_AnimateTooltip, Qt::UI_FadeTooltip, Qt::UI_AnimateToolBox}) {
+    EXPECT_FALSE(QApplication::isEffectEnabled(effect)) << effect;
   }
 }
 

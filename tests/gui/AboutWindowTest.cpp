@@ -14,7 +14,7 @@ namespace {
 class AboutWindowTest : public GuiBench {
  protected:
   AboutWindowTest() {
-    shortcut(Qt::Key_F1, Qt::NoModifier);
+    choose(strings.text(u"about_tavril"));
     about_ = window->findChild<AboutWindow *>();
     EXPECT_NE(about_, nullptr);
     EXPECT_TRUE(QTest::qWaitForWindowActive(about_));
@@ -58,7 +58,7 @@ TEST_F(AboutWindowTest, TheBackgroundIsBlackAgainAfterEveryRelayoutWhateverWasSe
 }
 
 TEST_F(AboutWindowTest, IsRaisedAndNotOpenedTwice) {
-  shortcut(Qt::Key_F1, Qt::NoModifier);
+  choose(strings.text(u"about_tavril"));
   EXPECT_EQ(window->findChildren<AboutWindow *>().size(), 1);
   EXPECT_TRUE(QTest::qWaitForWindowActive(about_));
 }
@@ -69,7 +69,7 @@ TEST_F(AboutWindowTest, EscapeClosesItFromEveryPartAndItCanBeOpenedAgain) {
     focused->setFocus();
     QTest::keyClick(focused, Qt::Key_Escape);
     ASSERT_TRUE(waitFor([this] { return about_.isNull(); })) << name;
-    shortcut(Qt::Key_F1, Qt::NoModifier);
+    choose(strings.text(u"about_tavril"));
     about_ = window->findChild<AboutWindow *>();
     ASSERT_NE(about_, nullptr);
     ASSERT_TRUE(QTest::qWaitForWindowActive(about_));

@@ -5,6 +5,7 @@
 #include "app/StoreController.h"
 #include "editor/AboutWindow.h"
 #include "editor/EditorWindow.h"
+#include "editor/GuideWindow.h"
 #include "editor/MainScreen.h"
 #include "editor/Style.h"
 #include "platform/AlertErrorPresenter.h"
@@ -38,6 +39,8 @@
 #include <QApplication>
 #include <QDeadlineTimer>
 #include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
 #include <QMessageBox>
 #include <QTest>
 
@@ -74,6 +77,10 @@ class GuiBench : public testing::Test {
       AboutWindow::open(*window, desktop,
                         {{QStringLiteral("CFBundleShortVersionString"), QStringLiteral("1.2.3")}},
                         [this] { ++documentsOpened; });
+    };
+    actions.userGuide = [this] {
+      GuideWindow::open(*window, desktop, guideFolders,
+                        [this](const QUrl &url) { openedOutside.append(url); });
     };
     actions.language = &languageChoice;
     actions.endProcess = [this](int status) { endStatus = status; };
@@ -126,6 +133,20 @@ class GuiBench : public testing::Test {
     window->activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
     QTest::keyClick(window.get(), key, modifiers);
+  }
+
+  /// Chooses the menu entry with this text.
+  void choose(const QString &text) {
+    window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+    for (const QAction *title : window->menuBar()->actions()) {
+      for (QAction *entry : title->menu()->actions()) {
+        if (entry->text() != text) continue;
+        entry->trigger();
+        return;
+      }
+    }
+    FAIL() << "no menu has " << text.toStdString();
   }
 
   /// In the time that a pause between two writes would take, the reply to the one before arrives.
@@ -191,6 +212,8 @@ class GuiBench : public testing::Test {
   int tablesOpened = 0;
   std::optional<int> endStatus;
   int documentsOpened = 0;
+  QStringList guideFolders{QCoreApplication::applicationDirPath() + QStringLiteral("/documents")};
+  QList<QUrl> openedOutside;
 };
 
 }  // namespace tavril

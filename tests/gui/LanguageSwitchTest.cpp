@@ -165,7 +165,7 @@ TEST_F(LanguageSwitch, WhileThePortDialogIsOpenNoTextOfTheOldLanguageRemains) {
 }
 
 TEST_F(LanguageSwitch, WhileAboutAndTheLicenceAreOpenNoTextOfTheOldLanguageRemains) {
-  shortcut(Qt::Key_F1, Qt::NoModifier);
+  choose(strings.text(u"about_tavril"));
   auto *about = window->findChild<AboutWindow *>();
   ASSERT_NE(about, nullptr);
   press(about->findChild<QWidget *>(QStringLiteral("licence")));

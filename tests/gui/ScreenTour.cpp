@@ -60,7 +60,7 @@ void ScreenTour::visitMenus() {
 }
 
 void ScreenTour::visitAbout() {
-  shortcut(Qt::Key_F1, Qt::NoModifier);
+  choose(strings.text(u"about_tavril"));
   auto *about = window->findChild<AboutWindow *>();
   ASSERT_NE(about, nullptr);
   // It comes up with the bar that the text needs before the window has its size.

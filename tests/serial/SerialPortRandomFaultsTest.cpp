@@ -83,7 +83,8 @@ class FaultyUse {
     const int certain = books.failedOpenings + books.failedWrites;
     EXPECT_GE(errors, certain + books.failedWaits + books.failedPolls - 2 * books.openings)
         << "each error is told, but for the last of each thread, which may see the port closing";
-    EXPECT_LE(errors, certain + books.failedWaits + books.failedPolls + books.otherFailures)
+    EXPECT_LE(errors, certain + books.failedWaits + books.failedPolls + books.otherFailures +
+                          sendsThatMayHaveBeenCutOff_)
         << "no error is made up";
     const auto waitsTold =
         std::ranges::count(delegate_->errors, ENOMEM, [](const PosixError &error) { return error.code; });
@@ -111,8 +112,11 @@ class FaultyUse {
       lastSent_ = bytes;
     } else {
       lastSent_.clear();
-      // A port that was closed meanwhile writes nothing, and there is nothing to tell then.
-      sendsThatFailed_ += calls_.books().failedWrites - before;
+      // A port that was closed before writes nothing, and there is nothing to tell then; one that is closed
+      // in between, because its device has gone, tells that it was.
+      const int failed = calls_.books().failedWrites - before;
+      sendsThatFailed_ += failed;
+      if (failed == 0) ++sendsThatMayHaveBeenCutOff_;
     }
   }
   void takeAStep() {
@@ -177,6 +181,7 @@ class FaultyUse {
   std::shared_ptr<SerialPort> port_;
   int opensThatFailed_ = 0;
   int sendsThatFailed_ = 0;
+  int sendsThatMayHaveBeenCutOff_ = 0;
   QByteArray lastSent_;
 };
 
@@ -204,7 +209,7 @@ TEST(SerialPortRandomFaults, AnyFaultAtAnyCallLosesNothingAndLeavesNothingBehind
     }
     EXPECT_EQ(faults.openTerminals(), 0u) << "a terminal was left open";
     EXPECT_EQ(process::descriptors(), descriptors) << "a descriptor was left open";
-    EXPECT_EQ(process::threads(), threads) << "a thread was left running";
+    EXPECT_TRUE(process::threadsComeTo(threads)) << "a thread was left running";
   }
   // Whoever is closing the port beats the reader to it now and then; that is rare.
   EXPECT_GE(10 * totals.failedWaitsTold, 9 * totals.failedWaits) << "failed waits were not told";

@@ -9,9 +9,12 @@
 #include <filesystem>
 #include <future>
 #include <iostream>
+#include <limits>
 #include <map>
 #include <random>
+#include <semaphore>
 #include <thread>
+#include <utility>
 
 namespace tavril {
 namespace {
@@ -150,30 +153,52 @@ TEST_F(SerialPortRequestsOnThreads, ClosingEndsASendThatIsHeldUpOnTheRequestQueu
 
 TEST_F(SerialPortRequestsOnThreads, WhatIsLeftOfARequestIsNotSentOnceThePortIsOpenAnew) {
   constexpr qsizetype length = 600;
+  constexpr int rounds = 100;
   bench.terminal.writeAtMost = 1;
   const Responder servo(pty, [](const QByteArray &) { return QByteArray(); });
+  // In every other round the sender is held in the midst of its writes until the port has been closed; in the
+  // others it is cut off wherever it happens to be, if it has not finished by then.
+  constexpr int never = std::numeric_limits<int>::max();
+  std::atomic<int> writesUntilHeld = never;
+  std::binary_semaphore held(0);
+  std::binary_semaphore isClosed(0);
+  bench.terminal.atCall = [&](Call call) {
+    if (call != Call::Write || bench.terminal.count(Call::Write) < writesUntilHeld) return;
+    writesUntilHeld = never;
+    held.release();
+    isClosed.acquire();
+  };
   int cutOff = 0;
-  for (int round = 0; round < 100; ++round) {
+  for (int round = 0; round < rounds; ++round) {
     ASSERT_TRUE(port->open());
     const int before = bench.terminal.count(Call::Write);
     const auto writes = [&] { return bench.terminal.count(Call::Write) - before; };
+    bool isHeld = round % 2 == 0;
+    if (isHeld) writesUntilHeld = before + 1;
     int writesBeforeClosing = 0;
     const auto token = port->observe("isOpen", [&](const Change &) {
-      if (!port->isOpen()) writesBeforeClosing = writes();
+      if (port->isOpen()) return;
+      writesBeforeClosing = writes();
+      if (std::exchange(isHeld, false)) isClosed.release();
     });
     auto sending = std::async(std::launch::async, [&] { return port->sendData(QByteArray(length, 'x')); });
-    while (writes() == 0) std::this_thread::yield();
+    if (isHeld) {
+      ASSERT_TRUE(held.try_acquire_for(20s));
+    } else {
+      while (writes() == 0) std::this_thread::yield();
+    }
     EXPECT_TRUE(port->close());
     EXPECT_TRUE(port->open());
     // The port is the test thread's to close, so all that follows the closing belongs to the new opening.
     const bool wasSent = sending.get();
-    if (writesBeforeClosing >= length) continue;
-    EXPECT_FALSE(wasSent);
-    ++cutOff;
+    if (writesBeforeClosing < length) {
+      EXPECT_FALSE(wasSent);
+      ++cutOff;
+    }
     EXPECT_TRUE(port->close());
     bench.mainQueue.runAll();
   }
-  EXPECT_GT(cutOff, 0);
+  EXPECT_GE(cutOff, rounds / 2);
 }
 
 TEST_F(SerialPortRequestsOnThreads, APortDroppedOnAnotherThreadGoesWithItsRequests) {

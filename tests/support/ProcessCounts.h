@@ -1,11 +1,13 @@
 #pragma once
 
 #include <algorithm>
+#include <chrono>
 #include <cstddef>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <malloc.h>
+#include <thread>
 
 #include <unistd.h>
 
@@ -23,6 +25,13 @@ inline std::size_t descriptors() {
 }
 inline std::size_t threads() {
   return entriesOf("/proc/self/task");
+}
+/// Whether there are this many threads, or soon will be: one that was joined is counted until the kernel has
+/// done away with it, which on a busy machine is a little later.
+inline bool threadsComeTo(std::size_t number) {
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+  while (threads() != number && std::chrono::steady_clock::now() < end) std::this_thread::yield();
+  return threads() == number;
 }
 /// Resident memory.
 inline std::size_t residentBytes() {

@@ -20,6 +20,7 @@ class SessionBus {
   SessionBus &operator=(const SessionBus &) = delete;
 
   QDBusConnection connection() const { return connection_; }
+  QString address() const { return address_; }
   /// Starts the service and waits until it is there. The capabilities are separated by spaces.
   void startNotificationService(const QString &capabilities = QStringLiteral("body body-markup"));
   /// Lets the bus start the service by itself when it is first called.

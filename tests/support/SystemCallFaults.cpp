@@ -100,7 +100,9 @@ std::size_t SystemCallFaults::part(int descriptor, std::size_t count) {
 
 }  // namespace tavril
 
-// The linker leads every call of our own code here, and `__real_` to the call itself.
+// The linker leads every call of our own code here, and `__real_` to the call itself. The names are the
+// linker's.
+// NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" {
 
 int __real_open(const char *path, int flags, ...);
@@ -187,3 +189,4 @@ int __wrap_tcsetattr(int descriptor, int when, const termios *attributes) {
 }
 
 }  // extern "C"
+// NOLINTEND(bugprone-reserved-identifier)

@@ -76,7 +76,7 @@ class SetupTest(unittest.TestCase):
                               text=True, check=False)
 
     def test_leaves_apt_alone_when_everything_is_there(self):
-        result = self.setup_groups("run", "test", "vm", "check")
+        result = self.setup_groups("run", "test", "vm", "package", "check")
         self.assertEqual((result.returncode, result.stdout, result.stderr), (0, "", ""))
         self.assertEqual(self.said("apt-get"), [])
 
@@ -137,7 +137,7 @@ class SetupTest(unittest.TestCase):
             with self.subTest(groups):
                 result = self.setup_groups(*groups)
                 self.assertEqual(result.returncode, 2)
-                self.assertIn("groups: run test vm bench check", result.stderr)
+                self.assertIn("groups: run test vm bench package coverage check", result.stderr)
         self.assertEqual(self.said("apt-get"), [])
 
 

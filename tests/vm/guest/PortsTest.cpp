@@ -14,6 +14,18 @@ namespace {
 
 class Ports : public KernelBench {};
 
+/// What udev has noted about a device node, by one of its words, such as ":systemd:uaccess:".
+QString noted(const QString &node, const QString &word) {
+  QProcess udevadm;
+  udevadm.start(
+      QStringLiteral("/bin/udevadm"),
+      {QStringLiteral("info"), QStringLiteral("--query=property"), QStringLiteral("--property=") + word,
+       QStringLiteral("--value"), QStringLiteral("--name=") + node});
+  EXPECT_TRUE(udevadm.waitForFinished());
+  EXPECT_EQ(udevadm.exitCode(), 0);
+  return QString::fromUtf8(udevadm.readAllStandardOutput()).trimmed();
+}
+
 TEST_F(Ports, ListsTheBuiltInPortAndNoPhantoms) {
   EXPECT_EQ(start().portNames(), QStringList{QStringLiteral("ttyS0")});
 }
@@ -130,6 +142,15 @@ TEST_F(Ports, AreListedOnceHoweverOftenUdevTellsOfThem) {
   EXPECT_TRUE(listed({QString::fromUtf16(first)}));
   EXPECT_EQ(house->user.seen, QStringList());
   EXPECT_EQ(house->userNotifications.delivered.size(), 1u);
+}
+
+TEST_F(Ports, OnTheUsbAreForTheUserAtTheMachineByTheRuleOfThePackage) {
+  host->plugIn(0);
+  ASSERT_TRUE(waitFor([] { return usbNodes() == QStringList{QStringLiteral("ttyUSB0")}; }));
+  start();
+  ASSERT_TRUE(listed({QString::fromUtf16(first)}));
+  EXPECT_TRUE(noted(QStringLiteral("/dev/ttyUSB0"), QStringLiteral("TAGS")).contains(u":uaccess:"));
+  EXPECT_FALSE(noted(QStringLiteral("/dev/ttyS0"), QStringLiteral("TAGS")).contains(u":uaccess:"));
 }
 
 }  // namespace

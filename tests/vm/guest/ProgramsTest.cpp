@@ -17,7 +17,8 @@
 namespace tavril::vm {
 namespace {
 
-constexpr auto program = u"/tavril/bin/tavril";
+constexpr auto tavril = u"/tavril/bin/tavril";
+constexpr auto tavrilctl = u"/tavril/bin/tavrilctl";
 
 /// A user of the machine.
 struct User {
@@ -39,7 +40,7 @@ class Programs : public KernelBench {
     house.reset();
   }
 
-  void run(const QStringList &arguments, const User &user = builder) {
+  void run(const QStringList &arguments, const User &user = builder, const char16_t *program = tavril) {
     process.setChildProcessModifier([user] {
       const gid_t group = user.id;
       if (::setgroups(user.mayUsePorts ? 1 : 0, &dialout) != 0 || ::setgid(group) != 0 ||
@@ -58,6 +59,8 @@ class Programs : public KernelBench {
     err = process.readAllStandardError();
     return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
   }
+
+  void runTavrilctl(const QStringList &arguments) { run(arguments, builder, tavrilctl); }
 
   static QStringList report() { return {QStringLiteral("--report"), QStringLiteral("--json")}; }
 
@@ -143,6 +146,36 @@ TEST_F(Programs, TakeAPictureOfTheEditorOnAServo) {
   ASSERT_EQ(status(), 0) << err.toStdString();
   EXPECT_GE(QImage(file).width(), 1024);
   QFile::remove(file);
+}
+
+TEST_F(Programs, ListAndReadAndWriteFromTheCommandLine) {
+  plugIn();
+  runTavrilctl({QStringLiteral("ports"), QStringLiteral("--json")});
+  ASSERT_EQ(status(), 0) << err.toStdString();
+  EXPECT_TRUE(out.contains(QString::fromUtf16(first).toUtf8())) << out.toStdString();
+  EXPECT_TRUE(out.contains("ftdi_sio")) << out.toStdString();
+  runTavrilctl({QStringLiteral("read"), QStringLiteral("--json")});
+  ASSERT_EQ(status(), 0) << err.toStdString();
+  const QJsonObject registers =
+      QJsonDocument::fromJson(out).object().value(QStringLiteral("registers")).toObject();
+  EXPECT_EQ(registers.size(), 20);
+  EXPECT_EQ(registers.value(QStringLiteral("kp")).toObject().value(QStringLiteral("value")).toInt(), 440);
+  expectSettings(0, factorySettings);
+  runTavrilctl({QStringLiteral("write"), QStringLiteral("kp=500")});
+  ASSERT_EQ(status(), 0) << err.toStdString();
+  std::vector<int> changed = factorySettings;
+  changed[8] = 500;
+  expectSettings(0, changed);
+}
+
+TEST_F(Programs, TellOnTheCommandLineThatThePlugWasPulled) {
+  plugIn();
+  host->pullOutAfter(0, 8);
+  runTavrilctl({QStringLiteral("read"), QStringLiteral("--json")});
+  EXPECT_EQ(status(), 3);
+  EXPECT_TRUE(err.contains("the port usbserial-ttyUSB0 was removed while it was in use"))
+      << err.toStdString();
+  EXPECT_EQ(out, "");
 }
 
 /// The editor itself, with nobody who answers its notices: they stay up while the adapter comes and goes.

@@ -34,7 +34,8 @@ int main(int argc, char **argv) {
   testing::InitGoogleTest(&argc, argv);
   if (testing::GTEST_FLAG(list_tests)) return RUN_ALL_TESTS();
   QApplication application(argc, argv);
-  // Qt paints large areas with threads that it keeps for half a minute; they are none that a test left behind.
+  // Qt paints large areas with threads that it keeps for half a minute; they are none that a test left
+  // behind.
   QThreadPool::globalInstance()->setExpiryTimeout(0);
   tavril::vm::HostControl host;
   if (!host.open()) {

@@ -1,0 +1,11 @@
+#compdef tavril
+# Completes the options of tavril in zsh.
+_arguments \
+  '(--port)--demo[use the built-in virtual servo]' \
+  '(--demo)*--port[put the terminal at this path first in the port list]:terminal:_files -g "/dev/tty(USB|ACM)*" -g "*"' \
+  '--language[use this string table in this run]:language:(de en es fr ja ko zh-Hans zh-Hant)' \
+  '(--snapshot)--report[print all registers and exit]' \
+  '(--snapshot)--json[with --report, print JSON]' \
+  '(--report --json)--snapshot[save a picture of the window and exit]:picture:_files -g "*.png"' \
+  '(- *)'{-v,--version}'[print the version and exit]' \
+  '(- *)'{-h,--help}'[print help and exit]'

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QTextBrowser>
+
+#include <functional>
+
+namespace tavril {
+
+/// Shows Markdown documents that lie in one folder: links lead from one to the next and to headings within
+/// them, pictures are as wide as there is room. What is no such document is for `openOutside`. Alt+Left goes
+/// back. Main thread only.
+class GuideBrowser final : public QTextBrowser {
+  Q_OBJECT
+
+ public:
+  using OpenOutside = std::function<void(const QUrl &url)>;
+
+  explicit GuideBrowser(OpenOutside openOutside, QWidget *parent = nullptr);
+
+  /// Shows a document, and of it the heading that the URL's fragment names.
+  void open(const QUrl &url);
+
+  /// The anchor of a heading in links, such as "what-you-see" for "What you see".
+  static QString anchorOf(const QString &heading);
+
+ protected:
+  QVariant loadResource(int type, const QUrl &name) override;
+  void doSetSource(const QUrl &url, QTextDocument::ResourceType type) override;
+
+ private:
+  void nameHeadings();
+
+  OpenOutside openOutside_;
+};
+
+}  // namespace tavril

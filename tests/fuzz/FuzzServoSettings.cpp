@@ -1,0 +1,52 @@
+#include "cli/RegisterFacts.h"
+#include "cli/SettingsFile.h"
+#include "protocol/RegisterCatalogue.h"
+#include "tests/fuzz/FuzzInput.h"
+#include "tests/fuzz/FuzzTarget.h"
+#include "tests/fuzz/Invariant.h"
+
+#include <QRegularExpression>
+
+// Any bytes as a file of a servo's settings: it is refused, with the place of each problem, or its settings
+// are known, in range, and read back the same when they are written.
+
+namespace tavril::cli {
+namespace {
+
+void checkRefusal(const CheckedSettings &checked) {
+  static const QRegularExpression withPlace(QStringLiteral("^[1-9][0-9]*:[1-9][0-9]*: ."));
+  mustHold(checked.settings.empty(), "a refused file has no settings");
+  for (const QString &problem : checked.problems) {
+    mustHold(withPlace.match(problem).hasMatch(), "a problem has a place and words");
+  }
+}
+
+void checkSettingsInRange(const Settings &settings) {
+  for (const auto &[number, value] : settings) {
+    bool known = false;
+    for (const RegisterRow &row : settingRegisters()) {
+      if (row.number != number) continue;
+      known = true;
+      mustHold(settingRange(row).contains(value), "a setting is in its range");
+    }
+    mustHold(known, "a setting is one of the fifteen");
+  }
+}
+
+}  // namespace
+}  // namespace tavril::cli
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
+  using namespace tavril;
+  using namespace tavril::cli;
+  const CheckedSettings checked = checkSettings(FuzzInput(data, size).rest());
+  if (!checked.problems.isEmpty()) {
+    checkRefusal(checked);
+    return 0;
+  }
+  checkSettingsInRange(checked.settings);
+  const CheckedSettings again = checkSettings(settingsText(checked.settings));
+  mustHold(again.problems.isEmpty(), "what was written has no problems");
+  mustHold(again.settings == checked.settings, "and reads back the same");
+  return 0;
+}
