@@ -110,7 +110,7 @@ TEST_F(FocusTest, ShowsOnEveryElementOfThePanelsAndTheDialog) {
   dialog->reject();
   find<QWidget>("CloseButtonView")->show();
   find<QWidget>("ContrainerView_WaitView")->show();
-  EXPECT_EQ(checkThatFocusShows(*window), 2);
+  EXPECT_EQ(checkThatFocusShows(*window), 3);
   find<QWidget>("ContrainerView_WaitView")->hide();
   find<QWidget>("ContrainerView_MsgView")->show();
   EXPECT_EQ(checkThatFocusShows(*window), 3);
