@@ -71,6 +71,7 @@ void AppDelegate::setMenuTitles(const MenuOutlets &menu) const {
       {menu.config, u"config"},
       {menu.port, u"port_setting"},
       {menu.detectionmotor, u"detection_motor"},
+      {menu.doctor, u"connection_doctor"},
       {menu.language, u"language"},
       {menu.systemlanguage, u"system_language"},
       {menu.help, u"help"},
@@ -140,6 +141,15 @@ void AppDelegate::setSerialPort(std::shared_ptr<SerialPort> port) {
   if (serialPort_) serialPort_->setDelegate(weak_from_this());
 }
 
+QString AppDelegate::openPath() const {
+  return serialPort_ && serialPort_->isOpen() ? serialPort_->path() : QString();
+}
+
+QString AppDelegate::pathToOpen() const {
+  if (QString open = openPath(); !open.isEmpty()) return open;
+  return state_.allSerialPortsInfo.empty() ? QString() : state_.allSerialPortsInfo.front()->path();
+}
+
 QString AppDelegate::cmdlabel(int registerNumber) const {
   const RegisterRow *row = findRegister(registerNumber);
   if (!row || !row->isSetting()) return {};
@@ -164,7 +174,17 @@ void AppDelegate::SendCMDtoMCU() {
   state_.SerialCMD.fill(0);
 }
 
+void AppDelegate::remember(const QByteArray &data) {
+  constexpr qsizetype longest = 4096;
+  const bool isDetection =
+      data.size() > static_cast<qsizetype>(FrameByte::firstParameter) &&
+      static_cast<CommandCode>(static_cast<unsigned char>(data[FrameByte::code])) == CommandCode::InitServo;
+  if (isDetection) received_.clear();
+  received_ += data.first(std::min(data.size(), longest - received_.size()));
+}
+
 void AppDelegate::didReceiveData(const Port &, const QByteArray &data) {
+  remember(data);
   QStringList decimal;
   QStringList hexadecimal;
   for (const char byte : data) {
@@ -213,6 +233,7 @@ bool AppDelegate::respondsTo(SerialPortCallback callback) const {
 }
 
 void AppDelegate::serialPortWasOpened(const Port &) {
+  received_.clear();
   showConnection(u"Serial_port_start_initialization");
   desktop_.blockingWait.wait(startUpWait_);
   state_.FunctionCMD->Init_Servo();

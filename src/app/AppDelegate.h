@@ -35,6 +35,7 @@ struct MenuOutlets {
   ScreenElement *config = nullptr;
   ScreenElement *port = nullptr;
   ScreenElement *detectionmotor = nullptr;
+  ScreenElement *doctor = nullptr;
   ScreenElement *language = nullptr;
   ScreenElement *systemlanguage = nullptr;
   ScreenElement *help = nullptr;
@@ -89,6 +90,14 @@ class AppDelegate final : public SerialPortDelegate,
   /// The last error since the link was last asked to open, if any.
   const std::optional<PosixError> &lastSerialError() const { return lastSerialError_; }
 
+  /// The path of the port that the link has open; empty when it has none.
+  QString openPath() const;
+  /// The path of the port that is open or would be opened; empty when there is none.
+  QString pathToOpen() const;
+  /// What came since the port was opened or, once a servo was looked for again, since then: the first few
+  /// thousand bytes of it.
+  const QByteArray &received() const { return received_; }
+
   void SendCMDtoMCU() override;
   /// The value key of registers 1 to 14, "CalibrationAngle" for 15, else nothing.
   QString cmdlabel(int registerNumber) const;
@@ -116,6 +125,7 @@ class AppDelegate final : public SerialPortDelegate,
  private:
   void showConnection(QStringView key);
   bool acceptFrame(const QByteArray &data, const QStringList &decimal, const QStringList &hexadecimal);
+  void remember(const QByteArray &data);
   void restartReading(const QStringList &decimal);
   void clearSettings(bool disable) const;
   void forgetDisconnected(const SerialPort &port, std::size_t position);
@@ -131,6 +141,7 @@ class AppDelegate final : public SerialPortDelegate,
   std::shared_ptr<SerialPortManager> serialPortManager_;
   std::shared_ptr<SerialPort> serialPort_;
   std::optional<PosixError> lastSerialError_;
+  QByteArray received_;
 };
 
 }  // namespace tavril

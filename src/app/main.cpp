@@ -5,7 +5,9 @@
 #include "app/ReadOut.h"
 #include "app/Report.h"
 #include "app/StoreController.h"
+#include "doctor/Examination.h"
 #include "editor/AboutWindow.h"
+#include "editor/DoctorWindow.h"
 #include "editor/DocumentsLink.h"
 #include "editor/EditorWindow.h"
 #include "editor/GuideWindow.h"
@@ -20,9 +22,11 @@
 #include "platform/linux/DocumentFolder.h"
 #include "platform/linux/PaintWidgets.h"
 #include "platform/linux/PaintingWait.h"
+#include "platform/linux/PosixDeviceNodes.h"
 #include "platform/linux/PosixPrivateFiles.h"
 #include "platform/linux/PosixTerminalCalls.h"
 #include "platform/linux/PosixUserFiles.h"
+#include "platform/linux/ProcProcesses.h"
 #include "platform/linux/QtFilePanels.h"
 #include "platform/linux/QtMainQueue.h"
 #include "platform/linux/QtModalAlert.h"
@@ -34,8 +38,10 @@
 #include "platform/linux/StringTables.h"
 #include "platform/linux/ThreadBackground.h"
 #include "platform/linux/UdevDeviceRegistry.h"
+#include "platform/linux/UdevUsbBus.h"
 #include "protocol/HelpTables.h"
 #include "protocol/SharedState.h"
+#include "serial/LinkOpener.h"
 #include "serial/PortRegistry.h"
 #include "serial/SerialEnvironment.h"
 #include "serial/config/Config.h"
@@ -52,6 +58,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <optional>
 
 namespace {
 
@@ -98,11 +105,13 @@ struct LooseEnds {
 /// while all is still there, then the threads end, then goes what they stood on.
 struct House {
   /// `interactive`: there is somebody who answers alerts.
-  House(std::chrono::milliseconds startUpWait, bool interactive)
-      : alert(interactive ? std::unique_ptr<ModalAlert>(std::make_unique<QtModalAlert>(mainQueue))
+  House(std::chrono::milliseconds bridgeStartUp, bool interactive)
+      : startUpWait(bridgeStartUp),
+        alert(interactive ? std::unique_ptr<ModalAlert>(std::make_unique<QtModalAlert>(mainQueue))
                           : std::make_unique<LoggingAlert>(log)),
         application(AppDelegate::make(state, desktop, serial, store, startUpWait)) {}
 
+  const std::chrono::milliseconds startUpWait;
   StreamLog log;
   QtMainQueue mainQueue;
   QtTimers timers{mainQueue};
@@ -121,6 +130,9 @@ struct House {
 
   PosixTerminalCalls terminal{log};
   UdevDeviceRegistry devices;
+  UdevUsbBus bus;
+  PosixDeviceNodes nodes;
+  ProcProcesses processes;
   SharedState state;
   PortRegistry ports{state.allSerialPortsInfo};
   simulator::VirtualServo virtualServo{{.pace = true}};
@@ -143,13 +155,28 @@ int report(House &house, ReportFormat format) {
   return QCoreApplication::exec();
 }
 
+/// Has the doctor let go of the port before the link takes it.
+class LinkBeforeDoctor final : public LinkOpener {
+ public:
+  LinkBeforeDoctor(EditorWindow &window, LinkOpener &link) : window_(window), link_(link) {}
+  void serialFormat() override {
+    if (auto *doctor = window_.findChild<DoctorWindow *>()) doctor->stop();
+    link_.serialFormat();
+  }
+
+ private:
+  EditorWindow &window_;
+  LinkOpener &link_;
+};
+
 /// Opens the port dialog over the window; the dialog lives until it is closed.
-void openPortSetting(House &house, EditorWindow &window) {
+void openPortSetting(House &house, EditorWindow &window, LinkOpener &link) {
   if (auto *open = window.findChild<Config *>()) {
     open->raise();
     return;
   }
-  auto *dialog = new Config(house.state, *house.application, house.desktop, house.serial, &window);
+  auto *dialog =
+      new Config(house.state, link, house.desktop, house.serial, house.nodes, house.processes, &window);
   dialog->setAttribute(Qt::WA_DeleteOnClose);
   dialog->open();
 }
@@ -187,7 +214,13 @@ int edit(House &house, const QString &snapshot, SingleInstance *instance) {
   EditorWindow::Actions actions;
   actions.language = &house.language;
   EditorWindow *shown = nullptr;
-  actions.openPortSetting = [&] { openPortSetting(house, *shown); };
+  std::optional<LinkBeforeDoctor> link;
+  actions.openPortSetting = [&] { openPortSetting(house, *shown, *link); };
+  actions.openDoctor = [&] {
+    DoctorWindow::open(*shown, house.desktop, {house.bus, house.nodes, house.processes, house.terminal},
+                       house.background,
+                       [&house] { return DoctorWindow::requestFor(*house.application, house.startUpWait); });
+  };
   actions.quit = [&] {
     if (house.application->applicationShouldTerminate() == TerminateReply::TerminateNow)
       QCoreApplication::exit(0);
@@ -212,6 +245,7 @@ int edit(House &house, const QString &snapshot, SingleInstance *instance) {
   actions.endProcess = [](int status) { QCoreApplication::exit(status); };
   EditorWindow window(house.state, *house.application, house.desktop, std::move(actions));
   shown = &window;
+  link.emplace(window, *house.application);
   house.application->applicationDidFinishLaunching(window.menuOutlets());
   if (instance) {
     const WindowMemory memory(window, house.preferences);
@@ -259,7 +293,9 @@ int run(const CommandLine &line, SingleInstance *instance = nullptr) {
   if (line.demo) {
     QString error;
     if (!house.virtualServo.start(&error)) {
-      return complain(QStringLiteral("the virtual servo could not be started: %1").arg(error));
+      return complain(
+          QStringLiteral("the virtual servo could not be started: %1. Close other programs and retry.")
+              .arg(error));
     }
     terminals.append(house.virtualServo.path());
   }

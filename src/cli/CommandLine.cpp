@@ -81,6 +81,8 @@ struct Definitions {
 
     CLI::App *ports = verb(Verb::Ports, "ports", "List the serial ports.");
     ports->add_flag("--json", json, "Print JSON.");
+    CLI::App *doctor = verb(Verb::Doctor, "doctor", "Find out why there is no connection, step by step.");
+    doctor->add_flag("--json", json, "Print JSON.");
     verb(Verb::Detect, "detect", "Tell whether there is a servo: none, one or several.");
     CLI::App *read = verb(Verb::Read, "read", "Read registers, by key or number; all without any.");
     operand(read, "REGISTER", "A register, such as kp or 9.", false, true);

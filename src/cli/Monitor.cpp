@@ -84,8 +84,10 @@ class CsvFile {
     if (file_.write(line) != line.size()) fail();
   }
   [[noreturn]] void fail() const {
-    throw Failure{ExitCode::Failed,
-                  QStringLiteral("%1 could not be written: %2.").arg(file_.fileName(), file_.errorString())};
+    throw Failure{
+        ExitCode::Failed,
+        QStringLiteral("%1 could not be written: %2. Name a file in a folder that you may write to.")
+            .arg(file_.fileName(), file_.errorString())};
   }
 
   QFile file_;

@@ -68,10 +68,12 @@ void moveTo(Session &session, int position, bool wait) {
                         .arg(position)};
     }
     if (now - begun > longestMove) {
-      throw Failure{ExitCode::Failed,
-                    QStringLiteral("the servo has not come to rest within %1 s; it is at %2.")
-                        .arg(longestMove.count() / 1000)
-                        .arg(reached)};
+      throw Failure{
+          ExitCode::Failed,
+          QStringLiteral(
+              "the servo has not come to rest within %1 s; it is at %2: see with \"monitor\" what it does.")
+              .arg(longestMove.count() / 1000)
+              .arg(reached)};
     }
     session.line.pause(pollInterval);
   }

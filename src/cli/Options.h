@@ -10,6 +10,7 @@ namespace tavril::cli {
 
 enum class Verb {
   Ports,
+  Doctor,
   Detect,
   Read,
   Write,

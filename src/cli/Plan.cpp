@@ -25,6 +25,7 @@ Plan withServo(Plan::Work work) {
 Plan planFor(const Options &options, Console &console) {
   switch (options.verb) {
     case Verb::Ports:
+    case Verb::Doctor:
       return {};
     case Verb::Detect:
       return {tellDetection};

@@ -4,8 +4,8 @@
 #include "cli/JsonText.h"
 #include "cli/Table.h"
 #include "platform/DeviceRegistry.h"
+#include "platform/Processes.h"
 
-#include <QDir>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -21,11 +21,6 @@ QString accessTo(const QString &path) {
   const QString group = file.group();
   return group.isEmpty() || group == u"root" ? QStringLiteral("denied")
                                              : QStringLiteral("denied (group %1)").arg(group);
-}
-
-QString commandOf(const QString &processFolder) {
-  QFile file(processFolder + QStringLiteral("/comm"));
-  return file.open(QIODevice::ReadOnly) ? QString::fromLocal8Bit(file.readAll()).trimmed() : QString();
 }
 
 QString named(const std::vector<PortInfo> &ports) {
@@ -51,27 +46,7 @@ QString PortInfo::vidPid() const {
   return vendorId.isEmpty() && productId.isEmpty() ? QString() : vendorId + u':' + productId;
 }
 
-QString holdersOf(const QString &path, const QString &procFolder) {
-  const QString wanted = QFileInfo(path).canonicalFilePath();
-  QStringList holders;
-  for (const QString &process : QDir(procFolder).entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::NoSort)) {
-    bool isProcess = false;
-    const int id = process.toInt(&isProcess);
-    if (!isProcess) continue;
-    const QString folder = procFolder + u'/' + process;
-    const QDir descriptors(folder + QStringLiteral("/fd"));
-    const QFileInfoList open =
-        descriptors.entryInfoList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot);
-    const bool holds = std::ranges::any_of(open, [&](const QFileInfo &descriptor) {
-      return !wanted.isEmpty() && descriptor.symLinkTarget() == wanted;
-    });
-    if (holds) holders.append(QStringLiteral("%1 (%2)").arg(commandOf(folder)).arg(id));
-  }
-  holders.sort();
-  return holders.join(QStringLiteral(", "));
-}
-
-std::vector<PortInfo> listPorts(DeviceRegistry &devices, const QString &procFolder) {
+std::vector<PortInfo> listPorts(DeviceRegistry &devices, const Processes &processes) {
   std::vector<PortInfo> ports;
   const RegistryHandle walk = devices.matchingServices({});
   while (const RegistryHandle device = devices.next(walk)) {
@@ -87,7 +62,9 @@ std::vector<PortInfo> listPorts(DeviceRegistry &devices, const QString &procFold
     port.productId = property(DeviceKey::productId);
     port.driver = property(DeviceKey::driver);
     port.access = accessTo(port.path);
-    port.inUseBy = holdersOf(port.path, procFolder);
+    QStringList holders;
+    for (const RunningProcess &process : processes.holding(port.path)) holders.append(process.label());
+    port.inUseBy = holders.join(QStringLiteral(", "));
     devices.release(device);
     ports.push_back(port);
   }

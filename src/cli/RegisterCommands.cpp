@@ -103,8 +103,8 @@ std::vector<Assignment> assignmentsFrom(const QStringList &texts) {
     try {
       const Assignment assignment = assignmentFrom(text);
       if (!seen.insert(assignment.row->number).second) {
-        throw Failure{ExitCode::Usage,
-                      QStringLiteral("%1 is assigned to twice.").arg(assignment.row->nameKey.toString())};
+        throw Failure{ExitCode::Usage, QStringLiteral("%1 is assigned to twice: write it once.")
+                                           .arg(assignment.row->nameKey.toString())};
       }
       assignments.push_back(assignment);
     } catch (const Failure &failure) {

@@ -1,17 +1,12 @@
 #pragma once
 
 #include <QByteArray>
-#include <QByteArrayView>
 
 #include <vector>
 
 namespace tavril::cli {
 
 struct Command;
-
-/// How long the whole, well-formed reply at the front of the bytes is; 0 when there is none. Well-formed: the
-/// marks, a known code, exactly the length that replies of this code have, and data that the protocol allows.
-qsizetype replyLengthAt(QByteArrayView bytes);
 
 /// What the bytes that came since a command was sent hold.
 struct ReplyScan {

@@ -97,7 +97,8 @@ void sendCommand(Session &session, const Command &command) {
   session.console.data(QStringLiteral("%1  %2\n").arg(inHex(reply), replyInWords(reply)));
   const bool isReport = static_cast<CommandCode>(byteAt(reply, FrameByte::code)) == CommandCode::ErrorMessage;
   if (isReport && command.code != CommandCode::ErrorMessage) {
-    throw Failure{ExitCode::Failed, QStringLiteral("the bridge reported an error.")};
+    throw Failure{ExitCode::Failed,
+                  QStringLiteral("the bridge reported an error: its meaning stands beside the reply.")};
   }
 }
 

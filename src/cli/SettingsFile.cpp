@@ -220,15 +220,19 @@ Settings loadSettings(const QString &path) {
   const QFileInfo info(path);
   // Asked first, because a pipe or a device would be waited for.
   if (info.exists() && !info.isFile()) {
-    throw Failure{ExitCode::Failed, QStringLiteral("%1 is no file that could be read.").arg(path)};
+    throw Failure{ExitCode::Failed,
+                  QStringLiteral("%1 is no file that could be read: name one that dump has made.").arg(path)};
   }
   if (!file.open(QIODevice::ReadOnly)) {
-    throw Failure{ExitCode::Failed,
-                  QStringLiteral("%1 could not be read: %2.").arg(path, file.errorString())};
+    throw Failure{
+        ExitCode::Failed,
+        QStringLiteral("%1 could not be read: %2. Check who may read it.").arg(path, file.errorString())};
   }
   const QByteArray document = file.read(largestFile + 1);
   if (document.size() > largestFile) {
-    throw Failure{ExitCode::Failed, QStringLiteral("%1 is too large to be a file of settings.").arg(path)};
+    throw Failure{
+        ExitCode::Failed,
+        QStringLiteral("%1 is too large to be a file of settings: name one that dump has made.").arg(path)};
   }
   const CheckedSettings checked = checkSettings(document);
   if (checked.problems.isEmpty()) return checked.settings;

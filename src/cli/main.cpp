@@ -1,6 +1,7 @@
 // The composition root of tavrilctl.
 #include "cli/CommandLine.h"
 #include "cli/Conversation.h"
+#include "cli/DoctorReport.h"
 #include "cli/Failure.h"
 #include "cli/Plan.h"
 #include "cli/Ports.h"
@@ -8,15 +9,19 @@
 #include "cli/Servo.h"
 #include "cli/Session.h"
 #include "cli/StreamConsole.h"
+#include "doctor/Examination.h"
 #include "platform/NotificationCenter.h"
 #include "platform/linux/AtExit.h"
+#include "platform/linux/PosixDeviceNodes.h"
 #include "platform/linux/PosixTerminalCalls.h"
+#include "platform/linux/ProcProcesses.h"
 #include "platform/linux/QtMainQueue.h"
 #include "platform/linux/StandardStreams.h"
 #include "platform/linux/StreamLog.h"
 #include "platform/linux/StringTables.h"
 #include "platform/linux/ThreadBackground.h"
 #include "platform/linux/UdevDeviceRegistry.h"
+#include "platform/linux/UdevUsbBus.h"
 #include "serial/OpenFailure.h"
 #include "serial/PortRegistry.h"
 #include "serial/SerialEnvironment.h"
@@ -28,6 +33,7 @@
 
 #include <csignal>
 #include <cstdio>
+#include <functional>
 #include <thread>
 
 #include <sys/signalfd.h>
@@ -76,6 +82,9 @@ struct House {
   StringTables strings{StringTables::standardFolders(), log};
   PosixTerminalCalls terminal{log};
   UdevDeviceRegistry devices;
+  UdevUsbBus bus;
+  PosixDeviceNodes nodes;
+  ProcProcesses processes;
   PortRegistry::PortList portList;
   PortRegistry ports{portList};
   simulator::VirtualServo virtualServo{{.pace = true}};
@@ -86,18 +95,25 @@ struct House {
   AtExit processExit;
 };
 
+/// Its path.
+QString startVirtualServo(House &house) {
+  QString error;
+  if (!house.virtualServo.start(&error)) {
+    throw Failure{
+        ExitCode::Failed,
+        QStringLiteral("the virtual servo could not be started: %1. Close other programs and retry.")
+            .arg(error)};
+  }
+  return house.virtualServo.path();
+}
+
 /// The path of the port to use; the registry knows it afterwards.
 QString portToUse(House &house, const Options &options) {
   QString path;
   if (options.demo) {
-    QString error;
-    if (!house.virtualServo.start(&error)) {
-      throw Failure{ExitCode::Failed,
-                    QStringLiteral("the virtual servo could not be started: %1").arg(error)};
-    }
-    path = house.virtualServo.path();
+    path = startVirtualServo(house);
   } else {
-    path = choosePort(listPorts(house.devices), options.port);
+    path = choosePort(listPorts(house.devices, house.processes), options.port);
   }
   const RegistryHandle device = SerialPort::deviceFromBSDPath(house.serial, path);
   if (device != 0) {
@@ -112,12 +128,38 @@ QString portToUse(House &house, const Options &options) {
 std::shared_ptr<SerialPort> portAt(House &house, const QString &path) {
   // Links are followed where the terminal is named, so it may stand in the registry under its own name.
   if (auto port = SerialPort::serialPortWithPath(house.serial, path)) return port;
-  for (const PortInfo &info : listPorts(house.devices)) {
+  for (const PortInfo &info : listPorts(house.devices, house.processes)) {
     // Terminals that were named come first.
     if (auto port = SerialPort::serialPortWithPath(house.serial, info.path)) return port;
   }
-  throw Failure{ExitCode::NoPort, QStringLiteral("there is no serial terminal at %1.").arg(path)};
+  throw Failure{
+      ExitCode::NoPort,
+      QStringLiteral("there is no serial terminal at %1: choose one that \"tavrilctl ports\" lists.")
+          .arg(path)};
 }
+
+/// Acts when a signal comes that ends the program; while the event loop runs.
+class EndingSignal {
+ public:
+  EndingSignal(int signals, const std::function<void()> &act) {
+    if (signals < 0) return;
+    notifier_ = std::make_unique<QSocketNotifier>(signals, QSocketNotifier::Read);
+    QObject::connect(notifier_.get(), &QSocketNotifier::activated, notifier_.get(), [this, signals, act] {
+      signalfd_siginfo information{};
+      if (::read(signals, &information, sizeof information) != sizeof information) return;
+      endedBy_ = static_cast<int>(information.ssi_signo);
+      act();
+    });
+  }
+
+  bool hasCome() const { return endedBy_ != 0; }
+  /// What to exit with, as shells have it.
+  int status() const { return 128 + endedBy_; }
+
+ private:
+  std::unique_ptr<QSocketNotifier> notifier_;
+  int endedBy_ = 0;
+};
 
 /// Carries the work out on a thread of its own, while the main thread carries what comes from the port.
 int workThrough(House &house, const Options &options, Console &console, const Plan &plan, int signals) {
@@ -148,26 +190,52 @@ int workThrough(House &house, const Options &options, Console &console, const Pl
     house.mainQueue.async([] { QCoreApplication::quit(); });
   });
 
-  int endedBy = 0;
-  std::unique_ptr<QSocketNotifier> ending;
-  if (signals >= 0) {
-    ending = std::make_unique<QSocketNotifier>(signals, QSocketNotifier::Read);
-    QObject::connect(ending.get(), &QSocketNotifier::activated, ending.get(), [&] {
-      signalfd_siginfo information{};
-      if (::read(signals, &information, sizeof information) != sizeof information) return;
-      endedBy = static_cast<int>(information.ssi_signo);
-      line->interrupt();
-    });
-  }
+  const EndingSignal ending(signals, [&] { line->interrupt(); });
   QCoreApplication::exec();
   worker.join();
   port->close();
-  constexpr int signalBase = 128;  // as shells have it
-  return status == static_cast<int>(ExitCode::Interrupted) ? signalBase + endedBy : status;
+  return status == static_cast<int>(ExitCode::Interrupted) ? ending.status() : status;
+}
+
+/// The port to examine; empty for the first on the bus.
+QString portToExamine(House &house, const Options &options) {
+  if (options.demo) return startVirtualServo(house);
+  return options.port.isEmpty() ? QString()
+                                : choosePort(listPorts(house.devices, house.processes), options.port);
+}
+
+int examine(House &house, const Options &options, Console &console, int signals) {
+  doctor::Request request;
+  request.path = portToExamine(house, options);
+  request.bootWait = options.bootWait;
+  request.timeout = options.timeout;
+  request.retries = options.retries;
+  doctor::Examination examination({house.bus, house.nodes, house.processes, house.terminal}, request);
+  int status = 0;
+  const auto print = [&](const QString &text) {
+    try {
+      console.data(text);
+    } catch (const Failure &failure) {
+      status = complain(console, failure);
+      examination.cancel();
+    }
+  };
+  std::thread worker([&] {
+    const auto results = examination.run({.began = nullptr, .found = [&](const doctor::Result &result) {
+                                            if (!options.json) print(doctorLines(result, house.strings));
+                                          }});
+    if (options.json && !examination.isCancelled()) print(doctorJson(results, house.strings));
+    if (status == 0) status = static_cast<int>(doctorStatus(results));
+    house.mainQueue.async([] { QCoreApplication::quit(); });
+  });
+  const EndingSignal ending(signals, [&] { examination.cancel(); });
+  QCoreApplication::exec();
+  worker.join();
+  return ending.hasCome() ? ending.status() : status;
 }
 
 void showPorts(House &house, const Options &options, Console &console) {
-  const std::vector<PortInfo> ports = listPorts(house.devices);
+  const std::vector<PortInfo> ports = listPorts(house.devices, house.processes);
   console.data(options.json ? portsJson(ports) : portsTable(ports));
 }
 
@@ -175,10 +243,12 @@ int run(int argc, char **argv, const CommandLine &line, Console &console) {
   const int signals = endingSignals();
   const QCoreApplication application(argc, argv);
   const Plan plan = planFor(line.options, console);
-  if (!plan.work && line.options.verb != Verb::Ports) return 0;
+  const Verb verb = line.options.verb;
+  if (!plan.work && verb != Verb::Ports && verb != Verb::Doctor) return 0;
   House house;
   house.strings.setLanguage(QStringLiteral("en"));
   if (plan.work) return workThrough(house, line.options, console, plan, signals);
+  if (verb == Verb::Doctor) return examine(house, line.options, console, signals);
   if (line.options.demo) portToUse(house, line.options);
   showPorts(house, line.options, console);
   return 0;

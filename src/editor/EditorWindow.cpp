@@ -113,6 +113,8 @@ void EditorWindow::buildMenus(AppDelegate &appdelegate) {
   QAction *detect =
       add(*config, QKeySequence(Qt::CTRL | Qt::Key_D), [&appdelegate] { appdelegate.DetectionMotro(); });
 
+  QAction *doctor = add(*config, QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_D), actions_.openDoctor);
+
   QMenu *tool = menuBar()->addMenu(QString());
   QAction *reboot = add(*tool, QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_R),
                         [&appdelegate] { appdelegate.RebootServo(); });
@@ -135,6 +137,7 @@ void EditorWindow::buildMenus(AppDelegate &appdelegate) {
   outlets_.config = item(config->menuAction());
   outlets_.port = item(port);
   outlets_.detectionmotor = item(detect);
+  outlets_.doctor = item(doctor);
   outlets_.help = item(help->menuAction());
   outlets_.userguide = item(guide);
 }
@@ -212,6 +215,9 @@ void EditorWindow::wireScreen() {
   // The one thing that can be used from the start, so that the keyboard has a place to begin from.
   angle->setFocus(Qt::OtherFocusReason);
   connectButtons(*msgPanel_, [this](const QString &identifier) { message_->MsgButton(identifier); });
+  connect(waitPanel_, &WaitPanel::doctorWanted, this, [this] {
+    if (actions_.openDoctor) actions_.openDoctor();
+  });
   connectButtons(*waitPanel_, [this](const QString &identifier) { waiting_->WaitButton(identifier); });
 }
 

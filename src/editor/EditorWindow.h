@@ -35,6 +35,7 @@ class EditorWindow final : public QMainWindow {
   /// What the menus do beside asking the screen for an action.
   struct Actions {
     std::function<void()> openPortSetting;
+    std::function<void()> openDoctor;
     std::function<void()> quit;
     std::function<void()> about;
     std::function<void()> openConverter;

@@ -1,6 +1,7 @@
 #include "editor/MsgPanel.h"
 
 #include "editor/Style.h"
+#include "platform/PlainToolTip.h"
 #include "platform/StringTable.h"
 #include "ui_MsgPanel.h"
 
@@ -15,7 +16,7 @@ MsgPanel::~MsgPanel() = default;
 
 void MsgPanel::setTexts(const StringTable &strings) {
   ui_->close->setAccessibleName(strings.text(u"close"));
-  ui_->close->setToolTip(strings.text(u"close"));
+  ui_->close->setToolTip(plainToolTip(strings.text(u"close")));
 }
 
 }  // namespace tavril

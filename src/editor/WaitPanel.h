@@ -13,7 +13,8 @@ namespace tavril {
 class StringTable;
 
 /// The card that says what is being waited for: its elements in their places, found by their object names,
-/// and no logic. The holder of the button that gives up is hidden at first.
+/// and no logic. The holder of the button that gives up is hidden at first, and the doctor is offered along
+/// with it.
 class WaitPanel : public QWidget {
   Q_OBJECT
 
@@ -25,7 +26,13 @@ class WaitPanel : public QWidget {
   /// changed.
   void setTexts(const StringTable &strings);
 
+ Q_SIGNALS:
+  /// The user wants to know why there is no answer.
+  void doctorWanted();
+
  protected:
+  /// What goes with the button that gives up comes and goes with it.
+  bool eventFilter(QObject *watched, QEvent *event) override;
   /// The button that gives up is hidden again, for the next wait.
   void hideEvent(QHideEvent *event) override;
 

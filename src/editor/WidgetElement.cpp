@@ -1,5 +1,7 @@
 #include "editor/WidgetElement.h"
 
+#include "platform/PlainToolTip.h"
+
 #include <QAbstractButton>
 #include <QLabel>
 #include <QLineEdit>
@@ -8,6 +10,9 @@
 namespace tavril {
 
 namespace {
+
+/// What a tool tip was set to, before it was made safe to show.
+constexpr char plainToolTipProperty[] = "plainToolTip";
 
 QString textOf(const QLineEdit &line) {
   return line.text();
@@ -118,11 +123,15 @@ void WidgetElement::setHidden(bool hidden) {
 }
 
 QString WidgetElement::toolTip() const {
-  return widget_ ? widget_->toolTip() : QString();
+  if (!widget_) return {};
+  const QVariant plain = widget_->property(plainToolTipProperty);
+  return plain.isValid() ? plain.toString() : widget_->toolTip();
 }
 
 void WidgetElement::setToolTip(const QString &toolTip) {
-  if (widget_) widget_->setToolTip(toolTip);
+  if (!widget_) return;
+  widget_->setProperty(plainToolTipProperty, toolTip);
+  widget_->setToolTip(plainToolTip(toolTip));
 }
 
 QString WidgetElement::identifier() const {

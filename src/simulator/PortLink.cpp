@@ -2,6 +2,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QRandomGenerator>
 
 #include <cerrno>
 #include <cstdio>
@@ -28,7 +29,8 @@ bool PortLink::create(const QString &path, const QString &target, QString *error
   }
   // Made beside it and moved over it, so that there is no moment without a link.
   const QByteArray name = QFile::encodeName(path);
-  const QByteArray passing = name + ".new" + QByteArray::number(::getpid());
+  // A name that nobody can know beforehand: the folder may be one where others have files, too.
+  const QByteArray passing = name + ".new" + QByteArray::number(QRandomGenerator::system()->generate64(), 36);
   if (::symlink(QFile::encodeName(target).constData(), passing.constData()) != 0) return fail(error, path);
   if (std::rename(passing.constData(), name.constData()) != 0) {
     fail(error, path);

@@ -1,5 +1,7 @@
 #include "tools/PathElement.h"
 
+#include "platform/PlainToolTip.h"
+
 #include <QLineEdit>
 
 namespace tavril {
@@ -11,7 +13,7 @@ QString PathElement::text() const {
 void PathElement::setText(const QString &text) {
   field_.setText(text);
   // A file may have any name, also one that a tool tip would take for markup.
-  field_.setToolTip(text.toHtmlEscaped());
+  field_.setToolTip(plainToolTip(text));
 }
 
 bool PathElement::isEnabled() const {

@@ -35,11 +35,11 @@ TEST(CtlCommandLine, HasDefaults) {
 
 TEST(CtlCommandLine, KnowsEveryCommand) {
   const std::vector<std::pair<const char *, Verb>> commands{
-      {"ports", Verb::Ports},      {"detect", Verb::Detect},     {"read", Verb::Read},
-      {"write kp=1", Verb::Write}, {"dump f", Verb::Dump},       {"restore f", Verb::Restore},
-      {"diff f", Verb::Diff},      {"position", Verb::Position}, {"move 5", Verb::Move},
-      {"release", Verb::Release},  {"reboot", Verb::Reboot},     {"reset --yes", Verb::Reset},
-      {"monitor", Verb::Monitor},  {"send FF", Verb::Send}};
+      {"ports", Verb::Ports},       {"doctor", Verb::Doctor},    {"detect", Verb::Detect},
+      {"read", Verb::Read},         {"write kp=1", Verb::Write}, {"dump f", Verb::Dump},
+      {"restore f", Verb::Restore}, {"diff f", Verb::Diff},      {"position", Verb::Position},
+      {"move 5", Verb::Move},       {"release", Verb::Release},  {"reboot", Verb::Reboot},
+      {"reset --yes", Verb::Reset}, {"monitor", Verb::Monitor},  {"send FF", Verb::Send}};
   for (const auto &[line, verb] : commands) EXPECT_EQ(optionsOf(line).verb, verb) << line;
   EXPECT_EQ(CommandLine::book(QStringLiteral("1")).commands.size(), commands.size());
 }

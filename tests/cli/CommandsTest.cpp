@@ -262,6 +262,37 @@ TEST(Moving, FailsWhereTheServoComesToRestElsewhere) {
   const Failure failure = failureOf([&] { moveTo(bench.session, 900, true); });
   EXPECT_EQ(failure.code, ExitCode::Failed);
   EXPECT_EQ(bench.console.printed, QStringLiteral("512\n"));
+  EXPECT_TRUE(
+      failure.text.startsWith(QStringLiteral("the servo came to rest at 512 and not at 900: see with")))
+      << failure.text.toStdString();
+}
+
+/// A line behind which the servo is elsewhere each time it is asked.
+class Wandering final : public Line {
+ public:
+  Heard request(const QByteArray &data, Time timeout, Rule rule) override {
+    bridge.position = (bridge.position + 100) % 1000;
+    return bridge.request(data, timeout, std::move(rule));
+  }
+  void pause(Time duration) override { bridge.pause(duration); }
+  Time now() const override { return bridge.now(); }
+  QString name() const override { return bridge.name(); }
+
+  BridgeInTime bridge;
+};
+
+TEST(Moving, FailsWhereTheServoDoesNotComeToRest) {
+  Wandering line;
+  Conversation conversation(line, {});
+  Servo servo(conversation, line.name());
+  ScreenConsole console(false);
+  const KeyTable strings;
+  Session session{servo, line, console, strings};
+  const Failure failure = failureOf([&] { moveTo(session, 900, true); });
+  EXPECT_EQ(failure.code, ExitCode::Failed);
+  EXPECT_TRUE(failure.text.startsWith(QStringLiteral("the servo has not come to rest within ")))
+      << failure.text.toStdString();
+  EXPECT_TRUE(failure.text.contains(QStringLiteral(": see with \"monitor\" what it does.")));
 }
 
 }  // namespace

@@ -56,6 +56,18 @@ TEST(Conversation, GivesUpAfterTheRetriesAndNotLater) {
   EXPECT_EQ(bench.bridge.now(), milliseconds(900));
 }
 
+TEST(Conversation, GivesUpWhereRepliesCannotBeToldApart) {
+  Bench bench({.lostReplies = 100});
+  for (const RegisterRow &row : registerCatalogue()) {
+    ASSERT_TRUE(failureOf([&] { bench.servo.read(row); }));
+  }
+  const auto failure = failureOf([&] { bench.servo.read(kp()); });
+  ASSERT_TRUE(failure);
+  EXPECT_TRUE(
+      failure->text.contains(QStringLiteral("that its replies cannot be told apart: check the cable")))
+      << failure->text.toStdString();
+}
+
 TEST(Conversation, TakesALateReplyToItsOwnCommandForAnAnswer) {
   Bench bench;
   bench.bridge.faults.lostReplies = 100;

@@ -1,8 +1,8 @@
 #include "cli/Ports.h"
+#include "platform/Processes.h"
 #include "tests/cli/FailureOf.h"
 #include "tests/support/FakeDevices.h"
 
-#include <QDir>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -56,65 +56,42 @@ TEST(ChoosingAPort, GoesByNameOrPath) {
   EXPECT_EQ(choosing({}, QStringLiteral("nothing")).code, ExitCode::NoPort);
 }
 
-struct Machine {
-  Machine() {
-    for (const char *process : {"12", "345", "self"}) {
-      QDir(folder.path()).mkpath(QStringLiteral("proc/%1/fd").arg(QString::fromLatin1(process)));
-    }
-    write(QStringLiteral("tty"), {});
-    write(QStringLiteral("proc/12/comm"), "modem-manager\n");
-    write(QStringLiteral("proc/345/comm"), "bash\n");
-    write(QStringLiteral("other"), {});
-    QFile::link(tty, path(QStringLiteral("proc/12/fd/7")));
-    QFile::link(path(QStringLiteral("other")), path(QStringLiteral("proc/345/fd/0")));
-    QFile::link(QStringLiteral("socket:[17]"), path(QStringLiteral("proc/345/fd/1")));
+struct Holders final : Processes {
+  std::vector<RunningProcess> holding(const QString &path) const override {
+    if (path != tty) return {};
+    return {{12, QStringLiteral("modem-manager")}, {345, QStringLiteral("minicom")}};
   }
-  QString path(const QString &name) const { return folder.filePath(name); }
-  void write(const QString &name, const QByteArray &content) const {
-    QFile file(path(name));
-    EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(content);
-  }
+  std::vector<RunningProcess> named(const QStringList &) const override { return {}; }
+  bool seesAll() const override { return true; }
+  int own() const override { return 1; }
 
   QTemporaryDir folder;
-  QString tty = path(QStringLiteral("tty"));
-  QString proc = path(QStringLiteral("proc"));
+  QString tty = folder.filePath(QStringLiteral("tty"));
 };
 
-TEST(PortUse, NamesWhoHasTheTerminalOpen) {
-  const Machine machine;
-  EXPECT_EQ(holdersOf(machine.tty, machine.proc), QStringLiteral("modem-manager (12)"));
-  EXPECT_EQ(holdersOf(machine.path(QStringLiteral("nothing")), machine.proc), QString());
-}
-
-TEST(PortUse, SeesThroughALinkToTheTerminal) {
-  const Machine machine;
-  const QString link = machine.path(QStringLiteral("by-id"));
-  QFile::link(machine.tty, link);
-  EXPECT_EQ(holdersOf(link, machine.proc), QStringLiteral("modem-manager (12)"));
-}
-
 TEST(Ports, AreListedWithAllThatIsKnown) {
-  const Machine machine;
+  const Holders processes;
+  QFile node(processes.tty);
+  ASSERT_TRUE(node.open(QIODevice::WriteOnly));
   FakeDevices devices;
-  devices.add(QStringLiteral("usbserial-ttyUSB0"), machine.tty);
+  devices.add(QStringLiteral("usbserial-ttyUSB0"), processes.tty);
   DeviceProperties &properties = devices.devices.front();
   properties.insert(QString::fromUtf16(DeviceKey::product), QStringLiteral("Bridge \"2\""));
   properties.insert(QString::fromUtf16(DeviceKey::serialNumber), QStringLiteral("A600"));
   properties.insert(QString::fromUtf16(DeviceKey::vendorId), QStringLiteral("0403"));
   properties.insert(QString::fromUtf16(DeviceKey::productId), QStringLiteral("6001"));
   properties.insert(QString::fromUtf16(DeviceKey::driver), QStringLiteral("ftdi_sio"));
-  const std::vector<PortInfo> ports = listPorts(devices, machine.proc);
+  const std::vector<PortInfo> ports = listPorts(devices, processes);
   const QJsonArray listed = QJsonDocument::fromJson(portsJson(ports).toUtf8()).array();
-  EXPECT_EQ(listed,
-            (QJsonArray{QJsonObject{{QStringLiteral("name"), QStringLiteral("usbserial-ttyUSB0")},
-                                    {QStringLiteral("path"), machine.tty},
-                                    {QStringLiteral("product"), QStringLiteral("Bridge \"2\"")},
-                                    {QStringLiteral("serial_number"), QStringLiteral("A600")},
-                                    {QStringLiteral("vid_pid"), QStringLiteral("0403:6001")},
-                                    {QStringLiteral("driver"), QStringLiteral("ftdi_sio")},
-                                    {QStringLiteral("access"), QStringLiteral("yes")},
-                                    {QStringLiteral("in_use_by"), QStringLiteral("modem-manager (12)")}}}));
+  EXPECT_EQ(listed, (QJsonArray{QJsonObject{{QStringLiteral("name"), QStringLiteral("usbserial-ttyUSB0")},
+                                            {QStringLiteral("path"), processes.tty},
+                                            {QStringLiteral("product"), QStringLiteral("Bridge \"2\"")},
+                                            {QStringLiteral("serial_number"), QStringLiteral("A600")},
+                                            {QStringLiteral("vid_pid"), QStringLiteral("0403:6001")},
+                                            {QStringLiteral("driver"), QStringLiteral("ftdi_sio")},
+                                            {QStringLiteral("access"), QStringLiteral("yes")},
+                                            {QStringLiteral("in_use_by"),
+                                             QStringLiteral("modem-manager (12), minicom (345)")}}}));
   EXPECT_EQ(portsJson({}), QStringLiteral("[]\n"));
   EXPECT_TRUE(portsTable(ports).startsWith(QStringLiteral("NAME ")));
   EXPECT_EQ(portsTable(ports).count(u'\n'), 2);

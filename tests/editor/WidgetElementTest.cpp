@@ -8,6 +8,7 @@
 #include <QPlainTextEdit>
 #include <QSignalSpy>
 #include <QTest>
+#include <QTextDocumentFragment>
 
 #include <gtest/gtest.h>
 
@@ -88,6 +89,16 @@ TEST(WidgetElement, AContainersTextIsEmptyAndStaysSo) {
   const auto element = WidgetElement::over(container);
   element->setText(QStringLiteral("text"));
   EXPECT_EQ(element->text(), QString());
+}
+
+TEST(WidgetElement, AToolTipIsPlainTextWhateverItReads) {
+  QWidget widget;
+  const auto element = WidgetElement::over(widget);
+  const QString markup = QStringLiteral("<b>0</b> to <img src=\"/dev/tty\"> 5 & more");
+  element->setToolTip(markup);
+  EXPECT_EQ(element->toolTip(), markup);
+  EXPECT_TRUE(Qt::mightBeRichText(widget.toolTip()));
+  EXPECT_EQ(QTextDocumentFragment::fromHtml(widget.toolTip()).toPlainText(), markup);
 }
 
 TEST(WidgetElement, StateToolTipAndIdentifierAreTheWidgets) {

@@ -1,7 +1,10 @@
 #include "editor/ButtonLabel.h"
+#include "serial/config/PortDelegate.h"
 #include "tests/gui/GuiBench.h"
 
 #include <QComboBox>
+#include <QLabel>
+#include <QTextDocumentFragment>
 
 namespace tavril {
 namespace {
@@ -135,6 +138,69 @@ TEST_F(GuiBench, ThePortDialogListsPortsLiveAndTellsWhatIsBehindThem) {
   ASSERT_TRUE(waitFor([&] { return box->count() == 2; }));
   EXPECT_EQ(box->itemText(1), QStringLiteral("usbserial-ttyUSB7"));
   EXPECT_TRUE(box->itemData(1, Qt::ToolTipRole).toString().contains(QStringLiteral("/dev/ttyUSB7")));
+}
+
+TEST_F(GuiBench, ThePortDialogTellsOfEachPortWhetherItCanBeOpenedAndOpensNone) {
+  const auto add = [this](const char *name, const char *path) {
+    devices.plugIn(QString::fromLatin1(name), QString::fromLatin1(path));
+  };
+  add("usbserial-ttyUSB1", "/dev/ttyUSB1");
+  add("usbserial-ttyUSB2", "/dev/ttyUSB2");
+  add("usbserial-ttyUSB3", "/dev/ttyUSB3");
+  ASSERT_TRUE(waitFor([&] { return state.allSerialPortsInfo.size() == 4; }));
+  machine.node(QStringLiteral("/dev/ttyUSB1")).mayUse = false;
+  machine.node(QStringLiteral("/dev/ttyUSB2"));
+  machine.programs.held = QStringLiteral("/dev/ttyUSB2");
+  machine.programs.holders = {{12, QStringLiteral("minicom")}};
+  shortcut(Qt::Key_P, Qt::ControlModifier);
+  ASSERT_NE(dialog, nullptr);
+  const auto *box = dialog->findChild<QComboBox *>();
+  const auto details = [&](int place) { return box->itemData(place, PortDelegate::detailsRole).toString(); };
+  EXPECT_EQ(details(0), servo.path() + QStringLiteral(" · can be opened"));
+  EXPECT_EQ(details(1), QStringLiteral("/dev/ttyUSB1 · no permission"));
+  EXPECT_EQ(details(2), QStringLiteral("/dev/ttyUSB2 · in use by minicom (12)"));
+  EXPECT_EQ(details(3), QStringLiteral("/dev/ttyUSB3 · no longer there"));
+  EXPECT_EQ(dialog->findChild<QLabel *>(QStringLiteral("details"))->text(), details(0));
+  EXPECT_EQ(terminal.count(Call::Open), 0);
+}
+
+TEST_F(GuiBench, ThePortDialogSaysWhichPortWillBeOpened) {
+  devices.plugIn("usbserial-ttyUSB7", "/dev/ttyUSB7");
+  ASSERT_TRUE(waitFor([&] { return state.allSerialPortsInfo.size() == 2; }));
+  shortcut(Qt::Key_P, Qt::ControlModifier);
+  auto *box = dialog->findChild<QComboBox *>();
+  box->setFocus();
+  QTest::keyClick(box, Qt::Key_Down);
+  EXPECT_EQ(dialog->findChild<QLabel *>(QStringLiteral("details"))->text(),
+            QStringLiteral("/dev/ttyUSB7 · no longer there"));
+  EXPECT_EQ(
+      dialog->findChild<QLabel *>(QStringLiteral("first"))->text(),
+      QStringLiteral("Whichever is shown, the first port of the list will be opened: usbport-test (can be "
+                     "opened)"));
+}
+
+TEST_F(GuiBench, ThePortDialogLooksAnewWhenItsListIsOpened) {
+  shortcut(Qt::Key_P, Qt::ControlModifier);
+  const auto *first = dialog->findChild<QLabel *>(QStringLiteral("first"));
+  machine.node(servo.path()).mayUse = false;
+  auto *box = dialog->findChild<QComboBox *>();
+  box->showPopup();
+  EXPECT_TRUE(first->text().endsWith(QStringLiteral("usbport-test (no permission)")))
+      << first->text().toStdString();
+  box->hidePopup();
+}
+
+TEST_F(GuiBench, WhatADeviceCallsItselfIsShownAsPlainText) {
+  devices.plugIn("usbserial-ttyUSB7", "/dev/ttyUSB7", QStringLiteral("<b>x</b>"));
+  ASSERT_TRUE(waitFor([&] { return state.allSerialPortsInfo.size() == 2; }));
+  shortcut(Qt::Key_P, Qt::ControlModifier);
+  const auto *box = dialog->findChild<QComboBox *>();
+  EXPECT_TRUE(QTextDocumentFragment::fromHtml(box->itemData(1, Qt::ToolTipRole).toString())
+                  .toPlainText()
+                  .startsWith(QStringLiteral("<b>x</b> · ")));
+  for (const QLabel *label : dialog->findChildren<QLabel *>()) {
+    EXPECT_EQ(label->textFormat(), Qt::PlainText) << label->objectName().toStdString();
+  }
 }
 
 TEST_F(GuiBench, ChoosingTheSecondPortNamesItButTheFirstIsOpened) {

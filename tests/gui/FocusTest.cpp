@@ -110,14 +110,14 @@ TEST_F(FocusTest, ShowsOnEveryElementOfThePanelsAndTheDialog) {
   dialog->reject();
   find<QWidget>("CloseButtonView")->show();
   find<QWidget>("ContrainerView_WaitView")->show();
-  EXPECT_EQ(checkThatFocusShows(*window), 2);
+  EXPECT_EQ(checkThatFocusShows(*window), 3);
   find<QWidget>("ContrainerView_WaitView")->hide();
   find<QWidget>("ContrainerView_MsgView")->show();
   EXPECT_EQ(checkThatFocusShows(*window), 3);
 }
 
 TEST_F(FocusTest, ShowsOnEveryElementOfAbout) {
-  shortcut(Qt::Key_F1, Qt::NoModifier);
+  choose(strings.text(u"about_tavril"));
   auto *about = window->findChild<AboutWindow *>();
   ASSERT_NE(about, nullptr);
   EXPECT_EQ(checkThatFocusShows(*about), 5);

@@ -4,6 +4,7 @@
 #include "app/LanguageChoice.h"
 #include "app/StoreController.h"
 #include "editor/AboutWindow.h"
+#include "editor/DoctorWindow.h"
 #include "editor/EditorWindow.h"
 #include "editor/GuideWindow.h"
 #include "editor/MainScreen.h"
@@ -23,6 +24,7 @@
 #include "serial/SerialPort.h"
 #include "serial/config/Config.h"
 #include "simulator/VirtualServo.h"
+#include "tests/doctor/FakeMachine.h"
 #include "tests/support/AnsweringAlert.h"
 #include "tests/support/FakeDevices.h"
 #include "tests/support/FaultyTerminalCalls.h"
@@ -70,6 +72,12 @@ class GuiBench : public testing::Test {
     devices.add(portName, servo.path());
     EditorWindow::Actions actions;
     actions.openPortSetting = [this] { openDialog(); };
+    machine.node(servo.path());
+    actions.openDoctor = [this] {
+      DoctorWindow::open(
+          *window, desktop, {machine.bus, machine.nodes, machine.programs, terminal}, background,
+          [this] { return DoctorWindow::requestFor(*application, std::chrono::milliseconds(0)); });
+    };
     actions.openConverter = [this] { ++convertersOpened; };
     actions.openTables = [this] { ++tablesOpened; };
     actions.quit = [this] { endStatus = 0; };
@@ -102,7 +110,7 @@ class GuiBench : public testing::Test {
   }
 
   void openDialog() {
-    dialog = new Config(state, *application, desktop, serial, window.get());
+    dialog = new Config(state, *application, desktop, serial, machine.nodes, machine.programs, window.get());
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->open();
   }
@@ -194,6 +202,7 @@ class GuiBench : public testing::Test {
   AlertErrorPresenter errors{alert};
   StoreController store{files, desktop, errors};
   FakeDevices devices;
+  doctor::FakeMachine machine;
   SharedState state;
   PortRegistry ports{state.allSerialPortsInfo};
   RecordingExit processExit;

@@ -12,6 +12,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QPlainTextEdit>
+#include <QScrollArea>
 #include <QScrollBar>
 #include <QTemporaryDir>
 #include <QTimer>
@@ -24,6 +25,7 @@ void ScreenTour::tour(Visit visit) {
   show(QStringLiteral("not-connected"), *window);
   visitMenus();
   visitAbout();
+  visitDoctor();
   visitConverter();
   visitConnecting();
   visitNotices();
@@ -68,6 +70,36 @@ void ScreenTour::visitAbout() {
   ASSERT_TRUE(waitFor([&] { return !bar->isVisible(); }));
   show(QStringLiteral("about"), *about);
   about->close();
+}
+
+void ScreenTour::visitDoctor() {
+  // As for somebody who may not use the port: the longest of what there is to say.
+  DeviceNode &node = machine.node(servo.path());
+  node.mayUse = false;
+  node.group = QStringLiteral("dialout");
+  machine.programs.running = {{812, QStringLiteral("ModemManager")}, {933, QStringLiteral("brltty")}};
+  machine.programs.all = false;
+  shortcut(Qt::Key_D, Qt::ControlModifier | Qt::ShiftModifier);
+  auto *doctor = window->findChild<DoctorWindow *>();
+  ASSERT_NE(doctor, nullptr);
+  // Large enough for all of it, on a large screen.
+  doctor->resize(680, 1100);
+  auto *again = doctor->findChild<QWidget *>(QStringLiteral("again"));
+  ASSERT_TRUE(waitFor([&] { return again->isEnabled(); }));
+  const auto laidOut = [&] {
+    const auto *bar = doctor->findChild<QScrollArea *>()->verticalScrollBar();
+    return waitFor([&] { return bar->maximum() == 0; });
+  };
+  ASSERT_TRUE(laidOut());
+  show(QStringLiteral("doctor-trouble"), *doctor);
+  machine.node(servo.path());
+  machine.programs.running.clear();
+  machine.programs.all = true;
+  press(again);
+  ASSERT_TRUE(waitFor([&] { return again->isEnabled(); }));
+  ASSERT_TRUE(laidOut());
+  show(QStringLiteral("doctor-well"), *doctor);
+  doctor->close();
 }
 
 void ScreenTour::visitConverter() {

@@ -24,6 +24,7 @@ class ScreenTour : public GuiBench, public testing::WithParamInterface<std::stri
   void show(const QString &name, QWidget &screen);
   void visitMenus();
   void visitAbout();
+  void visitDoctor();
   void visitConverter();
   void visitConnecting();
   void visitNotices();

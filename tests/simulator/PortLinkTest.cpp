@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 namespace tavril::simulator {
 namespace {
 
@@ -32,6 +34,15 @@ TEST_F(PortLinkTest, ReplacesAnOlderLink) {
   PortLink link;
   ASSERT_TRUE(link.create(path(QStringLiteral("servo")), QStringLiteral("/dev/pts/91"), &error_));
   EXPECT_EQ(target(QStringLiteral("servo")), QStringLiteral("/dev/pts/91"));
+}
+
+TEST_F(PortLinkTest, ItsPassingNameCannotBeKnown) {
+  // Somebody has taken the name that could have been guessed.
+  const QString guessed = path(QStringLiteral("servo.new%1").arg(::getpid()));
+  ASSERT_TRUE(QFile::link(path(QStringLiteral("elsewhere")), guessed));
+  PortLink link;
+  EXPECT_TRUE(link.create(path(QStringLiteral("servo")), QStringLiteral("/dev/pts/92"), &error_));
+  EXPECT_EQ(target(QStringLiteral("servo")), QStringLiteral("/dev/pts/92"));
 }
 
 TEST_F(PortLinkTest, LeavesAFileAloneAndSaysSo) {

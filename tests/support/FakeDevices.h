@@ -30,6 +30,13 @@ class FakeDevices final : public DeviceRegistry {
     table.announce(DeviceEvent::Published, devices.back());
   }
 
+  /// With a name of the product.
+  void plugIn(const QString &name, const QString &path, const QString &product) {
+    add(name, path);
+    devices.back().insert(QString::fromUtf16(DeviceKey::product), product);
+    table.announce(DeviceEvent::Published, devices.back());
+  }
+
   void pullOut(const QString &path) {
     const auto found = std::ranges::find_if(devices, [&](const DeviceProperties &device) {
       return device.value(QString::fromUtf16(DeviceKey::calloutDevice)) == path;

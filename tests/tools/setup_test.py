@@ -137,7 +137,7 @@ class SetupTest(unittest.TestCase):
             with self.subTest(groups):
                 result = self.setup_groups(*groups)
                 self.assertEqual(result.returncode, 2)
-                self.assertIn("groups: run test vm package coverage check", result.stderr)
+                self.assertIn("groups: run test vm bench package coverage check", result.stderr)
         self.assertEqual(self.said("apt-get"), [])
 
 

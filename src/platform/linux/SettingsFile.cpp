@@ -46,7 +46,7 @@ std::optional<QString> SettingsFile::value(const QString &key) const {
 }
 
 bool SettingsFile::setValue(const QString &key, const QString &value) {
-  if (!prepare()) return false;
+  if (isLink() || !prepare()) return false;
   {
     QSettings settings(path_, QSettings::IniFormat);
     clearIfDamaged(settings);
@@ -63,7 +63,7 @@ bool SettingsFile::setValue(const QString &key, const QString &value) {
 
 bool SettingsFile::remove(const QString &key) {
   if (!QFileInfo::exists(path_)) return true;
-  if (!mayBeOpened()) return false;
+  if (isLink() || !mayBeOpened()) return false;
   QSettings settings(path_, QSettings::IniFormat);
   clearIfDamaged(settings);
   settings.remove(key);
@@ -84,6 +84,12 @@ bool SettingsFile::mayBeOpened() const {
     complain(QStringLiteral("it is larger than 1 MiB"));
     return false;
   }
+  return true;
+}
+
+bool SettingsFile::isLink() const {
+  if (!QFileInfo(path_).isSymLink()) return false;
+  complain(QStringLiteral("it is a link, through which nothing is written"));
   return true;
 }
 

@@ -26,6 +26,7 @@ class SettingsFile final : public Preferences {
 
  private:
   bool mayBeOpened() const;
+  bool isLink() const;
   bool prepare();
   void complain(const QString &problem) const;
 

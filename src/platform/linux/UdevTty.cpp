@@ -1,5 +1,7 @@
 #include "platform/linux/UdevTty.h"
 
+#include "platform/PrintableText.h"
+
 #include <QStringView>
 
 #include <libudev.h>
@@ -80,8 +82,8 @@ DeviceProperties describeTerminal(udev_device *terminal) {
            kernelName);
   const QString model = propertyOf(terminal, "ID_MODEL");
   setIfThere(properties, DeviceKey::product,
-             model.isEmpty() ? propertyOf(terminal, "ID_MODEL_FROM_DATABASE") : model);
-  setIfThere(properties, DeviceKey::serialNumber, propertyOf(terminal, "ID_SERIAL_SHORT"));
+             printableText(model.isEmpty() ? propertyOf(terminal, "ID_MODEL_FROM_DATABASE") : model));
+  setIfThere(properties, DeviceKey::serialNumber, printableText(propertyOf(terminal, "ID_SERIAL_SHORT")));
   setIfThere(properties, DeviceKey::vendorId, propertyOf(terminal, "ID_VENDOR_ID"));
   setIfThere(properties, DeviceKey::productId, propertyOf(terminal, "ID_MODEL_ID"));
   return properties;

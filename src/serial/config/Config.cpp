@@ -1,7 +1,6 @@
 #include "serial/config/Config.h"
 
 #include "platform/Desktop.h"
-#include "platform/DeviceRegistry.h"
 #include "platform/Log.h"
 #include "platform/NotificationCenter.h"
 #include "platform/ScreenElement.h"
@@ -28,28 +27,41 @@ QString identifierOf(const QComboBox &comboBox) {
 }  // namespace
 
 Config::Config(SharedState &state, LinkOpener &appdelegate, const Desktop &desktop,
-               const SerialEnvironment &serial, QWidget *parent)
+               const SerialEnvironment &serial, const DeviceNodes &nodes, const Processes &processes,
+               QWidget *parent)
     : QDialog(parent),
       state_(state),
       appdelegate_(appdelegate),
       desktop_(desktop),
       serial_(serial),
+      nodes_(nodes),
+      processes_(processes),
       ui_(std::make_unique<Ui::PortDialog>()) {
   ui_->setupUi(this);
   viewDidLoad();
   model_ = new PortListModel([this] { return numberOfItemsInComboBox(*ui_->portCombo); },
                              [this](int index) { return objectValueForItemAtIndex(*ui_->portCombo, index); },
-                             [this](int index) { return toolTipOf(index); }, this);
+                             [this](int index) { return detailsOf(index); }, this);
   ui_->portCombo->setModel(model_);
   reload();
   ui_->portCombo->setFocus();
+  connect(ui_->portCombo, &QComboBox::currentIndexChanged, this, [this] { showSights(); });
+  connect(ui_->portCombo, &PortCombo::opening, this, [this] {
+    lookAtPorts();
+    model_->refresh();
+    showSights();
+  });
   // Only what the user does is a choice, not what the list does by itself.
   connect(ui_->portCombo, &QComboBox::activated, this,
           [this] { comboBoxSelectionDidChange(*ui_->portCombo); });
   connect(ui_->doneBT, &QPushButton::clicked, this, [this] { done(); });
   connect(ui_->cancel, &QPushButton::clicked, this, &Config::cancel);
   desktop_.notifications.addObserver(this, QString::fromUtf16(LanguageDidChangeNotification),
-                                     [this](const Notification &) { viewDidLoad(); });
+                                     [this](const Notification &) {
+                                       viewDidLoad();
+                                       model_->refresh();
+                                       showSights();
+                                     });
   // The link hears of ports that come and go before this dialog does, and has changed the list by then.
   for (const char16_t *name :
        {SerialPortsWereConnectedNotification, SerialPortsWereDisconnectedNotification}) {
@@ -113,22 +125,38 @@ void Config::cancel() {
   reject();
 }
 
-QString Config::toolTipOf(int index) const {
-  if (static_cast<std::size_t>(index) >= state_.allSerialPortsInfo.size()) return {};
-  const auto &port = state_.allSerialPortsInfo[static_cast<std::size_t>(index)];
-  QStringList parts;
-  for (const char16_t *key : {DeviceKey::product, DeviceKey::serialNumber}) {
-    const QString part = SerialPort::stringPropertyOf(serial_, port->IOKitDevice(), QString::fromUtf16(key));
-    if (!part.isEmpty()) parts.append(part.toHtmlEscaped());
+QString Config::detailsOf(int index) const {
+  const auto place = static_cast<std::size_t>(index);
+  return place < sights_.size() ? sights_[place].details(desktop_.strings) : QString();
+}
+
+void Config::lookAtPorts() {
+  sights_.clear();
+  for (const auto &port : state_.allSerialPortsInfo)
+    sights_.push_back(PortSight::of(*port, serial_, nodes_, processes_));
+}
+
+/// What is known of the port that is shown, and which one will be opened.
+void Config::showSights() {
+  const QString details = detailsOf(ui_->portCombo->currentIndex());
+  ui_->details->setText(details);
+  ui_->portCombo->setAccessibleDescription(details);
+  if (sights_.empty()) {
+    ui_->first->setText(desktop_.strings.text(u"port_none"));
+    return;
   }
-  parts.append(port->path().toHtmlEscaped());
-  return parts.join(QStringLiteral(" · "));
+  const PortSight &first = sights_.front();
+  ui_->first->setText(desktop_.strings.text(u"port_first")
+                          .replace(QStringLiteral("%@"), first.name + QStringLiteral(" (") +
+                                                             first.stateText(desktop_.strings) + u')'));
 }
 
 void Config::reload() {
+  lookAtPorts();
   model_->reload();
   const int count = model_->rowCount();
   ui_->portCombo->setCurrentIndex(state_.selectPort < count ? state_.selectPort : count - 1);
+  showSights();
 }
 
 }  // namespace tavril

@@ -1,8 +1,11 @@
 #pragma once
 
+#include "serial/config/PortSight.h"
+
 #include <QDialog>
 
 #include <memory>
+#include <vector>
 
 class QComboBox;
 
@@ -12,21 +15,23 @@ class PortDialog;
 
 namespace tavril {
 
+class DeviceNodes;
 class LinkOpener;
 class PortListModel;
+class Processes;
 struct Desktop;
 struct SerialEnvironment;
 struct SharedState;
 
-/// The dialog in which the user picks a port and starts the connection. It lists the ports live. The choice
-/// only names the port in messages: meant, the link always opens the first port of the list. Main thread
-/// only.
+/// The dialog in which the user picks a port and starts the connection. It lists the ports live, with what
+/// can be seen of them without opening any. The choice only names the port in messages: meant, the link
+/// always opens the first port of the list, and the dialog says so. Main thread only.
 class Config final : public QDialog {
   Q_OBJECT
 
  public:
   Config(SharedState &state, LinkOpener &appdelegate, const Desktop &desktop, const SerialEnvironment &serial,
-         QWidget *parent = nullptr);
+         const DeviceNodes &nodes, const Processes &processes, QWidget *parent = nullptr);
   ~Config() override;
 
   /// Sets the texts, also when the language has changed.
@@ -45,13 +50,18 @@ class Config final : public QDialog {
   void cancel();
 
  private:
-  QString toolTipOf(int index) const;
+  QString detailsOf(int index) const;
+  void lookAtPorts();
+  void showSights();
   void reload();
 
   SharedState &state_;
   LinkOpener &appdelegate_;
   const Desktop &desktop_;
   const SerialEnvironment &serial_;
+  const DeviceNodes &nodes_;
+  const Processes &processes_;
+  std::vector<PortSight> sights_;  ///< of the listed ports, in their order
   std::unique_ptr<Ui::PortDialog> ui_;
   PortListModel *model_ = nullptr;
 };

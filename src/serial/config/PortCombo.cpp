@@ -1,10 +1,24 @@
 #include "serial/config/PortCombo.h"
 
+#include "serial/config/PortDelegate.h"
+
+#include <QAbstractItemView>
 #include <QPainter>
+
+#include <algorithm>
 
 namespace tavril {
 
-PortCombo::PortCombo(QWidget *parent) : QComboBox(parent) {}
+PortCombo::PortCombo(QWidget *parent) : QComboBox(parent) {
+  setItemDelegate(new PortDelegate(this));
+}
+
+void PortCombo::showPopup() {
+  constexpr int widest = 640;
+  Q_EMIT opening();
+  view()->setMinimumWidth(std::clamp(view()->sizeHintForColumn(0), width(), std::max(widest, width())));
+  QComboBox::showPopup();
+}
 
 void PortCombo::paintEvent(QPaintEvent *event) {
   QComboBox::paintEvent(event);

@@ -14,17 +14,19 @@ class PortListModel final : public QAbstractListModel {
   using Count = std::function<int()>;
   using Text = std::function<QString(int index)>;
 
-  PortListModel(Count count, Text name, Text toolTip, QObject *parent = nullptr);
+  PortListModel(Count count, Text name, Text details, QObject *parent = nullptr);
 
   int rowCount(const QModelIndex &parent = {}) const override;
   QVariant data(const QModelIndex &index, int role) const override;
+  /// What is known of the ports may have changed, the ports themselves have not.
+  void refresh();
   /// The list has changed: it is asked for anew.
   void reload();
 
  private:
   Count count_;
   Text name_;
-  Text toolTip_;
+  Text details_;
   int rows_ = 0;
 };
 

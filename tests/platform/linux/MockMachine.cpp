@@ -79,7 +79,9 @@ void MockMachine::plugFtdi(const QString &name, const QString &socket, bool isIn
           terminalPlace(name, socket),
           QStringLiteral("E: ID_BUS=usb\nE: ID_VENDOR_ID=0403\nE: ID_MODEL_ID=6001\n"
                          "E: ID_MODEL=FT232R_USB_UART\nE: ID_MODEL_FROM_DATABASE=FT232 Serial (UART) IC\n"
-                         "E: ID_SERIAL_SHORT=A50285BI\n"),
+                         "E: ID_SERIAL_SHORT=A50285BI\nE: DEVLINKS=/dev/serial/by-path/x "
+                         "/dev/serial/by-id/usb-FTDI_%1\n")
+              .arg(name),
           isInitialised));
 }
 
@@ -92,6 +94,19 @@ void MockMachine::plugAcm(const QString &name, const QString &socket) {
       terminal(terminalPlace(name, socket),
                QStringLiteral("E: ID_BUS=usb\nE: ID_VENDOR_ID=0525\nE: ID_MODEL_ID=a4a7\n"
                               "E: ID_MODEL_FROM_DATABASE=Linux-USB Serial Gadget\n")));
+}
+
+void MockMachine::plugWithoutPort(const QString &socket, const QString &vendorId, const QString &driver,
+                                  const QString &interfaceClass, const QString &product) {
+  const QString usb = usbPlace(socket);
+  add(ancestor(usb, QStringLiteral("usb"),
+               QStringLiteral("E: DEVTYPE=usb_device\nA: idVendor=%1\nA: idProduct=7523\nA: product=%2\n"
+                              "A: serial=0001\n")
+                   .arg(vendorId, product)) +
+      ancestor(usb + u'/' + socket + QStringLiteral(":1.0"), QStringLiteral("usb"),
+               QStringLiteral("E: DEVTYPE=usb_interface\nA: bInterfaceClass=%1\nA: bInterfaceSubClass=02\n")
+                       .arg(interfaceClass) +
+                   (driver.isEmpty() ? QString() : driverLink(QStringLiteral("usb"), driver))));
 }
 
 void MockMachine::addBuiltIn(const QString &name) {

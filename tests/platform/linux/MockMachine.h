@@ -20,6 +20,10 @@ class MockMachine {
                 bool isInitialised = true);
   /// A CDC-ACM adapter that tells no serial number and has no model name but the one in udev's database.
   void plugAcm(const QString &name, const QString &socket);
+  /// A USB device of this maker that has no terminal; without a driver where the text is empty.
+  void plugWithoutPort(const QString &socket, const QString &vendorId, const QString &driver,
+                       const QString &interfaceClass = QStringLiteral("ff"),
+                       const QString &product = QStringLiteral("USB Serial"));
   /// A port of the machine's own, found by plug and play.
   void addBuiltIn(const QString &name);
   /// The same as newer kernels show it, with two devices of the serial core in between.

@@ -106,6 +106,29 @@ TEST_F(SettingsFileTest, WhatIsNoFileIsLeftAlone) {
   expectComplaint("not a file");
 }
 
+TEST_F(SettingsFileTest, IsReadThroughALinkButNothingIsWrittenThroughIt) {
+  const QString elsewhere = folder_.filePath(QStringLiteral("elsewhere"));
+  write("[General]\nlanguage=de\n");
+  ASSERT_TRUE(QFile::rename(path_, elsewhere));
+  ASSERT_TRUE(QFile::link(elsewhere, path_));
+  EXPECT_EQ(settings_.value("language"), "de");
+  EXPECT_TRUE(log_.lines().isEmpty());
+  EXPECT_FALSE(settings_.setValue("language", "en"));
+  expectComplaint("it is a link");
+  EXPECT_FALSE(settings_.remove("language"));
+  expectComplaint("it is a link");
+  EXPECT_EQ(content(), "[General]\nlanguage=de\n");
+  EXPECT_TRUE(QFileInfo(path_).isSymLink());
+}
+
+TEST_F(SettingsFileTest, MakesNoFileWhereALinkToNowhereLeads) {
+  const QString nowhere = folder_.filePath(QStringLiteral("nowhere"));
+  ASSERT_TRUE(QDir().mkpath(QFileInfo(path_).path()));
+  ASSERT_TRUE(QFile::link(nowhere, path_));
+  EXPECT_FALSE(settings_.setValue("language", "de"));
+  EXPECT_FALSE(QFile::exists(nowhere));
+}
+
 TEST_F(SettingsFileTest, DoesNotWaitForAPipe) {
   ASSERT_TRUE(QDir().mkpath(QFileInfo(path_).path()));
   ASSERT_EQ(::mkfifo(QFile::encodeName(path_).constData(), 0600), 0);

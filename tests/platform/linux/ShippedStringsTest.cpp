@@ -33,11 +33,13 @@ QStringList sortedKeys(const StringTableFile &table) {
   return keys;
 }
 
+/// In no order: those with numbers may stand as the language wants them.
 QStringList formatSpecifiers(const QString &text) {
   static const QRegularExpression specifier(QStringLiteral("%[0-9$.-]*[@A-Za-z%]"));
   QStringList found;
   for (auto matches = specifier.globalMatch(text); matches.hasNext();)
     found.append(matches.next().captured());
+  found.sort();
   return found;
 }
 

@@ -50,7 +50,7 @@ QStringList House::portNames() const {
 }
 
 void House::connectToServo() {
-  Config dialog(state, *application, desktop, serial, window.get());
+  Config dialog(state, *application, desktop, serial, nodes, processes, window.get());
   dialog.open();
   auto *confirm = dialog.findChild<QWidget *>(QStringLiteral("doneBT"));
   ASSERT_NE(confirm, nullptr);

@@ -9,7 +9,9 @@
 #include "platform/ProcessExit.h"
 #include "platform/linux/PaintWidgets.h"
 #include "platform/linux/PaintingWait.h"
+#include "platform/linux/PosixDeviceNodes.h"
 #include "platform/linux/PosixTerminalCalls.h"
+#include "platform/linux/ProcProcesses.h"
 #include "platform/linux/QtMainQueue.h"
 #include "platform/linux/QtModalAlert.h"
 #include "platform/linux/QtTimers.h"
@@ -70,6 +72,8 @@ struct House {
   StoreController store{files, desktop, errors};
   PosixTerminalCalls terminal{log};
   UdevDeviceRegistry devices;
+  PosixDeviceNodes nodes;
+  ProcProcesses processes;
   SharedState state;
   PortRegistry ports{state.allSerialPortsInfo};
   NoExit processExit;

@@ -67,12 +67,22 @@ TEST_F(Link, RunsTheLineAtTheSpeedThatTheServoWants) {
 }
 
 TEST_F(Link, ShortensTheAdaptersTimerWhileThePortIsOpen) {
-  const auto timer = [] {
-    QFile file(QStringLiteral("/sys/bus/usb-serial/devices/ttyUSB0/latency_timer"));
+  const QString path = QStringLiteral("/sys/bus/usb-serial/devices/ttyUSB0/latency_timer");
+  const auto timer = [&] {
+    QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll().trimmed() : QByteArray();
   };
   start();
-  plugInAndRead(0, QString::fromUtf16(first));
+  host->plugIn(0);
+  ASSERT_TRUE(waitFor([&] { return !house->state.allSerialPortsInfo.empty(); }));
+  // A real adapter begins with that; the emulated one remembers what it had when its plug was pulled.
+  QFile file(path);
+  ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write("16") == 2);
+  file.close();
+  ASSERT_EQ(timer(), "16");
+  house->clearScreen();
+  house->connectToServo();
+  ASSERT_TRUE(readOut());
   EXPECT_EQ(timer(), "1");
   house->application->serialPort()->close();
   EXPECT_EQ(timer(), "16");

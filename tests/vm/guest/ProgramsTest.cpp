@@ -171,7 +171,10 @@ TEST_F(Programs, ListAndReadAndWriteFromTheCommandLine) {
 TEST_F(Programs, TellOnTheCommandLineThatThePlugWasPulled) {
   plugIn();
   host->pullOutAfter(0, 8);
-  runTavrilctl({QStringLiteral("read"), QStringLiteral("--json")});
+  // The kernel takes its time to find that a plug was pulled, and without an answer the program would give
+  // up.
+  runTavrilctl({QStringLiteral("read"), QStringLiteral("--json"), QStringLiteral("--timeout"),
+                QStringLiteral("5000")});
   EXPECT_EQ(status(), 3);
   EXPECT_TRUE(err.contains("the port usbserial-ttyUSB0 was removed while it was in use"))
       << err.toStdString();

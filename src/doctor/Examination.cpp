@@ -1,0 +1,152 @@
+#include "doctor/Examination.h"
+
+#include "doctor/MachineChecks.h"
+#include "protocol/Frames.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+
+namespace tavril::doctor {
+
+namespace {
+
+/// Also a bridge that needs no time is given this: what stood in the line is read and gone before the
+/// question goes out.
+constexpr PortProbe::Time settleTime{50};
+
+/// Whether there is exactly one servo, as it goes over the wire.
+QByteArray question() {
+  QByteArray bytes(static_cast<qsizetype>(commandBufferSize), '\0');
+  bytes[static_cast<qsizetype>(FrameByte::start)] = static_cast<char>(startMark);
+  bytes[static_cast<qsizetype>(FrameByte::length)] =
+      static_cast<char>(frameRow(CommandCode::InitServo).length());
+  bytes[static_cast<qsizetype>(FrameByte::code)] = static_cast<char>(CommandCode::InitServo);
+  bytes[static_cast<qsizetype>(FrameByte::firstParameter)] = static_cast<char>(endMark);
+  return bytes;
+}
+
+}  // namespace
+
+Examination::Examination(const Surroundings &surroundings, Request request)
+    : surroundings_(surroundings), request_(std::move(request)), probe_(surroundings.terminal) {}
+
+std::vector<Result> Examination::run(const Listener &listener) {
+  const Patient patient = patientOf(request_.path, surroundings_.bus, surroundings_.nodes);
+  for (const CheckId check : allChecks) {
+    if (isCancelled()) break;
+    if (listener.began) listener.began(check);
+    const Result result = examine(check, patient);
+    if (isCancelled()) break;
+    results_.push_back(result);
+    if (listener.found) listener.found(result);
+  }
+  probe_.close();
+  return results_;
+}
+
+Result Examination::examine(CheckId check, const Patient &patient) {
+  switch (check) {
+    case CheckId::UsbAdapter:
+      return checkUsbAdapter(patient);
+    case CheckId::Driver:
+      return checkDriver(patient);
+    case CheckId::Node:
+      return checkNode(patient);
+    case CheckId::Permission:
+      return checkPermission(patient);
+    case CheckId::Holder:
+      return checkHolder(patient, {surroundings_.processes.holding(patient.node.path),
+                                   surroundings_.processes.own(), surroundings_.processes.seesAll()});
+    case CheckId::Daemons:
+      return checkDaemons(surroundings_.processes.named(troublesomeDaemons()));
+    default:
+      break;
+  }
+  if (isOwnLink(patient)) return examineLink(check);
+  // A port that somebody else has open is not opened: that alone would restart the bridge under his hands.
+  for (const CheckId needed : {CheckId::Node, CheckId::Permission, CheckId::Holder, CheckId::Opening,
+                               CheckId::LineSettings, CheckId::Reply, CheckId::Frame}) {
+    if (needed < check && hasFailed(needed)) return notLookedAt(check);
+  }
+  if (!patient.node.exists) return notLookedAt(check);
+  return examinePort(check, patient);
+}
+
+Result Examination::examinePort(CheckId check, const Patient &patient) {
+  const QString &path = patient.node.path;
+  switch (check) {
+    case CheckId::Opening:
+      return checkOpening(path, probe_.open(path));
+    case CheckId::LineSettings:
+      return checkLineSettings(path, probe_.takeSettings());
+    case CheckId::Reply:
+      ask();
+      return checkReply(path, asked_, heard_, request_.timeout * (request_.retries + 1));
+    case CheckId::Frame:
+      return checkFrame(heard_);
+    default:
+      return checkServo(heard_);
+  }
+}
+
+Result Examination::examineLink(CheckId check) const {
+  const QString &path = request_.link->path;
+  switch (check) {
+    case CheckId::Opening:
+      return {check, State::Passed, QStringLiteral("doctor_opening_own"), {path}};
+    case CheckId::LineSettings:
+      return {check, State::Skipped, QStringLiteral("doctor_opening_own"), {path}};
+    case CheckId::Reply:
+      if (request_.link->heard.bytes > 0) return checkReply(path, Asked::Done, request_.link->heard, {});
+      return {check,
+              State::Failed,
+              QStringLiteral("doctor_reply_none_yet"),
+              {path},
+              QStringLiteral("doctor_advice_silent")};
+    case CheckId::Frame:
+      return hasFailed(CheckId::Reply) ? notLookedAt(check) : checkFrame(request_.link->heard);
+    default:
+      return hasFailed(CheckId::Reply) || hasFailed(CheckId::Frame) ? notLookedAt(check)
+                                                                    : checkServo(request_.link->heard);
+  }
+}
+
+void Examination::ask() {
+  QByteArray banner;
+  // What the bridge says while it starts answers no question.
+  if (probe_.listen(std::max(request_.bootWait, settleTime), banner) == PortProbe::End::Gone) {
+    asked_ = Asked::Gone;
+    return;
+  }
+  QByteArray received;
+  for (int tries = 0; tries <= request_.retries && !isCancelled(); ++tries) {
+    const CallResult sent = probe_.send(question());
+    if (sent.failed()) {
+      asked_ = sent.error == EAGAIN ? Asked::NotTaken : Asked::Gone;
+      break;
+    }
+    const PortProbe::End end = probe_.listen(
+        request_.timeout, received, [](const QByteArray &bytes) { return Heard::in(bytes).isAnswered(); });
+    if (end == PortProbe::End::Gone) asked_ = Asked::Gone;
+    if (end != PortProbe::End::TimedOut) break;
+  }
+  heard_ = Heard::in(received);
+}
+
+bool Examination::hasFailed(CheckId check) const {
+  return std::ranges::any_of(results_, [check](const Result &result) {
+    return result.check == check && result.state == State::Failed;
+  });
+}
+
+bool Examination::isOwnLink(const Patient &patient) const {
+  return request_.link && patient.node.exists &&
+         surroundings_.nodes.look(request_.link->path).path == patient.node.path;
+}
+
+bool isHealthy(const std::vector<Result> &results) {
+  return std::ranges::none_of(results, [](const Result &result) { return result.state == State::Failed; });
+}
+
+}  // namespace tavril::doctor

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QStyledItemDelegate>
+
+namespace tavril {
+
+/// An entry of the port list: the port's name, and below it in a line of its own what is known of the port.
+/// Plain text, whatever the device calls itself.
+class PortDelegate final : public QStyledItemDelegate {
+  Q_OBJECT
+
+ public:
+  static constexpr int detailsRole = Qt::UserRole;
+
+  using QStyledItemDelegate::QStyledItemDelegate;
+
+  void paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const override;
+  QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const override;
+};
+
+}  // namespace tavril

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+namespace tavril {
+
+class DeviceNodes;
+class Processes;
+class SerialPort;
+class StringTable;
+struct SerialEnvironment;
+
+/// What can be seen of a listed port without opening it: what it is, and whether it can be opened.
+struct PortSight {
+  enum class State { Ready, Open, Gone, Denied, InUse };
+
+  State state = State::Ready;
+  QString name;
+  QString path;
+  QString product;       ///< empty when it is not known
+  QString serialNumber;  ///< likewise
+  QString holder;        ///< who uses it, "minicom (1234)"
+
+  static PortSight of(const SerialPort &port, const SerialEnvironment &serial, const DeviceNodes &nodes,
+                      const Processes &processes);
+  /// "can be opened"
+  QString stateText(const StringTable &strings) const;
+  /// All but the name, with dots between.
+  QString details(const StringTable &strings) const;
+};
+
+}  // namespace tavril
