@@ -146,7 +146,7 @@ QString AppDelegate::openPath() const {
 }
 
 QString AppDelegate::pathToOpen() const {
-  if (const QString open = openPath(); !open.isEmpty()) return open;
+  if (QString open = openPath(); !open.isEmpty()) return open;
   return state_.allSerialPortsInfo.empty() ? QString() : state_.allSerialPortsInfo.front()->path();
 }
 

@@ -16,7 +16,7 @@ namespace {
 
 const Bytes detect{0xFF, 0x04, 0x90, 0xFE};
 const Bytes detected{0xFF, 0x05, 0x90, 0x01, 0xFE};
-constexpr int patience_ms = 20'000;
+constexpr int patience_ms = 60'000;
 
 /// Runs tavril-servo as a user would.
 class ProgramTest : public testing::Test {

@@ -80,7 +80,7 @@ class SlaveTerminal {
  private:
   bool waitFor(short events) const {
     pollfd waiting{descriptor(), events, 0};
-    const int ready = ::poll(&waiting, 1, 20'000);
+    const int ready = ::poll(&waiting, 1, 60'000);
     lastEvents_ = waiting.revents;
     return ready > 0;
   }
