@@ -210,6 +210,34 @@ TEST_F(AppDelegateLink, AWholeFrameIsTracedAndDecoded) {
   EXPECT_EQ(textOf("TXcmd"), "sID_valueTX: ff 5 91 1 fe");
 }
 
+TEST_F(AppDelegateLink, WhatCameSinceTheLastDetectionIsRememberedForTheDoctor) {
+  launch();
+  deliver("01020304");
+  deliver("FF069703FFFE");
+  EXPECT_EQ(application->received(), QByteArray::fromHex("01020304FF069703FFFE"));
+  deliver("FF059001FE");
+  EXPECT_EQ(application->received(), QByteArray::fromHex("FF059001FE"));
+  for (int i = 0; i < 2; ++i) deliver(QByteArray("01").repeated(3000).constData());
+  EXPECT_EQ(application->received().size(), 4096);
+  EXPECT_TRUE(application->received().startsWith(QByteArray::fromHex("FF059001FE")));
+}
+
+TEST_F(AppDelegateLink, ThePortThatIsOpenOrWouldBeOpenedIsNamed) {
+  launch();
+  EXPECT_EQ(application->openPath(), QString());
+  EXPECT_EQ(application->pathToOpen(), QString());
+}
+
+TEST_F(AppDelegateLink, AnOpenPortIsNamedAndNothingOfItsLastOpeningIsRemembered) {
+  launchOnPty();
+  EXPECT_EQ(application->openPath(), QString());
+  EXPECT_EQ(application->pathToOpen(), pty.path());
+  deliver("01");
+  connect(pty);
+  EXPECT_EQ(application->openPath(), pty.path());
+  EXPECT_EQ(application->received(), QByteArray());
+}
+
 TEST_F(AppDelegateLink, TheDecodersTextIsKept) {
   launch();
   deliver("FF069703FFFE");
