@@ -216,9 +216,9 @@ TEST(ThreadBackground, RunsTheJobsOfAQueueInOrderAndOneAtATime) {
 TEST(ThreadBackground, RunsWhatADroppedQueueHoldsBeforeItGoes) {
   int ran = 0;
   {
+    std::binary_semaphore goOn(0);
     ThreadBackground background;
     auto queue = background.serialQueue(QStringLiteral("queue"));
-    std::binary_semaphore goOn(0);
     queue->async([&goOn] { goOn.acquire(); });
     for (int job = 0; job < 10; ++job) queue->async([&ran] { ++ran; });
     queue.reset();
