@@ -11,6 +11,13 @@ if(TAVRIL_SANITIZE)
   target_compile_options(tavril_options INTERFACE -fsanitize=${TAVRIL_SANITIZE} -fno-omit-frame-pointer
                                                   -fno-sanitize-recover=all)
   target_link_options(tavril_options INTERFACE -fsanitize=${TAVRIL_SANITIZE})
+  # The compilers do not agree on how to ask for this.
+  foreach(sanitizer address thread)
+    if(TAVRIL_SANITIZE MATCHES ${sanitizer})
+      string(TOUPPER ${sanitizer} name)
+      target_compile_definitions(tavril_options INTERFACE TAVRIL_SANITIZES_${name})
+    endif()
+  endforeach()
 endif()
 
 # tavril_room(<target> FOLDER <folder below src/> SOURCES ... LINK ...)

@@ -117,7 +117,7 @@ TEST(MessagesOfTavrilctl, CountTheSettingsThatDiffer) {
 
 // Sanitizers need descriptors of their own: that of undefined behaviour takes objects for wrong that it
 // cannot look at.
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+#if !defined(TAVRIL_SANITIZES_ADDRESS) && !defined(TAVRIL_SANITIZES_THREAD)
 TEST(MessagesOfTavrilctl, TellThatTheVirtualServoCannotBeStarted) {
   // How many descriptors it has before depends on who starts it; of the limits one is that of the servo.
   Program program(
@@ -135,7 +135,7 @@ TEST(MessagesOfTavrilctl, TellThatTheVirtualServoCannotBeStarted) {
 #endif
 
 // Qt's own threads, which are not built with the thread sanitizer, look like races to it.
-#if !defined(__SANITIZE_THREAD__)
+#if !defined(TAVRIL_SANITIZES_THREAD)
 TEST(MessagesOfTavril, TellThatThereIsNoDisplay) {
   Program program(QStringLiteral("/usr/bin/env"),
                   {QStringLiteral("-u"), QStringLiteral("DISPLAY"), QStringLiteral("-u"),

@@ -211,7 +211,7 @@ class Soak : public testing::Test {
   std::size_t threadsAtRest = 0;
 };
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#if defined(TAVRIL_SANITIZES_ADDRESS) || defined(TAVRIL_SANITIZES_THREAD)
 constexpr double usualDays = 0.1;
 constexpr std::size_t bearableGrowth = 48u << 20;  // the sanitizer's own
 #else

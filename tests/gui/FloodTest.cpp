@@ -79,7 +79,7 @@ class Responsiveness {
   std::chrono::steady_clock::duration longest_{};
 };
 
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(TAVRIL_SANITIZES_ADDRESS)
 constexpr std::size_t bearableGrowth = 64u << 20;  // the sanitizer's own
 constexpr auto bearableDelay = 10s;
 #else

@@ -16,7 +16,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-#ifdef __SANITIZE_THREAD__
+#ifdef TAVRIL_SANITIZES_THREAD
 constexpr std::uint32_t usualRuns = 500;
 #else
 constexpr std::uint32_t usualRuns = 10'000;
