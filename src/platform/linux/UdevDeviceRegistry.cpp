@@ -7,6 +7,7 @@
 
 #include <libudev.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -19,6 +20,7 @@ namespace tavril {
 namespace {
 
 constexpr int receiveBufferBytes = 1024 * 1024;
+constexpr const char *terminalClass = "/sys/class/tty";
 
 /// Serial stream devices are all that is kept here; of any other kind there are none.
 bool isServed(const DeviceMatch &match) {
@@ -29,6 +31,10 @@ bool isServed(const DeviceMatch &match) {
 bool isCharacterDevice(const std::string &path) {
   struct stat status {};
   return stat(path.c_str(), &status) == 0 && S_ISCHR(status.st_mode);
+}
+
+bool isInSoftwareOnly(const std::filesystem::path &place) {
+  return place.native().starts_with("/sys/devices/virtual/");
 }
 
 QString because(const QString &path, const QString &reason) {
@@ -74,7 +80,10 @@ std::optional<QString> UdevDeviceRegistry::addTerminal(const QString &path) {
     }
   }
   const QString node = QFile::decodeName(real.get());
-  if (!namedNodes_.contains(node)) namedNodes_.append(node);
+  if (!namedNodes_.contains(node)) {
+    namedNodes_.append(node);
+    isListed_ = false;
+  }
   return std::nullopt;
 }
 
@@ -85,23 +94,37 @@ std::optional<DeviceProperties> UdevDeviceRegistry::describe(udev_device *device
   return describeTerminal(device);
 }
 
+// Not by an enumeration of libudev's, which looks into each of the kernel's sixty-odd consoles for a hundred
+// system calls' worth before it can be told that nobody wants them.
+std::vector<std::filesystem::path> UdevDeviceRegistry::places() const {
+  std::vector<std::filesystem::path> places;
+  const std::filesystem::path folder(terminalClass);
+  std::error_code error;
+  for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
+       entry.increment(error)) {
+    std::error_code gone;
+    const auto target = std::filesystem::read_symlink(entry->path(), gone);
+    if (gone) continue;
+    auto place = (folder / target).lexically_normal();
+    const QString node = QStringLiteral("/dev/") + QFile::decodeName(entry->path().filename().c_str());
+    if (isInSoftwareOnly(place) && !namedNodes_.contains(node)) continue;
+    places.push_back(std::move(place));
+  }
+  std::sort(places.begin(), places.end());
+  return places;
+}
+
 std::vector<UdevDeviceRegistry::Listed> UdevDeviceRegistry::present() const {
   std::vector<Listed> devices;
   if (!udev_) return devices;
-  const std::unique_ptr<udev_enumerate, decltype(&udev_enumerate_unref)> enumeration(
-      udev_enumerate_new(udev_.get()), &udev_enumerate_unref);
-  if (!enumeration || udev_enumerate_add_match_subsystem(enumeration.get(), "tty") < 0 ||
-      udev_enumerate_scan_devices(enumeration.get()) < 0) {
-    return devices;
-  }
-  udev_list_entry *entry = nullptr;
-  udev_list_entry_foreach(entry, udev_enumerate_get_list_entry(enumeration.get())) {
-    const char *place = udev_list_entry_get_name(entry);
-    const DevicePointer device(udev_device_new_from_syspath(udev_.get(), place));
+  for (const std::filesystem::path &place : places()) {
+    const DevicePointer device(udev_device_new_from_syspath(udev_.get(), place.c_str()));
     // A device may go between the two calls. One whose rules have not run yet has no permissions set; its
     // event follows.
     if (!device || udev_device_get_is_initialized(device.get()) == 0) continue;
-    if (auto properties = describe(device.get())) devices.push_back({place, *std::move(properties)});
+    if (auto properties = describe(device.get())) {
+      devices.push_back({udev_device_get_syspath(device.get()), *std::move(properties)});
+    }
   }
   return devices;
 }
@@ -109,6 +132,7 @@ std::vector<UdevDeviceRegistry::Listed> UdevDeviceRegistry::present() const {
 std::vector<DeviceProperties> UdevDeviceRegistry::listing() {
   std::map<QString, DeviceProperties> named;
   std::vector<DeviceProperties> others;
+  isListed_ = true;
   for (const Listed &device : present()) {
     // Only added to, never emptied here: a device that has just gone is needed until its event is read.
     known_.insert_or_assign(device.place, device.properties);
@@ -153,10 +177,11 @@ bool UdevDeviceRegistry::addMatchingNotification(DeviceEvent event, const Device
     iterator = table_.addWalk({});
     return true;
   }
-  const std::vector<DeviceProperties> devices = listing();
-  iterator =
-      table_.addWatch(event, event == DeviceEvent::Published ? devices : std::vector<DeviceProperties>(),
-                      std::move(callback), context);
+  // Who waits for devices to go needs them known, and any listing since the monitor began has seen to that.
+  const bool tellsPresent = event == DeviceEvent::Published;
+  const auto devices = tellsPresent || !isListed_ ? listing() : std::vector<DeviceProperties>();
+  iterator = table_.addWatch(event, tellsPresent ? devices : std::vector<DeviceProperties>(),
+                             std::move(callback), context);
   return true;
 }
 
@@ -181,6 +206,7 @@ bool UdevDeviceRegistry::startMonitor() {
   if (udev_monitor_enable_receiving(monitor.get()) < 0) return false;
   // What was listed while nobody watched may have gone unseen.
   known_.clear();
+  isListed_ = false;
   monitor_ = std::move(monitor);
   notifier_ = std::make_unique<QSocketNotifier>(udev_monitor_get_fd(monitor_.get()), QSocketNotifier::Read);
   QObject::connect(notifier_.get(), &QSocketNotifier::activated, [this] { receiveEvents(); });

@@ -6,6 +6,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <filesystem>
 #include <map>
 #include <memory>
 #include <optional>
@@ -55,7 +56,9 @@ class UdevDeviceRegistry : public DeviceRegistry {
     DeviceProperties properties;
   };
 
-  /// The devices present now that udev knows; all of them are remembered for the day they go.
+  /// Where in sysfs the terminals are that may be listed, sorted.
+  std::vector<std::filesystem::path> places() const;
+  /// The devices present now that udev knows.
   std::vector<Listed> present() const;
   /// What a walk over all devices holds.
   std::vector<DeviceProperties> listing();
@@ -71,6 +74,8 @@ class UdevDeviceRegistry : public DeviceRegistry {
   std::unique_ptr<QSocketNotifier> notifier_;
   QStringList namedNodes_;
   std::map<std::string, DeviceProperties> known_;
+  /// Whether known_ has all that was there when the monitor began.
+  bool isListed_ = false;
   RegistryTable table_;
 };
 

@@ -142,6 +142,12 @@ void MockMachine::addVirtual(const QString &name) {
   add(terminal(QStringLiteral("/devices/virtual/tty/") + name, QString()));
 }
 
+void MockMachine::removeVirtual(const QString &name) {
+  const QByteArray place = (QStringLiteral("/sys/devices/virtual/tty/") + name).toUtf8();
+  umockdev_testbed_uevent(testbed_, place.constData(), "remove");
+  umockdev_testbed_remove_device(testbed_, place.constData());
+}
+
 void MockMachine::addNull() {
   add(
       QStringLiteral("P: /devices/virtual/mem/null\nN: null=00\nE: SUBSYSTEM=mem\nE: DEVNAME=/dev/null\n"

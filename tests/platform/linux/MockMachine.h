@@ -32,6 +32,7 @@ class MockMachine {
   void addLegacy(const QString &name, int type);
   /// A terminal without hardware: a virtual console, a pseudo-terminal of the old kind.
   void addVirtual(const QString &name);
+  void removeVirtual(const QString &name);
   /// A character device that is no terminal, in the place of the real /dev/null.
   void addNull();
 

@@ -189,6 +189,28 @@ TEST_F(UdevDeviceRegistryTest, PseudoTerminalsAndConsolesAreNotListed) {
   EXPECT_EQ(listed(registry), Names({u"usbserial-ttyUSB0"_qs}));
 }
 
+TEST_F(UdevDeviceRegistryTest, LooksAtNoConsoleAndAtEachAdapterOnceWhenAWatchBegins) {
+  for (int number = 0; number < 64; ++number) machine_.addVirtual(QStringLiteral("tty%1").arg(number));
+  machine_.plugFtdi(u"ttyUSB0"_qs);
+  machine_.plugFtdi(u"ttyUSB1"_qs, socketB);
+  udevFaults().devicesLookedAt = 0;  // building the machine looks at them as well
+  UdevDeviceRegistry registry;
+  const Watcher watcher(registry);
+  EXPECT_EQ(udevFaults().devicesLookedAt, 2);
+}
+
+TEST_F(UdevDeviceRegistryTest, ATerminalInSoftwareOnlyIsKnownWhenTheUserHasNamedIt) {
+  machine_.addVirtual(u"ttyGS0"_qs);
+  machine_.addVirtual(u"ttyGS1"_qs);
+  UdevDeviceRegistry registry;
+  EXPECT_EQ(listed(registry), Names());
+  EXPECT_EQ(registry.addTerminal(u"/dev/ttyGS1"_qs), std::nullopt);
+  EXPECT_EQ(listed(registry), Names({u"usbport-ttyGS1"_qs}));
+  Watcher watcher(registry);
+  machine_.removeVirtual(u"ttyGS1"_qs);
+  EXPECT_TRUE(watcher.sees({u"-usbport-ttyGS1"_qs}));
+}
+
 TEST_F(UdevDeviceRegistryTest, ADeviceThatUdevIsNotDoneWithIsListedWithItsEvent) {
   machine_.plugFtdi(u"ttyUSB0"_qs, socketA, false);
   UdevDeviceRegistry registry;

@@ -36,6 +36,11 @@ udev_monitor *udev_monitor_new_from_netlink(udev *context, const char *name) {
   return original(&udev_monitor_new_from_netlink, "udev_monitor_new_from_netlink")(context, name);
 }
 
+udev_device *udev_device_new_from_syspath(udev *context, const char *place) {
+  ++udevFaults().devicesLookedAt;
+  return original(&udev_device_new_from_syspath, "udev_device_new_from_syspath")(context, place);
+}
+
 udev_device *udev_monitor_receive_device(udev_monitor *monitor) {
   const auto receive = original(&udev_monitor_receive_device, "udev_monitor_receive_device");
   if (!udevFaults().overflowOnce) return receive(monitor);
