@@ -160,6 +160,7 @@ class Watched:
 def programs(folder, picture):
     return {
         "empty window": ([f"{folder}/empty-window"], "painted"),
+        "window with two texts": ([f"{folder}/text-window"], "painted"),
         "editor, not connected": ([f"{folder}/tavril"], "painted"),
         "editor, connected (--demo)": ([f"{folder}/tavril", "--demo", "--snapshot", picture], "ended"),
     }
@@ -201,9 +202,10 @@ def start(folder, rounds):
                     if "connected (" in name:
                         sent.append(watched.wait_for("sent"))
                 watched.end()
-    empty = statistics.median(times["empty window"])
-    table(["", "painted after, ms", "of the empty window's", "resident, MB"],
+    empty, texts = (statistics.median(times[name]) for name in ("empty window", "window with two texts"))
+    table(["", "painted after, ms", "of the empty window's", "of that with two texts", "resident, MB"],
           [[name, f"{statistics.median(times[name]):.0f}", f"{statistics.median(times[name]) / empty:.2f}",
+            f"{statistics.median(times[name]) / texts:.2f}",
             f"{statistics.median(memory[name]):.0f}"] for name in times])
     print(f"First command sent under --demo after {statistics.median(sent):.0f} ms.\n")
 
