@@ -14,6 +14,7 @@ class Contender {
 };
 
 std::unique_ptr<Contender> bareLoop(const QString &path);
+std::unique_ptr<Contender> bareHop(const QString &path);
 std::unique_ptr<Contender> throughSerialPort(const QString &path);
 std::unique_ptr<Contender> throughQtSerialPort(const QString &path);
 std::unique_ptr<Contender> throughAsio(const QString &path);

@@ -27,6 +27,7 @@ void measure(benchmark::State &state, const QString &path, Maker maker) {
 
 int main(int argc, char **argv) {
   const std::pair<const char *, Maker> makers[]{{"bare loop", bareLoop},
+                                                {"bare loop on two threads", bareHop},
                                                 {"SerialPort", throughSerialPort},
                                                 {"QtSerialPort", throughQtSerialPort},
                                                 {"Boost.Asio", throughAsio}};

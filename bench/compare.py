@@ -171,7 +171,8 @@ def idle(folder, rounds):
     load, wakes = {}, {}
     with tempfile.TemporaryDirectory() as scratch:
         for _ in range(rounds):
-            for name, (command, ready) in programs(folder, f"{scratch}/picture.png").items():
+            ticking = {"empty window with a timer of 10 ms": ([f"{folder}/empty-window", "10"], "painted")}
+            for name, (command, ready) in (ticking | programs(folder, f"{scratch}/picture.png")).items():
                 watched = Watched(command, folder, stay=True)
                 watched.wait_for(ready)
                 time.sleep(2)

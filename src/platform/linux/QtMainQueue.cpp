@@ -47,6 +47,15 @@ void QtMainQueue::async(Job job) {
   wake();
 }
 
+void QtMainQueue::asyncAndBegin(Job job) {
+  {
+    const std::lock_guard lock(mutex_);
+    if (shutDown_) return;
+    entries_.push_back({std::move(job), nullptr});
+  }
+  drain();
+}
+
 bool QtMainQueue::sync(Job job) {
   std::unique_lock lock(mutex_);
   if (shutDown_) return false;
@@ -112,12 +121,12 @@ void QtMainQueue::wake() {
 // Only as many jobs as are there at the beginning: jobs that keep queueing jobs would otherwise keep the
 // event loop from everything else.
 void QtMainQueue::drain() {
-  std::uint64_t wakeUps = 0;
-  while (::read(wakeDescriptor_, &wakeUps, sizeof wakeUps) < 0 && errno == EINTR) {
-  }
   std::unique_lock lock(mutex_);
-  awake_ = false;
-  // A wake-up that came between the read and the lock arrives in the event loop of the job that runs then.
+  if (std::exchange(awake_, false)) {
+    std::uint64_t wakeUps = 0;
+    while (::read(wakeDescriptor_, &wakeUps, sizeof wakeUps) < 0 && errno == EINTR) {
+    }
+  }
   if (running_) return;
   running_ = true;
   for (std::size_t left = entries_.size(); left > 0 && holds_ == 0 && !entries_.empty(); --left)

@@ -36,6 +36,10 @@ class QtMainQueue final : public MainQueue {
   bool sync(Job job) override;
   bool isMainThread() const override;
 
+  /// As async(), but begins with the jobs at once unless one is running or the queue is held. For what the
+  /// event loop itself calls, which need not be woken up once more. Main thread only.
+  void asyncAndBegin(Job job);
+
   /// While held, no job runs and other threads wait in sync(). Counted: each hold() needs its release().
   void hold();
   void release();

@@ -1,10 +1,11 @@
 #include "platform/linux/QtTimers.h"
 
-#include "platform/MainQueue.h"
+#include "platform/linux/QtMainQueue.h"
 
 #include <QTimer>
 
 #include <algorithm>
+#include <chrono>
 #include <limits>
 #include <utility>
 
@@ -16,11 +17,12 @@ class QtTimers::Running final : public Timer, public std::enable_shared_from_thi
 
   void start(Interval interval) {
     // Qt counts in 32 bits and takes a negative interval for "never".
-    interval = std::clamp(interval, Interval(0), Interval(std::numeric_limits<int>::max()));
+    interval_ = std::clamp(interval, Interval(0), Interval(std::numeric_limits<int>::max()));
+    due_ = Clock::now() + interval_;
     timer_.setTimerType(Qt::PreciseTimer);
-    timer_.setSingleShot(once_);
+    timer_.setSingleShot(true);
     timer_.callOnTimeout([this] { comeDue(); });
-    timer_.start(interval);
+    timer_.start(interval_);
   }
 
   void stop() override {
@@ -32,9 +34,22 @@ class QtTimers::Running final : public Timer, public std::enable_shared_from_thi
   }
 
  private:
+  using Clock = std::chrono::steady_clock;
+
+  // The job begins within this call, and Qt lets no timer come due whose event is being handled. A repeating
+  // one is therefore started anew each time, so that it comes due in an event loop that the job opens, too.
   void comeDue() {
+    if (!once_) restart();
     if (std::exchange(queued_, true)) return;
-    service_->queue_.async([self = shared_from_this()] { self->run(); });
+    service_->queue_.asyncAndBegin([self = shared_from_this()] { self->run(); });
+  }
+
+  // Counted from when it was due, so that delays do not add up; what was missed is left out.
+  void restart() {
+    const Clock::time_point now = Clock::now();
+    due_ += interval_;
+    if (due_ <= now) due_ = now + interval_;
+    timer_.start(std::chrono::ceil<Interval>(due_ - now));
   }
 
   void run() {
@@ -48,13 +63,15 @@ class QtTimers::Running final : public Timer, public std::enable_shared_from_thi
 
   QtTimers *service_;
   const bool once_;
+  Interval interval_{};
+  Clock::time_point due_;
   Job job_;
   bool queued_ = false;
   bool running_ = false;
   QTimer timer_;
 };
 
-QtTimers::QtTimers(MainQueue &queue) : queue_(queue) {}
+QtTimers::QtTimers(QtMainQueue &queue) : queue_(queue) {}
 
 QtTimers::~QtTimers() {
   while (!timers_.empty()) timers_.back()->stop();

@@ -6,7 +6,7 @@
 
 namespace tavril {
 
-class MainQueue;
+class QtMainQueue;
 
 /// Timers of Qt's event loop whose jobs travel through the main queue: so they run in order with its other
 /// jobs, wait while it is held, and never run inside one another. At most one job of a timer is queued at a
@@ -14,7 +14,7 @@ class MainQueue;
 class QtTimers final : public Timers {
  public:
   /// `queue` carries the timers' jobs and must outlive the service.
-  explicit QtTimers(MainQueue &queue);
+  explicit QtTimers(QtMainQueue &queue);
   ~QtTimers() override;
   QtTimers(const QtTimers &) = delete;
   QtTimers &operator=(const QtTimers &) = delete;
@@ -28,7 +28,7 @@ class QtTimers final : public Timers {
   std::shared_ptr<Timer> start(Interval interval, bool once, Job job);
   void forget(const Running *timer);
 
-  MainQueue &queue_;
+  QtMainQueue &queue_;
   std::vector<std::shared_ptr<Running>> timers_;
 };
 

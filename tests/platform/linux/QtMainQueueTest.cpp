@@ -129,6 +129,41 @@ TEST(QtMainQueue, RunsNoJobInsideTheEventLoopOfAnother) {
   EXPECT_THAT(ran, ElementsAre(1, 3, 2));
 }
 
+TEST(QtMainQueue, WhatTheEventLoopCallsBeginsAtOnceBehindTheJobsThatAreThere) {
+  QtMainQueue queue;
+  std::vector<int> ran;
+  for (const int job : {1, 2}) queue.async([&ran, job] { ran.push_back(job); });
+  queue.asyncAndBegin([&ran] { ran.push_back(3); });
+  EXPECT_THAT(ran, ElementsAre(1, 2, 3));
+
+  // The wake-up that the first job asked for has been taken as well.
+  QEventLoop loop;
+  for (int turn = 0; turn < 5; ++turn) loop.processEvents();
+  EXPECT_FALSE(loop.processEvents());
+  queue.async([&ran] { ran.push_back(4); });
+  EXPECT_TRUE(waitFor([&ran] { return ran.size() == 4; }));
+}
+
+TEST(QtMainQueue, WhatTheEventLoopCallsWaitsForAJobThatIsRunningAndForAHold) {
+  QtMainQueue queue;
+  std::vector<int> ran;
+  queue.async([&] {
+    queue.asyncAndBegin([&ran] { ran.push_back(2); });
+    ran.push_back(1);
+  });
+  EXPECT_TRUE(waitFor([&ran] { return ran.size() == 2; }));
+  EXPECT_THAT(ran, ElementsAre(1, 2));
+  {
+    const QtMainQueue::Hold hold(queue);
+    queue.asyncAndBegin([&ran] { ran.push_back(3); });
+    EXPECT_THAT(ran, ElementsAre(1, 2));
+  }
+  EXPECT_TRUE(waitFor([&ran] { return ran.size() == 3; }));
+  queue.shutDown();
+  queue.asyncAndBegin([&ran] { ran.push_back(4); });
+  EXPECT_EQ(ran.size(), 3u);
+}
+
 TEST(QtMainQueue, LeavesTheEventLoopQuietWhileItsJobsHaveToWait) {
   QtMainQueue queue;
   bool ran = false;

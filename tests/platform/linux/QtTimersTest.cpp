@@ -45,6 +45,21 @@ TEST_F(QtTimersTest, RepeatsWithoutAnybodyHoldingTheTimer) {
   EXPECT_TRUE(waitFor([&runs] { return runs >= 3; }));
 }
 
+TEST_F(QtTimersTest, ComesDueInTheEventLoopOfItsOwnJobAndRunsOnceAfterIt) {
+  std::vector<int> ran;
+  const auto timer = timers_.repeating(2ms, [&] {
+    ran.push_back(1);
+    if (ran.size() > 1) return;
+    letComeDue(15ms);
+    // Behind the run that came due meanwhile.
+    queue_.async([&ran] { ran.push_back(2); });
+  });
+  EXPECT_TRUE(waitFor([&ran] { return ran.size() >= 3; }));
+  timer->stop();
+  ran.resize(3);
+  EXPECT_THAT(ran, ElementsAre(1, 1, 2));
+}
+
 TEST_F(QtTimersTest, RunsAStoppedTimerNoMore) {
   int runs = 0;
   const auto timer = timers_.repeating(1ms, [&runs] { ++runs; });
