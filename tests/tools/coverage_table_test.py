@@ -1,0 +1,42 @@
+"""Runs tools/coverage-table on small summaries."""
+
+import json
+import os
+import subprocess
+import tempfile
+import unittest
+
+TOOL = os.path.abspath(os.path.join(os.path.dirname(__file__), "..", "..", "tools", "coverage-table"))
+
+
+def entry(name, lines, branches):
+    return {"filename": name, "line_covered": lines[0], "line_total": lines[1],
+            "branch_covered": branches[0], "branch_total": branches[1]}
+
+
+class CoverageTableTest(unittest.TestCase):
+    def table(self, *files):
+        with tempfile.NamedTemporaryFile("w", suffix=".json") as summary:
+            json.dump({"files": files}, summary)
+            summary.flush()
+            return subprocess.run([TOOL, summary.name], capture_output=True, text=True, check=False)
+
+    def test_adds_up_the_files_of_each_room_and_names_those_that_are_little_run(self):
+        result = self.table(entry("src/a/One.cpp", (9, 10), (1, 2)), entry("src/a/Two.cpp", (1, 10), (0, 2)),
+                            entry("src/a/b/Three.cpp", (20, 20), (4, 4)))
+        self.assertEqual(result.returncode, 0, result.stderr)
+        self.assertEqual(result.stdout.splitlines()[2:],
+                         ["| a | 20 | 50.0 | 4 | 25.0 |", "| a/b | 20 | 100.0 | 4 | 100.0 |",
+                          "| all | 40 | 75.0 | 8 | 62.5 |", "", "src/a/Two.cpp: 1 of 10 lines"])
+
+    def test_a_file_without_branches_counts_as_covered(self):
+        self.assertIn("| a | 3 | 100.0 | 0 | 100.0 |", self.table(entry("src/a/One.cpp", (3, 3), (0, 0))).stdout)
+
+    def test_a_summary_of_nothing_is_an_error(self):
+        result = self.table()
+        self.assertEqual(result.returncode, 1)
+        self.assertIn("no file was counted", result.stderr)
+
+
+if __name__ == "__main__":
+    unittest.main()
