@@ -84,7 +84,7 @@ struct Definitions {
     CLI::App *doctor = verb(Verb::Doctor, "doctor", "Find out why there is no connection, step by step.");
     doctor->add_flag("--json", json, "Print JSON.");
     verb(Verb::Detect, "detect", "Tell whether there is a servo: none, one or several.");
-    CLI::App *read = verb(Verb::Read, "read", "Read registers, by key or number; all without any.");
+    CLI::App *read = verb(Verb::Read, "read", "Read registers, by key or number, or all.");
     operand(read, "REGISTER", "A register, such as kp or 9.", false, true);
     read->add_flag("--json", json, "Print JSON.");
     CLI::App *write = verb(Verb::Write, "write", "Check the values, write them, read them back.");

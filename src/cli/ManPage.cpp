@@ -87,7 +87,8 @@ QString manPage(const CommandBook &book) {
   const QStringList lines = book.epilogue.split(u'\n', Qt::SkipEmptyParts);
   text += QStringLiteral(".SH EXIT STATUS\n.nf\n");
   for (const QString &line : lines.mid(1)) text += plain(line.trimmed()) + u'\n';
-  text += QStringLiteral(".fi\n");
+  text += QStringLiteral(".fi\n.SH SEE ALSO\n%1(1), %2(1)\n")
+              .arg(bold(QStringLiteral("tavril")), bold(QStringLiteral("tavril-servo")));
   return text;
 }
 
