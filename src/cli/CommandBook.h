@@ -24,12 +24,19 @@ struct CommandEntry {
   std::vector<OptionEntry> options;  ///< and operands
 };
 
+/// A command line to begin with, and what it does.
+struct Example {
+  QString command;
+  QString purpose;
+};
+
 /// Everything that can be typed, read from the very definitions by which it is parsed.
 struct CommandBook {
   QString program;
   QString version;
   QString description;
-  QString epilogue;  ///< exit codes and the like, lines of text
+  std::vector<Example> examples;
+  QString exitStatus;  ///< a title, and a line for each
   std::vector<OptionEntry> commonOptions;
   std::vector<CommandEntry> commands;
 };

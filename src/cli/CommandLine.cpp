@@ -26,7 +26,24 @@ const char *const description =
     "Sets up one intelligent servo behind a USB serial bridge, from scripts and over ssh.\n"
     "Data goes to the standard output, everything else to the standard error output.";
 
-const char *const epilogue =
+constexpr std::pair<const char *, const char *> examples[]{
+    {"tavrilctl doctor", "Find out why there is no connection."},
+    {"tavrilctl read", "Show all twenty registers of the servo."},
+    {"tavrilctl read kp --demo", "Show one, of the virtual servo: nothing need be plugged in."},
+    {"tavrilctl write kp=440 ki=12", "Change two settings; they are read back."},
+    {"tavrilctl move 600 --wait", "Turn the servo, and wait until it is there."},
+    {"tavrilctl dump servo.json", "Keep its settings in a file, for \"tavrilctl restore\"."},
+    {"tavrilctl monitor --interval 200ms --csv log.csv", "Write down what it measures, five times a second."},
+};
+
+std::string examplesText() {
+  std::string text = "Examples:\n";
+  for (const auto &[command, purpose] : examples)
+    text += "  " + std::string(command) + "\n      " + purpose + "\n";
+  return text;
+}
+
+const char *const exitStatus =
     "Exit status:\n"
     "  0  done\n"
     "  1  failed\n"
@@ -62,7 +79,7 @@ struct Definitions {
   explicit Definitions(const QString &version) {
     app.set_version_flag("--version", "tavrilctl " + version.toStdString(), "Print the version and exit.");
     app.set_help_flag("-h,--help", "Print this help and exit.");
-    app.footer(epilogue);
+    app.footer(examplesText() + "\n" + exitStatus);
     app.require_subcommand(0, 1);  // a second command's name is an operand of the first
     app.fallthrough();             // common options may also stand behind the command
     app.add_option("--port", port, "The port of the servo's adapter. Default: the only USB port there is.")
@@ -284,9 +301,16 @@ std::optional<milliseconds> durationOf(const QString &text, milliseconds unit) {
 
 CommandBook CommandLine::book(const QString &version) {
   const Definitions definitions(version);
-  CommandBook book{QStringLiteral("tavrilctl"),      version,
-                   QString::fromLatin1(description), QString::fromLatin1(epilogue),
-                   entriesOf(definitions.app),       {}};
+  CommandBook book{QStringLiteral("tavrilctl"),
+                   version,
+                   QString::fromLatin1(description),
+                   {},
+                   QString::fromLatin1(exitStatus),
+                   entriesOf(definitions.app),
+                   {}};
+  for (const auto &[command, purpose] : examples) {
+    book.examples.push_back({QString::fromLatin1(command), QString::fromLatin1(purpose)});
+  }
   for (const auto &[command, which] : definitions.verbs) {
     book.commands.push_back({QString::fromStdString(command->get_name()),
                              QString::fromStdString(command->get_description()), entriesOf(*command)});

@@ -84,7 +84,11 @@ QString manPage(const CommandBook &book) {
     }
   }
   text += QStringLiteral(".SH REGISTERS\n") + registerTable();
-  const QStringList lines = book.epilogue.split(u'\n', Qt::SkipEmptyParts);
+  text += QStringLiteral(".SH EXAMPLES\n");
+  for (const Example &example : book.examples) {
+    text += QStringLiteral(".TP\n%1\n%2\n").arg(bold(example.command), plain(example.purpose));
+  }
+  const QStringList lines = book.exitStatus.split(u'\n', Qt::SkipEmptyParts);
   text += QStringLiteral(".SH EXIT STATUS\n.nf\n");
   for (const QString &line : lines.mid(1)) text += plain(line.trimmed()) + u'\n';
   text += QStringLiteral(".fi\n.SH SEE ALSO\n%1(1), %2(1)\n")

@@ -17,7 +17,7 @@ QString permissionText(const QString &path) {
   }
   return QStringLiteral(
              "permission denied on %1: it belongs to the group \"%2\". Add yourself to the group with \"sudo "
-             "usermod -a -G %2 $USER\", then log out and in again.")
+             "usermod -aG %2 $USER\", then log out and in again.")
       .arg(path, group);
 }
 

@@ -150,7 +150,7 @@ TEST(ReportFailures, ADeniedPortTellsTheGroupAndTheCommandThatHelps) {
   ASSERT_NE(owners, "root");
   Program program(command, arguments);
   expectComplaint(program.outcome(), "permission denied on " + path + ": it belongs to the group \"" +
-                                         owners + "\". Add yourself to the group with \"sudo usermod -a -G " +
+                                         owners + "\". Add yourself to the group with \"sudo usermod -aG " +
                                          owners + " $USER\", then log out and in again.");
   EXPECT_FALSE(isExclusive(port));
 }

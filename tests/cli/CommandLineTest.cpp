@@ -44,6 +44,19 @@ TEST(CtlCommandLine, KnowsEveryCommand) {
   EXPECT_EQ(CommandLine::book(QStringLiteral("1")).commands.size(), commands.size());
 }
 
+TEST(CtlCommandLine, UnderstandsItsOwnExamplesAndShowsThemInTheHelp) {
+  const CommandLine help = parse("--help");
+  ASSERT_TRUE(help.answer);
+  EXPECT_EQ(help.answer->status, 0);
+  const CommandBook book = CommandLine::book(QStringLiteral("1"));
+  EXPECT_GE(book.examples.size(), 5u);
+  for (const Example &example : book.examples) {
+    EXPECT_TRUE(help.answer->text.contains(example.command)) << example.command.toStdString();
+    ASSERT_TRUE(example.command.startsWith(u"tavrilctl "));
+    optionsOf(qPrintable(example.command.section(u' ', 1)));
+  }
+}
+
 TEST(CtlCommandLine, TakesCommonOptionsBeforeAndBehindTheCommand) {
   for (const char *line :
        {"--port /dev/x --timeout 50 --retries 0 --boot-wait 0 --verbose read kp ki --json",

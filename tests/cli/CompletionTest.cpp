@@ -128,6 +128,7 @@ TEST(ManPage, IsReadByManWithoutAWordOfWarningAndHasEveryOption) {
   const std::string shown = std::regex_replace(printed, std::regex(".\b"), "");
   EXPECT_NE(shown.find("--boot-wait"), std::string::npos) << shown;
   EXPECT_NE(shown.find("EXIT STATUS"), std::string::npos);
+  EXPECT_NE(shown.find("tavrilctl write kp=440 ki=12"), std::string::npos);
 }
 
 }  // namespace

@@ -41,7 +41,7 @@ TEST(OpenFailure, PermissionDeniedNamesTheGroupOfTheNodeAndTheCommandThatJoinsIt
     EXPECT_TRUE(text.contains("ask an administrator"));
   } else {
     EXPECT_TRUE(text.contains(QStringLiteral("group \"%1\"").arg(expected))) << text.toStdString();
-    EXPECT_TRUE(text.contains(QStringLiteral("sudo usermod -a -G %1 $USER").arg(expected)));
+    EXPECT_TRUE(text.contains(QStringLiteral("sudo usermod -aG %1 $USER").arg(expected)));
   }
 }
 

@@ -1,12 +1,13 @@
 #include "platform/linux/QtTimers.h"
 
 #include "platform/linux/QtMainQueue.h"
+#include "platform/linux/TimerRate.h"
 
 #include <QTimer>
 
 #include <algorithm>
-#include <chrono>
 #include <limits>
+#include <optional>
 #include <utility>
 
 namespace tavril {
@@ -17,12 +18,12 @@ class QtTimers::Running final : public Timer, public std::enable_shared_from_thi
 
   void start(Interval interval) {
     // Qt counts in 32 bits and takes a negative interval for "never".
-    interval_ = std::clamp(interval, Interval(0), Interval(std::numeric_limits<int>::max()));
-    due_ = Clock::now() + interval_;
+    interval = std::clamp(interval, Interval(0), Interval(std::numeric_limits<int>::max()));
+    if (!once_) rate_.emplace(TimerRate::Clock::now(), interval);
     timer_.setTimerType(Qt::PreciseTimer);
     timer_.setSingleShot(true);
     timer_.callOnTimeout([this] { comeDue(); });
-    timer_.start(interval_);
+    timer_.start(interval);
   }
 
   void stop() override {
@@ -34,22 +35,12 @@ class QtTimers::Running final : public Timer, public std::enable_shared_from_thi
   }
 
  private:
-  using Clock = std::chrono::steady_clock;
-
   // The job begins within this call, and Qt lets no timer come due whose event is being handled. A repeating
   // one is therefore started anew each time, so that it comes due in an event loop that the job opens, too.
   void comeDue() {
-    if (!once_) restart();
+    if (rate_) timer_.start(rate_->untilNext(TimerRate::Clock::now()));
     if (std::exchange(queued_, true)) return;
     service_->queue_.asyncAndBegin([self = shared_from_this()] { self->run(); });
-  }
-
-  // Counted from when it was due, so that delays do not add up; what was missed is left out.
-  void restart() {
-    const Clock::time_point now = Clock::now();
-    due_ += interval_;
-    if (due_ <= now) due_ = now + interval_;
-    timer_.start(std::chrono::ceil<Interval>(due_ - now));
   }
 
   void run() {
@@ -63,8 +54,7 @@ class QtTimers::Running final : public Timer, public std::enable_shared_from_thi
 
   QtTimers *service_;
   const bool once_;
-  Interval interval_{};
-  Clock::time_point due_;
+  std::optional<TimerRate> rate_;
   Job job_;
   bool queued_ = false;
   bool running_ = false;

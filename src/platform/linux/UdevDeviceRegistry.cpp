@@ -33,8 +33,14 @@ bool isCharacterDevice(const std::string &path) {
   return stat(path.c_str(), &status) == 0 && S_ISCHR(status.st_mode);
 }
 
+/// What hangs under no other device; what hangs under a virtual one is not there.
 bool isInSoftwareOnly(const std::filesystem::path &place) {
-  return place.native().starts_with("/sys/devices/virtual/");
+  return place.parent_path() == "/sys/devices/virtual/tty";
+}
+
+/// The node of a device of this name, in which an exclamation mark stands for a slash.
+QString nodeNamed(const std::filesystem::path &name) {
+  return QStringLiteral("/dev/") + QFile::decodeName(name.c_str()).replace(u'!', u'/');
 }
 
 QString because(const QString &path, const QString &reason) {
@@ -96,7 +102,7 @@ std::optional<DeviceProperties> UdevDeviceRegistry::describe(udev_device *device
 
 // Not by an enumeration of libudev's, which looks into each of the kernel's sixty-odd consoles for a hundred
 // system calls' worth before it can be told that nobody wants them.
-std::vector<std::filesystem::path> UdevDeviceRegistry::places() const {
+std::optional<std::vector<std::filesystem::path>> UdevDeviceRegistry::places() const {
   std::vector<std::filesystem::path> places;
   const std::filesystem::path folder(terminalClass);
   std::error_code error;
@@ -106,18 +112,19 @@ std::vector<std::filesystem::path> UdevDeviceRegistry::places() const {
     const auto target = std::filesystem::read_symlink(entry->path(), gone);
     if (gone) continue;
     auto place = (folder / target).lexically_normal();
-    const QString node = QStringLiteral("/dev/") + QFile::decodeName(entry->path().filename().c_str());
-    if (isInSoftwareOnly(place) && !namedNodes_.contains(node)) continue;
+    if (isInSoftwareOnly(place) && !namedNodes_.contains(nodeNamed(entry->path().filename()))) continue;
     places.push_back(std::move(place));
   }
+  if (error) return std::nullopt;
   std::sort(places.begin(), places.end());
   return places;
 }
 
-std::vector<UdevDeviceRegistry::Listed> UdevDeviceRegistry::present() const {
+std::optional<std::vector<UdevDeviceRegistry::Listed>> UdevDeviceRegistry::present() const {
+  const auto places = udev_ ? this->places() : std::nullopt;
+  if (!places) return std::nullopt;
   std::vector<Listed> devices;
-  if (!udev_) return devices;
-  for (const std::filesystem::path &place : places()) {
+  for (const std::filesystem::path &place : *places) {
     const DevicePointer device(udev_device_new_from_syspath(udev_.get(), place.c_str()));
     // A device may go between the two calls. One whose rules have not run yet has no permissions set; its
     // event follows.
@@ -132,8 +139,9 @@ std::vector<UdevDeviceRegistry::Listed> UdevDeviceRegistry::present() const {
 std::vector<DeviceProperties> UdevDeviceRegistry::listing() {
   std::map<QString, DeviceProperties> named;
   std::vector<DeviceProperties> others;
-  isListed_ = true;
-  for (const Listed &device : present()) {
+  const auto devices = present();
+  isListed_ = devices.has_value();
+  for (const Listed &device : devices.value_or(std::vector<Listed>())) {
     // Only added to, never emptied here: a device that has just gone is needed until its event is read.
     known_.insert_or_assign(device.place, device.properties);
     const QString node = device.properties.value(QString::fromUtf16(DeviceKey::calloutDevice));
@@ -243,8 +251,10 @@ void UdevDeviceRegistry::handleEvent(udev_device *device) {
 }
 
 void UdevDeviceRegistry::reportDifferences() {
+  auto devices = present();
+  if (!devices) return;
   std::map<std::string, DeviceProperties> now;
-  for (Listed &device : present()) now.emplace(std::move(device.place), std::move(device.properties));
+  for (Listed &device : *devices) now.emplace(std::move(device.place), std::move(device.properties));
   const auto before = std::exchange(known_, now);
   // Those gone first: a device that came may have taken over the node of one that went.
   for (const auto &[place, properties] : before) {

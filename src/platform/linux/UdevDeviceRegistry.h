@@ -56,10 +56,10 @@ class UdevDeviceRegistry : public DeviceRegistry {
     DeviceProperties properties;
   };
 
-  /// Where in sysfs the terminals are that may be listed, sorted.
-  std::vector<std::filesystem::path> places() const;
-  /// The devices present now that udev knows.
-  std::vector<Listed> present() const;
+  /// Where in sysfs the terminals are that may be listed, sorted. Nothing when it cannot be read.
+  std::optional<std::vector<std::filesystem::path>> places() const;
+  /// The devices present now that udev knows. Nothing when that cannot be found out.
+  std::optional<std::vector<Listed>> present() const;
   /// What a walk over all devices holds.
   std::vector<DeviceProperties> listing();
   /// Nothing for a device that is not to be listed.

@@ -142,6 +142,12 @@ void MockMachine::addVirtual(const QString &name) {
   add(terminal(QStringLiteral("/devices/virtual/tty/") + name, QString()));
 }
 
+void MockMachine::addBelowVirtual(const QString &name) {
+  const QString place = QStringLiteral("/devices/virtual/bluetooth/hci0");
+  add(ancestor(place, QStringLiteral("bluetooth")) +
+      terminal(place + QStringLiteral("/tty/") + name, QString()));
+}
+
 void MockMachine::removeVirtual(const QString &name) {
   const QByteArray place = (QStringLiteral("/sys/devices/virtual/tty/") + name).toUtf8();
   umockdev_testbed_uevent(testbed_, place.constData(), "remove");

@@ -33,6 +33,8 @@ class MockMachine {
   /// A terminal without hardware: a virtual console, a pseudo-terminal of the old kind.
   void addVirtual(const QString &name);
   void removeVirtual(const QString &name);
+  /// A terminal that hangs under a device, though under one without hardware.
+  void addBelowVirtual(const QString &name);
   /// A character device that is no terminal, in the place of the real /dev/null.
   void addNull();
 

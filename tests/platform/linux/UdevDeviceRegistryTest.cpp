@@ -84,8 +84,10 @@ class UdevDeviceRegistryTest : public testing::Test {
 /// Notes what comes and goes, in order: "+name" and "-name".
 class Watcher : public DeviceRegistry::Context {
  public:
-  explicit Watcher(UdevDeviceRegistry &registry) : registry_(registry) {
-    watch(DeviceEvent::Published, published_);
+  enum class Waits { ForAll, ForDevicesToGo };
+
+  explicit Watcher(UdevDeviceRegistry &registry, Waits waits = Waits::ForAll) : registry_(registry) {
+    if (waits == Waits::ForAll) watch(DeviceEvent::Published, published_);
     seen_.clear();
     watch(DeviceEvent::Terminated, terminated_);
   }
@@ -189,6 +191,12 @@ TEST_F(UdevDeviceRegistryTest, PseudoTerminalsAndConsolesAreNotListed) {
   EXPECT_EQ(listed(registry), Names({u"usbserial-ttyUSB0"_qs}));
 }
 
+TEST_F(UdevDeviceRegistryTest, ATerminalBelowADeviceIsListedAlsoWhenThatIsAVirtualOne) {
+  machine_.addBelowVirtual(u"rfcomm0"_qs);
+  UdevDeviceRegistry registry;
+  EXPECT_EQ(listed(registry), Names({u"rfcomm0"_qs}));
+}
+
 TEST_F(UdevDeviceRegistryTest, LooksAtNoConsoleAndAtEachAdapterOnceWhenAWatchBegins) {
   for (int number = 0; number < 64; ++number) machine_.addVirtual(QStringLiteral("tty%1").arg(number));
   machine_.plugFtdi(u"ttyUSB0"_qs);
@@ -209,6 +217,25 @@ TEST_F(UdevDeviceRegistryTest, ATerminalInSoftwareOnlyIsKnownWhenTheUserHasNamed
   Watcher watcher(registry);
   machine_.removeVirtual(u"ttyGS1"_qs);
   EXPECT_TRUE(watcher.sees({u"-usbport-ttyGS1"_qs}));
+}
+
+TEST_F(UdevDeviceRegistryTest, WhoOnlyWaitsForDevicesToGoIsToldOfThoseThatWereThere) {
+  machine_.plugFtdi(u"ttyUSB0"_qs);
+  UdevDeviceRegistry registry;
+  EXPECT_EQ(listed(registry), Names({u"usbserial-ttyUSB0"_qs}));
+  Watcher watcher(registry, Watcher::Waits::ForDevicesToGo);
+  machine_.unplug(u"ttyUSB0"_qs, socketA);
+  EXPECT_TRUE(watcher.sees({u"-usbserial-ttyUSB0"_qs}));
+}
+
+TEST_F(UdevDeviceRegistryTest, ATerminalThatIsNamedBetweenTwoWatchesIsToldWhenItGoes) {
+  machine_.addVirtual(u"ttyGS0"_qs);
+  UdevDeviceRegistry registry;
+  const Watcher first(registry);
+  EXPECT_EQ(registry.addTerminal(u"/dev/ttyGS0"_qs), std::nullopt);
+  Watcher second(registry, Watcher::Waits::ForDevicesToGo);
+  machine_.removeVirtual(u"ttyGS0"_qs);
+  EXPECT_TRUE(second.sees({u"-usbport-ttyGS0"_qs}));
 }
 
 TEST_F(UdevDeviceRegistryTest, ADeviceThatUdevIsNotDoneWithIsListedWithItsEvent) {

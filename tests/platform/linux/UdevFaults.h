@@ -2,8 +2,8 @@
 
 namespace tavril {
 
-/// Makes libudev fail on demand, and counts what it is asked. It takes the place of a few of libudev's functions in the test program, and
-/// passes on to them what is not to fail.
+/// Makes libudev fail on demand, and counts what it is asked. It takes the place of a few of libudev's
+/// functions in the test program, and passes on to them what is not to fail.
 struct UdevFaults {
   bool noContext = false;
   bool noMonitor = false;

@@ -96,7 +96,7 @@ TEST_F(Programs, TellAUserWhoMayNotOpenThePortWhatToDo) {
   EXPECT_EQ(
       err.toStdString(),
       "tavril: permission denied on /dev/ttyUSB0: it belongs to the group \"dialout\". Add yourself to the "
-      "group with \"sudo usermod -a -G dialout $USER\", then log out and in again.\n");
+      "group with \"sudo usermod -aG dialout $USER\", then log out and in again.\n");
   EXPECT_EQ(out, "");
 }
 
