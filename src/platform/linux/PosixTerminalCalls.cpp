@@ -6,6 +6,7 @@
 #include <array>
 #include <cerrno>
 #include <cstdint>
+#include <ctime>
 #include <thread>
 
 #include <fcntl.h>
@@ -14,6 +15,7 @@
 #include <sys/eventfd.h>
 #include <sys/file.h>
 #include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -58,9 +60,17 @@ void drain(int descriptor) {
   }
 }
 
-}  // namespace
+/// Rights on a node that was made only just now, or whose rights were changed, may still be on their way.
+bool areRightsSettling(const std::string &path) {
+  struct stat node {};
+  timespec now{};
+  if (::stat(path.c_str(), &node) != 0 || ::clock_gettime(CLOCK_REALTIME, &now) != 0) return false;
+  const auto since = std::chrono::seconds(now.tv_sec - node.st_ctim.tv_sec) +
+                     std::chrono::nanoseconds(now.tv_nsec - node.st_ctim.tv_nsec);
+  return since >= std::chrono::seconds(0) && since < PosixTerminalCalls::rightsSettle;
+}
 
-CallResult PosixTerminalCalls::open(const std::string &path) {
+CallResult openOnce(const std::string &path) {
   return repeatedWhileInterrupted([&] {
     const int descriptor = ::open(path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
     if (descriptor < 0 || descriptor > STDERR_FILENO) return descriptor;
@@ -71,6 +81,17 @@ CallResult PosixTerminalCalls::open(const std::string &path) {
     errno = error;
     return moved;
   });
+}
+
+}  // namespace
+
+CallResult PosixTerminalCalls::open(const std::string &path) {
+  CallResult opened = openOnce(path);
+  while (opened.error == EACCES && areRightsSettling(path)) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    opened = openOnce(path);
+  }
+  return opened;
 }
 
 CallResult PosixTerminalCalls::lock(int descriptor) {

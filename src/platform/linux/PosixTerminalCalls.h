@@ -15,6 +15,9 @@ class PosixTerminalCalls final : public TerminalCalls {
  public:
   /// How long AfterDrain waits for the output before it drops what is left.
   static constexpr std::chrono::milliseconds longestDrain{1000};
+  /// How long after a node was made, or its rights changed, open() asks again when it may not use it. The
+  /// access list that gives a new device to whoever sits at the machine comes a moment after the device.
+  static constexpr std::chrono::milliseconds rightsSettle{2000};
 
   explicit PosixTerminalCalls(Log &log) : log_(log) {}
 

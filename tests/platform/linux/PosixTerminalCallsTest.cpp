@@ -93,10 +93,27 @@ TEST_F(PosixTerminalCallsTest, AnOpenThatIsInterruptedIsRepeated) {
 
 TEST_F(PosixTerminalCallsTest, AnOpenThatFailsGivesItsError) {
   EXPECT_EQ(calls.open("/dev/no-such-terminal").error, ENOENT);
-  terminalFaults().open = {EACCES, 1};
+  terminalFaults().open = {EPERM, 1};
   const CallResult refused = calls.open(path());
   EXPECT_TRUE(refused.failed());
-  EXPECT_EQ(refused.error, EACCES);
+  EXPECT_EQ(refused.error, EPERM);
+}
+
+TEST_F(PosixTerminalCallsTest, ANewTerminalThatMayNotBeUsedYetIsTriedAgain) {
+  terminalFaults().open = {EACCES, 3};
+  EXPECT_GT(opened(), 2);
+  EXPECT_EQ(terminalFaults().open.times, 0);
+}
+
+TEST_F(PosixTerminalCallsTest,
+       ATerminalThatMayNotBeUsedIsTriedOnceWhenItIsOldAndForTwoSecondsAtMostWhenItIsNew) {
+  terminalFaults().open = {EACCES, 1000};
+  EXPECT_EQ(calls.open("/dev/null").error, EACCES);
+  EXPECT_EQ(terminalFaults().open.times, 999);
+  EXPECT_EQ(calls.open(path()).error, EACCES);
+  EXPECT_LT(terminalFaults().open.times, 998);
+  EXPECT_GE(terminalFaults().open.times, 998 - 2000 / 20);
+  terminalFaults().open = {};
 }
 
 TEST_F(PosixTerminalCallsTest, AMovedDescriptorThatCannotBeHadGivesTheReasonAndLeavesNoneOpen) {
