@@ -13,6 +13,9 @@
 namespace tavril {
 namespace {
 
+/// The link waits for 20 ms.
+constexpr std::chrono::milliseconds bearableGap(15);
+
 const QByteArray wholeDetection("\xFF\x05\x90\x01\xFE", 5);
 
 bool asksFor(const QByteArray &command, int number) {
@@ -130,9 +133,26 @@ std::string silentAfter(int registers, const std::string &port) {
          " of 20 registers: check the servo's cable and power, then retry.";
 }
 
+/// A reading in which a reply, the first to this command, came in two pieces soon after each other. A machine
+/// that has other things to do may have kept us from sending the second in time; then it is done over,
+/// without the other readings.
+void expectCutReplyToBeWhole(Reading &first, int number) {
+  Reading *reading = &first;
+  std::unique_ptr<Reading> again;
+  reading->program.outcome();
+  for (int attempt = 0; attempt < 20 && reading->bridge.longestGap() >= bearableGap; ++attempt) {
+    again = std::make_unique<Reading>(once(number, [](const QByteArray &reply) { return cut(reply, 4); }));
+    reading = again.get();
+    reading->program.outcome();
+  }
+  ASSERT_LT(reading->bridge.longestGap(), bearableGap)
+      << "the machine is too busy to send two pieces in time";
+  expectRightValues(*reading, readings({20}));
+}
+
 TEST(ReportDeliveries, TwoPiecesThatComeSoonAfterEachOtherAreOneReply) {
-  expectRightValues(runs->cutReply, readings({20}));
-  expectRightValues(runs->cutDetection, readings({20}));
+  expectCutReplyToBeWhole(runs->cutReply, 5);
+  expectCutReplyToBeWhole(runs->cutDetection, 0);
 }
 
 TEST(ReportDeliveries, AReplyInTwoPiecesMakesTheReadingBeginAgain) {

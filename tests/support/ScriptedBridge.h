@@ -8,7 +8,9 @@
 #include <QString>
 #include <QTimer>
 
+#include <algorithm>
 #include <array>
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <string>
@@ -48,6 +50,10 @@ class ScriptedBridge {
   /// The commands that came: 0 for the detection, the register's number for a read, -1 for all else, also
   /// for one that is not filled to 50 bytes with zeros.
   const std::vector<int> &commands() const { return commands_; }
+
+  /// The longest time between two deliveries that were to follow each other. Who claims something of pieces
+  /// that come soon after each other has to see whether they did.
+  std::chrono::steady_clock::duration longestGap() const { return longestGap_; }
 
   /// How the report shows this servo.
   static std::string json(const std::string &port) {
@@ -108,9 +114,14 @@ class ScriptedBridge {
     if (::poll(&unread, 1, 0) != 0) return;
     if (deliveries_.isEmpty()) {
       turn_.stop();
-    } else {
-      pty_.write(deliveries_.takeFirst());
+      follows_ = false;
+      return;
     }
+    const auto now = std::chrono::steady_clock::now();
+    if (follows_) longestGap_ = std::max(longestGap_, now - sentAt_);
+    sentAt_ = now;
+    pty_.write(deliveries_.takeFirst());
+    follows_ = !deliveries_.isEmpty();
   }
 
   Pty pty_;
@@ -120,6 +131,9 @@ class ScriptedBridge {
   QByteArray received_;
   QList<QByteArray> deliveries_;
   std::vector<int> commands_;
+  bool follows_ = false;
+  std::chrono::steady_clock::time_point sentAt_;
+  std::chrono::steady_clock::duration longestGap_{};
 };
 
 }  // namespace tavril
