@@ -29,6 +29,12 @@ class CoverageTableTest(unittest.TestCase):
                          ["| a | 20 | 50.0 | 4 | 25.0 |", "| a/b | 20 | 100.0 | 4 | 100.0 |",
                           "| all | 40 | 75.0 | 8 | 62.5 |", "", "src/a/Two.cpp: 1 of 10 lines"])
 
+    def test_a_header_counts_for_its_room_by_whatever_way_it_was_reached(self):
+        result = self.table(entry("src/a/One.cpp", (5, 5), (0, 0)),
+                            entry("build/coverage/rooms/tavril_a/a/One.h", (1, 5), (0, 0)))
+        self.assertEqual(result.stdout.splitlines()[2:], ["| a | 10 | 60.0 | 0 | 100.0 |", "| all | 10 | 60.0 | 0 | 100.0 |",
+                                                          "", "src/a/One.h: 1 of 5 lines"])
+
     def test_a_file_without_branches_counts_as_covered(self):
         self.assertIn("| a | 3 | 100.0 | 0 | 100.0 |", self.table(entry("src/a/One.cpp", (3, 3), (0, 0))).stdout)
 
