@@ -39,17 +39,20 @@ std::optional<int> integerOf(const QJsonValue &value) {
   return static_cast<int>(number);
 }
 
-/// The name as one line of a terminal may show it. A file from elsewhere could have line ends in its keys, or
-/// the codes with which terminals are told what to do.
+/// The name as one line of a terminal may show it. A file from elsewhere could have line ends in its keys,
+/// the codes with which terminals are told what to do, or half of a character.
 QString printable(const QString &name) {
   QString shown;
-  for (const QChar character : name) {
-    // Halves of characters beyond the first 65536 count as not printable, but belong together here.
-    if (character.isPrint() || character.isSurrogate()) {
-      shown += character;
+  for (qsizetype at = 0; at < name.size(); ++at) {
+    const QChar unit = name[at];
+    const bool isPair = unit.isHighSurrogate() && at + 1 < name.size() && name[at + 1].isLowSurrogate();
+    const char32_t character = isPair ? QChar::surrogateToUcs4(unit, name[at + 1]) : unit.unicode();
+    if (QChar::isPrint(character)) {
+      shown += QStringView(name).mid(at, isPair ? 2 : 1);
     } else {
-      shown += QStringLiteral("\\u%1").arg(int{character.unicode()}, 4, 16, QLatin1Char('0'));
+      shown += QStringLiteral("\\u%1").arg(uint{character}, 4, 16, QLatin1Char('0'));
     }
+    if (isPair) ++at;
   }
   return shown;
 }

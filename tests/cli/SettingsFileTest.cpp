@@ -71,6 +71,12 @@ TEST(SettingsCheck, ShowsNoControlCharactersOfAKey) {
             QStringList{QStringLiteral("2:1: \\u000a\\u001b[2J\u00e4 is an unknown key")});
 }
 
+TEST(SettingsCheck, ShowsAWholeCharacterOfAKeyAndNotHalfOfOne) {
+  EXPECT_EQ(problemsOf("{\"format\": \"tavril-servo-settings\", \"version\": 1, \"settings\": {\"kp\": 1},\n"
+                       "\"\\ude00\\ud83d\\ude00\\ud83d\": 1}"),
+            QStringList{QStringLiteral("2:1: \\ude00\U0001F600\\ud83d is an unknown key")});
+}
+
 TEST(SettingsCheck, NamesEveryProblemWithItsPlace) {
   const QByteArray document =
       "{\n"
