@@ -113,5 +113,32 @@ TEST(FrameWords, SayWhatFramesMean) {
   EXPECT_EQ(replyInWords(bytes("FF05F963FE")).toStdString(), "unknown error 99");
 }
 
+TEST(FrameWords, AreThereForEveryCommandAndEveryReply) {
+  struct Words {
+    CommandCode code;
+    const char *command;
+    const char *reply;
+  };
+  for (const Words &words :
+       {Words{CommandCode::InitServo, "detect the servo", "no servo"},
+        {CommandCode::ReleaseServo, "release the servo", "released"},
+        {CommandCode::RebootServo, "reboot", "rebooted"},
+        {CommandCode::ResetServo, "restore the factory settings", "factory settings restored"},
+        {CommandCode::ReadServoPosition, "read the position", "position is 0"},
+        {CommandCode::ErrorMessage, "report of error 0", "unknown command (error 0)"}}) {
+    EXPECT_EQ(commandInWords({words.code, QByteArray(2, '\0')}).toStdString(), words.command);
+    const QByteArray reply = QByteArray("\xFF\x06", 2) + static_cast<char>(words.code) + QByteArray(2, '\0') +
+                             QByteArray("\xFE", 1);
+    EXPECT_EQ(replyInWords(reply).toStdString(), words.reply);
+  }
+}
+
+TEST(FrameWords, SayWhatEveryErrorMeans) {
+  const char *const meanings[]{"unknown command (error 0)", "the command came too slowly (error 1)",
+                               "wrong frame length (error 2)", "value out of range (error 3)",
+                               "the bridge has lost the servo (error 4)"};
+  for (int error = 0; error < 5; ++error) EXPECT_EQ(errorInWords(error).toStdString(), meanings[error]);
+}
+
 }  // namespace
 }  // namespace tavril::cli

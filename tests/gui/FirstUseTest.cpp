@@ -2,9 +2,14 @@
 #include "serial/config/PortDelegate.h"
 #include "tests/gui/GuiBench.h"
 
+#include <QAbstractItemView>
 #include <QComboBox>
+#include <QImage>
 #include <QLabel>
 #include <QTextDocumentFragment>
+#include <QtMath>
+
+#include <set>
 
 namespace tavril {
 namespace {
@@ -162,6 +167,34 @@ TEST_F(GuiBench, ThePortDialogTellsOfEachPortWhetherItCanBeOpenedAndOpensNone) {
   EXPECT_EQ(details(3), QStringLiteral("/dev/ttyUSB3 · no longer there"));
   EXPECT_EQ(dialog->findChild<QLabel *>(QStringLiteral("details"))->text(), details(0));
   EXPECT_EQ(terminal.count(Call::Open), 0);
+}
+
+TEST_F(GuiBench, ThePortListIsDrawnWithTheNameAndTheDetailsOfEachPort) {
+  devices.plugIn("usbserial-ttyUSB7", "/dev/ttyUSB7");
+  ASSERT_TRUE(waitFor([&] { return state.allSerialPortsInfo.size() == 2; }));
+  shortcut(Qt::Key_P, Qt::ControlModifier);
+  auto *box = dialog->findChild<QComboBox *>();
+  box->showPopup();
+  const QImage drawn = box->view()->viewport()->grab().toImage();
+  const double ratio = drawn.devicePixelRatio();
+  const auto colours = [&](const QRect &place) {
+    std::set<QRgb> seen;
+    for (int y = place.top(); y <= place.bottom(); ++y) {
+      for (int x = place.left(); x <= place.right(); ++x) {
+        seen.insert(drawn.pixel(qFloor(x * ratio), qFloor(y * ratio)));
+      }
+    }
+    return seen.size();
+  };
+  for (int row = 0; row < 2; ++row) {
+    QRect place = box->view()->visualRect(box->model()->index(row, 0)).adjusted(4, 4, -4, -4);
+    ASSERT_FALSE(place.isEmpty());
+    place.setHeight(place.height() / 2);
+    EXPECT_GT(colours(place), 2u) << "the name of " << row;
+    place.translate(0, place.height());
+    EXPECT_GT(colours(place), 2u) << "the details of " << row;
+  }
+  box->hidePopup();
 }
 
 TEST_F(GuiBench, ThePortDialogSaysWhichPortWillBeOpened) {
