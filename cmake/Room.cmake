@@ -38,6 +38,16 @@ function(tavril_room target)
   endif()
 endfunction()
 
+# tavril_designs(<variable> <design.ui>...): the headers that the designs become, for the sources of a room, in the variable.
+# Not by AUTOUIC: with it, a design that was edited only takes effect in the build after the next one.
+function(tavril_designs variable)
+  qt_wrap_ui(headers ${ARGN})
+  set_source_files_properties(${headers} PROPERTIES SKIP_AUTOMOC ON)
+  add_custom_target(${variable} DEPENDS ${headers})
+  add_dependencies(generated_headers ${variable})
+  set(${variable} ${headers} PARENT_SCOPE)
+endfunction()
+
 function(tavril_program target)
   cmake_parse_arguments(PROGRAM "" "" "SOURCES;LINK" ${ARGN})
   add_executable(${target} ${PROGRAM_SOURCES})
