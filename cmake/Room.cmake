@@ -4,9 +4,19 @@
 
 add_library(tavril_options INTERFACE)
 target_compile_options(tavril_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor
-                                                -Woverloaded-virtual -Werror)
+                                                -Woverloaded-virtual)
+tavril_warnings_are_errors(warnings_are_errors)
+if(warnings_are_errors)
+  target_compile_options(tavril_options INTERFACE -Werror)
+endif()
+# No path of the machine in what is handed out. It stands here, as no preset could quote a path with a blank.
+target_compile_options(tavril_options INTERFACE "$<$<CONFIG:Release>:-ffile-prefix-map=${CMAKE_SOURCE_DIR}=.>")
 target_compile_definitions(tavril_options INTERFACE QT_NO_CAST_FROM_BYTEARRAY QT_NO_KEYWORDS
                                                     QT_DISABLE_DEPRECATED_BEFORE=0x060400)
+if(CMAKE_UNITY_BUILD)
+  # Sources that share a translation unit see each other's names; in the preset "dev" each stands for itself.
+  target_compile_options(tavril_options INTERFACE -Wno-shadow)
+endif()
 if(TAVRIL_SANITIZE)
   target_compile_options(tavril_options INTERFACE -fsanitize=${TAVRIL_SANITIZE} -fno-omit-frame-pointer
                                                   -fno-sanitize-recover=all)
@@ -20,6 +30,11 @@ if(TAVRIL_SANITIZE)
   endforeach()
 endif()
 
+# tavril_alone(<source>...): sources that a unity build compiles by themselves, since their names clash with others'.
+function(tavril_alone)
+  set_source_files_properties(${ARGN} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
+endfunction()
+
 # tavril_room(<target> FOLDER <folder below src/> SOURCES ... LINK ...)
 function(tavril_room target)
   cmake_parse_arguments(ROOM "" "FOLDER" "SOURCES;LINK" ${ARGN})
@@ -31,6 +46,8 @@ function(tavril_room target)
     file(CREATE_LINK ${header} ${root}/${ROOM_FOLDER}/${name} SYMBOLIC)
   endforeach()
   add_library(${target} STATIC ${ROOM_SOURCES})
+  set_target_properties(${target} PROPERTIES
+                        UNITY_BUILD_CODE_BEFORE_INCLUDE "// NOLINTNEXTLINE(bugprone-suspicious-include)")
   target_include_directories(${target} PUBLIC ${root})
   target_link_libraries(${target} PUBLIC ${ROOM_LINK} PRIVATE tavril_options)
   if(TAVRIL_PCH STREQUAL "ON")
@@ -52,4 +69,5 @@ function(tavril_program target)
   cmake_parse_arguments(PROGRAM "" "" "SOURCES;LINK" ${ARGN})
   add_executable(${target} ${PROGRAM_SOURCES})
   target_link_libraries(${target} PRIVATE ${PROGRAM_LINK} tavril_options)
+  set_target_properties(${target} PROPERTIES UNITY_BUILD OFF)
 endfunction()

@@ -16,7 +16,7 @@ build() {
   # Changed CMakeLists.txt files are noticed by the build itself, changed presets are not.
   if [ ! -e "build/$preset/build.ninja" ] || [ CMakePresets.json -nt "build/$preset/build.ninja" ]; then
     progress "configuring build/$preset"
-    cmake --preset "$preset" >&2
+    cmake --preset "$preset" ${TAVRIL_WERROR:+"-DTAVRIL_WERROR=$TAVRIL_WERROR"} >&2
   fi
   progress "building build/$preset"
   cmake --build --preset "$preset" --parallel "$(nproc)" "${targets[@]}" >&2

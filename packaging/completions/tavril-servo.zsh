@@ -17,6 +17,10 @@ _arguments \
   '--wrong-length[make the length byte of replies one too large]' \
   '--late-ends[send the end mark of replies late]' \
   '--error[answer register reads with this error report]:code: ' \
+  '--write-error[answer register writes with this error report]:code: ' \
+  '--obey-ack-policy[answer only what ack_policy allows]' \
+  '--from[start with the settings of this file]:file:_files' \
+  '--state[keep the settings in this file]:file:_files' \
   '--unplug-after[hang up at this frame]:number: ' \
   '(--no-pace)--pace[take the time of a wire of 115200 baud]' \
   '(--pace)--no-pace[reply at once]' \

@@ -10,7 +10,7 @@ _tavril() {
     --language) mapfile -t COMPREPLY < <(compgen -W "de en es fr ja ko zh-Hans zh-Hant" -- "$cur") ;;
     --snapshot) compopt -o filenames; mapfile -t COMPREPLY < <(compgen -f -- "$cur") ;;
     *)
-      mapfile -t COMPREPLY < <(compgen -W "--demo --port --language --report --json --snapshot --version --help" -- "$cur")
+      mapfile -t COMPREPLY < <(compgen -W "--demo --connect --port --language --report --json --snapshot --version --help" -- "$cur")
       ;;
   esac
 }

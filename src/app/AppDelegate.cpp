@@ -13,10 +13,13 @@
 #include "platform/Timers.h"
 #include "protocol/Function.h"
 #include "protocol/RegisterCatalogue.h"
+#include "protocol/ReplyFrame.h"
 #include "protocol/SharedState.h"
 #include "serial/SerialEnvironment.h"
 #include "serial/SerialPort.h"
 
+#include <QLatin1Char>
+#include <QLatin1String>
 #include <algorithm>
 #include <any>
 #include <utility>
@@ -117,7 +120,7 @@ void AppDelegate::serialFormat() {
     serialPort_->setDelegate({});
   }
   if (state_.allSerialPortsInfo.empty()) {
-    desktop_.log.write(QStringLiteral("There is no serial port to open."));
+    desktop_.log.warn(QStringLiteral("There is no serial port to open."));
     return;
   }
   setSerialPort(state_.allSerialPortsInfo.front());
@@ -207,6 +210,10 @@ bool AppDelegate::acceptFrame(const QByteArray &data, const QStringList &decimal
       integerValueOf(decimal[1]) != data.size()) {
     return false;
   }
+  if (takesExactRepliesOnly_ && replyLengthAt(data) != data.size()) {
+    desktop_.log.write(QStringLiteral("Not a reply, ignored: ") + listText(decimal));
+    return true;
+  }
   QString trace = QStringLiteral("RX:");
   for (const QString &byte : decimal + hexadecimal) trace += u' ' + byte;
   state_.ObjectDictionaryArray.element(u"RXcmd").setText(trace);
@@ -252,8 +259,7 @@ void AppDelegate::serialPortWasRemovedFromSystem(const Port &) {
 
 void AppDelegate::didEncounterError(const Port &port, const PosixError &error) {
   lastSerialError_ = error;
-  desktop_.log.write(QStringLiteral("Serial port %1 encountered an error: %2")
-                         .arg(port->description(), error.description()));
+  desktop_.log.warn(error.logLine(port->description()));
 }
 
 // ------------------------------------------------------------------------------------ ports that come and go

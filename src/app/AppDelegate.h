@@ -10,6 +10,8 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringList>
+#include <QStringView>
 
 #include <chrono>
 #include <memory>
@@ -98,6 +100,11 @@ class AppDelegate final : public SerialPortDelegate,
   /// thousand bytes of it.
   const QByteArray &received() const { return received_; }
 
+  /// From now on a reply of another length than its command has, or one that no command has, is ignored: for
+  /// a link that nobody sees, where a wrong value must not come out. The screen shows what the decoder makes
+  /// of it.
+  void takeExactRepliesOnly() { takesExactRepliesOnly_ = true; }
+
   void SendCMDtoMCU() override;
   /// The value key of registers 1 to 14, "CalibrationAngle" for 15, else nothing.
   QString cmdlabel(int registerNumber) const;
@@ -142,6 +149,7 @@ class AppDelegate final : public SerialPortDelegate,
   std::shared_ptr<SerialPort> serialPort_;
   std::optional<PosixError> lastSerialError_;
   QByteArray received_;
+  bool takesExactRepliesOnly_ = false;
 };
 
 }  // namespace tavril

@@ -5,6 +5,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <cstddef>
 #include <optional>
 
 namespace tavril {
@@ -12,6 +13,7 @@ namespace tavril {
 /// What the command line asked for.
 struct CommandLine {
   bool demo = false;
+  bool connect = false;
   bool report = false;
   ReportFormat format = ReportFormat::Table;
   QStringList ports;  ///< terminals that come first in the port list, in this order
@@ -28,6 +30,9 @@ struct CommandLine {
   /// The first option that only a window of this run's own could follow, such as "--port"; empty when none
   /// is given.
   QString forOwnWindow() const;
+
+  /// Whether it is clear to which port the window connects by itself, if so many are listed.
+  bool knowsItsPort(std::size_t listedPorts) const;
 
   static CommandLine parse(const QStringList &arguments, const QString &version);
 };

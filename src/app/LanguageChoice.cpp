@@ -37,8 +37,8 @@ bool LanguageChoice::begin(const QString &wanted) {
   if (const auto remembered = preferences_.value(preference())) {
     followsSystem_ = !languages_.setLanguage(*remembered);
     if (!followsSystem_) return true;
-    log_.write(QStringLiteral("There is no string table \"%1\" any more, which was chosen before.")
-                   .arg(*remembered));
+    log_.warn(QStringLiteral("There is no string table \"%1\" any more, which was chosen before.")
+                  .arg(*remembered));
   }
   languages_.setLanguage(languages_.bestFor(systemLanguages_));
   return true;

@@ -5,12 +5,14 @@
 #include "platform/ScreenElement.h"
 #include "platform/StringTable.h"
 #include "platform/Timers.h"
+#include "protocol/Function.h"
 #include "protocol/RegisterCatalogue.h"
 #include "protocol/SharedState.h"
 #include "serial/OpenFailure.h"
 #include "serial/SerialPort.h"
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 namespace tavril {
@@ -79,23 +81,36 @@ void ReadOut::update() {
   if (read > readSoFar_ || detected != detected_) secondsLeft_ = countdownSeconds;
   readSoFar_ = read;
   detected_ = detected;
-  if (read == registerCount) finish(QString());
+  if (read < registerCount) return;
+  if (detected) {
+    finish(QString());
+  } else if (!std::exchange(hasAskedAgain_, true)) {
+    // Its answer was lost on the line, and what came in its place began the reading.
+    state_.FunctionCMD->Init_Servo();
+  }
 }
 
 void ReadOut::countDown() {
   if (--secondsLeft_ > 0) return;
-  if (!detected_) {
+  if (!detected_ && readSoFar_ > 0) {
+    finish(
+        QStringLiteral(
+            "%1 answered, but did not tell whether exactly one servo is there: check the servo's cable and "
+            "power, then retry.")
+            .arg(port_->name()));
+  } else if (!detected_) {
     finish(QStringLiteral(
                "no answer from %1 within %2 s: check that it is the servo's adapter, that the bridge has "
-               "power and that its cable is in.")
+               "power and that its cable is plugged in.")
                .arg(port_->name())
                .arg(countdownSeconds));
   } else {
-    finish(QStringLiteral(
-               "%1 fell silent after %2 of %3 registers: check the servo's cable and power, then retry.")
-               .arg(port_->name())
-               .arg(readSoFar_)
-               .arg(registerCount));
+    finish(
+        QStringLiteral(
+            "%1 stopped answering after %2 of %3 registers: check the servo's cable and power, then retry.")
+            .arg(port_->name())
+            .arg(readSoFar_)
+            .arg(registerCount));
   }
 }
 

@@ -13,8 +13,9 @@ class Timer;
 struct Desktop;
 struct SharedState;
 
-/// Connects to the first listed port, as a user would, and watches until all twenty registers are shown or
-/// that has failed. Looks only at what the user could see. Main thread only; owns nothing it is given.
+/// Connects to the first listed port, as a user would, and watches until exactly one servo has answered and
+/// all twenty registers are shown, or that has failed. Looks only at what the user could see. Main thread
+/// only; owns nothing it is given.
 class ReadOut {
  public:
   /// Empty when all registers were read, else one line that says what was wrong and what to do.
@@ -50,6 +51,7 @@ class ReadOut {
   int secondsLeft_ = countdownSeconds;
   int readSoFar_ = 0;
   bool detected_ = false;
+  bool hasAskedAgain_ = false;
 };
 
 }  // namespace tavril

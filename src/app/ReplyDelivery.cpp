@@ -2,6 +2,9 @@
 
 #include "protocol/Frames.h"
 
+#include <QByteArray>
+
+#include <chrono>
 #include <cstdint>
 
 namespace tavril {
@@ -11,9 +14,6 @@ namespace {
 /// More than the 16 ms for which an adapter may hold the rest, and less than anybody notices.
 constexpr std::chrono::milliseconds longestWait{20};
 
-/// Marks, and the length between them.
-constexpr qsizetype shortestFrame = 3;
-
 std::uint8_t byteAt(const QByteArray &bytes, qsizetype place) {
   return static_cast<std::uint8_t>(bytes[place]);
 }
@@ -22,7 +22,8 @@ DeliveryRule::Verdict judge(const QByteArray &bytes) {
   if (byteAt(bytes, FrameByte::start) != startMark) return DeliveryRule::Verdict::asItIs();
   if (bytes.size() <= qsizetype(FrameByte::length)) return DeliveryRule::Verdict::moreToCome();
   const qsizetype length = byteAt(bytes, FrameByte::length);
-  if (length < shortestFrame) return DeliveryRule::Verdict::asItIs();
+  const bool isLengthOfAReply = length >= qsizetype(shortestReply) && length <= qsizetype(longestReply);
+  if (!isLengthOfAReply) return DeliveryRule::Verdict::asItIs();
   if (bytes.size() < length) return DeliveryRule::Verdict::moreToCome();
   if (byteAt(bytes, length - 1) != endMark) return DeliveryRule::Verdict::asItIs();
   return DeliveryRule::Verdict::whole(length);

@@ -1,11 +1,14 @@
 #include "app/Report.h"
 
+#include "app/AppDelegate.h"
 #include "protocol/RegisterCatalogue.h"
 #include "protocol/SharedState.h"
 #include "serial/SerialPort.h"
 
+#include <QByteArray>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QStringList>
 
 #include <algorithm>
 #include <array>
@@ -42,6 +45,7 @@ Report::Report(SharedState &state, AppDelegate &application, const Desktop &desk
   for (const RegisterRow &row : registerCatalogue()) elements_[row.valueKey.toString()];
   for (const char16_t *key : otherElements) elements_[QString::fromUtf16(key)];
   for (auto &[key, element] : elements_) state_.ObjectDictionaryArray.set(key, element);
+  application.takeExactRepliesOnly();
 }
 
 Report::~Report() {

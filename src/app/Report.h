@@ -13,7 +13,7 @@ namespace tavril {
 enum class ReportFormat { Table, Json };
 
 /// The read-out without a window: registers plain values as the screen, reads all twenty registers and tells
-/// the outcome once. Main thread only; owns nothing it is given.
+/// the outcome once. Takes replies of exact length only. Main thread only; owns nothing it is given.
 class Report {
  public:
   struct Outcome {

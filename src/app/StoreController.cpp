@@ -11,6 +11,9 @@
 
 #include <QFileInfo>
 #include <QStandardPaths>
+#include <QStringView>
+
+#include <utility>
 
 namespace tavril {
 
@@ -48,7 +51,7 @@ bool StoreController::loadModel(Error &error) {
 const ManagedObjectModel *StoreController::managedObjectModel() {
   Error error;
   if (!loadModel(error)) {
-    desktop_.log.write(error.localizedDescription + u' ' + error.localizedFailureReason);
+    desktop_.log.warn(error.localizedDescription + u' ' + error.localizedFailureReason);
     return nullptr;
   }
   return &*model_;
@@ -126,8 +129,8 @@ TerminateReply StoreController::applicationShouldTerminate() {
 
 void StoreController::logUnableToCommit(const char16_t *method, const char16_t *purpose) {
   // Named after the class by which the rest of the program knows these methods.
-  desktop_.log.write(QStringLiteral("AppDelegate:%1 unable to commit editing %2")
-                         .arg(QString::fromUtf16(method), QString::fromUtf16(purpose)));
+  desktop_.log.warn(QStringLiteral("AppDelegate:%1 unable to commit editing %2")
+                        .arg(QString::fromUtf16(method), QString::fromUtf16(purpose)));
 }
 
 }  // namespace tavril

@@ -17,9 +17,11 @@
 #include "platform/Desktop.h"
 #include "platform/LoggingAlert.h"
 #include "platform/NotificationCenter.h"
+#include "platform/linux/AnyThreadPause.h"
 #include "platform/linux/AtExit.h"
 #include "platform/linux/DesktopNotifications.h"
 #include "platform/linux/DocumentFolder.h"
+#include "platform/linux/EndOfProcess.h"
 #include "platform/linux/PaintWidgets.h"
 #include "platform/linux/PaintingWait.h"
 #include "platform/linux/PosixDeviceNodes.h"
@@ -27,6 +29,7 @@
 #include "platform/linux/PosixTerminalCalls.h"
 #include "platform/linux/PosixUserFiles.h"
 #include "platform/linux/ProcProcesses.h"
+#include "platform/linux/ProgramLog.h"
 #include "platform/linux/QtFilePanels.h"
 #include "platform/linux/QtMainQueue.h"
 #include "platform/linux/QtModalAlert.h"
@@ -34,7 +37,6 @@
 #include "platform/linux/SettingsFile.h"
 #include "platform/linux/SingleInstance.h"
 #include "platform/linux/StandardStreams.h"
-#include "platform/linux/StreamLog.h"
 #include "platform/linux/StringTables.h"
 #include "platform/linux/ThreadBackground.h"
 #include "platform/linux/UdevDeviceRegistry.h"
@@ -49,16 +51,25 @@
 #include "tools/StringsConverter.h"
 
 #include <QApplication>
+#include <QCoreApplication>
 #include <QDesktopServices>
+#include <QGuiApplication>
 #include <QIcon>
 #include <QLocale>
 #include <QScreen>
+#include <QSize>
+#include <QString>
+#include <QStringList>
 #include <QUrl>
+#include <QWidget>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 #include <optional>
+#include <utility>
 
 namespace {
 
@@ -112,7 +123,7 @@ struct House {
         application(AppDelegate::make(state, desktop, serial, store, startUpWait)) {}
 
   const std::chrono::milliseconds startUpWait;
-  StreamLog log;
+  ProgramLog log{"tavril"};
   QtMainQueue mainQueue;
   QtTimers timers{mainQueue};
   PaintingWait blockingWait{paintPendingWidgets};
@@ -128,7 +139,7 @@ struct House {
   AlertErrorPresenter errors{*alert};
   StoreController store{files, desktop, errors};
 
-  PosixTerminalCalls terminal{log};
+  PosixTerminalCalls terminal{log, anyThreadPause(mainQueue, blockingWait)};
   UdevDeviceRegistry devices;
   UdevUsbBus bus;
   PosixDeviceNodes nodes;
@@ -208,8 +219,14 @@ void bringToFront(QWidget &window, const QString &token) {
   }
 }
 
+/// As if the port dialog had been opened and confirmed.
+void confirmPort(House &house, EditorWindow &window, LinkOpener &link) {
+  Config dialog(house.state, link, house.desktop, house.serial, house.nodes, house.processes, &window);
+  dialog.done();
+}
+
 /// The editor, or with a file name a picture of it once everything has been read.
-int edit(House &house, const QString &snapshot, SingleInstance *instance) {
+int edit(House &house, const CommandLine &line, SingleInstance *instance, EndOfProcess &endOfProcess) {
   Style::setLanguage(house.language.language());
   EditorWindow::Actions actions;
   actions.language = &house.language;
@@ -221,9 +238,12 @@ int edit(House &house, const QString &snapshot, SingleInstance *instance) {
                        house.background,
                        [&house] { return DoctorWindow::requestFor(*house.application, house.startUpWait); });
   };
+  const auto end = [&](int status) {
+    endOfProcess.begin(status, [lines = house.terminal.takenLines()] { lines->putBack(); });
+    QCoreApplication::exit(status);
+  };
   actions.quit = [&] {
-    if (house.application->applicationShouldTerminate() == TerminateReply::TerminateNow)
-      QCoreApplication::exit(0);
+    if (house.application->applicationShouldTerminate() == TerminateReply::TerminateNow) end(0);
   };
   actions.about = [&] {
     AboutWindow::open(
@@ -242,7 +262,16 @@ int edit(House &house, const QString &snapshot, SingleInstance *instance) {
   actions.openConverter = [&] { converter.showConverter(shown); };
   actions.openTables = [&] { converter.showTables(shown); };
   actions.userGuide = [&] { openGuide(house, *shown); };
-  actions.endProcess = [](int status) { QCoreApplication::exit(status); };
+  actions.endProcess = end;
+  if (instance && (line.demo || line.connect)) {
+    actions.seen = [&] {
+      if (line.knowsItsPort(house.state.allSerialPortsInfo.size())) {
+        confirmPort(house, *shown, *link);
+      } else {
+        openPortSetting(house, *shown, *link);
+      }
+    };
+  }
   EditorWindow window(house.state, *house.application, house.desktop, std::move(actions));
   shown = &window;
   link.emplace(window, *house.application);
@@ -263,16 +292,17 @@ int edit(House &house, const QString &snapshot, SingleInstance *instance) {
   window.show();
   ReadOut readOut(house.state, *house.application, house.desktop, [&](const QString &problem) {
     // A moment later, so that the window shows what has been read.
-    house.desktop.timers.oneShot(std::chrono::milliseconds(200), [&window, snapshot, problem] {
-      int status = problem.isEmpty() ? 0 : complain(problem);
-      if (problem.isEmpty() && !window.grab().save(snapshot)) {
-        status = complain(
-            QStringLiteral("the picture could not be written to %1: name a file in a folder that you "
-                           "may write to, ending in .png.")
-                .arg(snapshot));
-      }
-      QCoreApplication::exit(status);
-    });
+    house.desktop.timers.oneShot(
+        std::chrono::milliseconds(200), [&window, snapshot = line.snapshot, problem] {
+          int status = problem.isEmpty() ? 0 : complain(problem);
+          if (problem.isEmpty() && !window.grab().save(snapshot)) {
+            status = complain(
+                QStringLiteral("the picture could not be written to %1: name a .png file in a folder that "
+                               "you may write to.")
+                    .arg(snapshot));
+          }
+          QCoreApplication::exit(status);
+        });
   });
   house.mainQueue.async([&readOut] { readOut.start(); });
   return QCoreApplication::exec();
@@ -280,6 +310,7 @@ int edit(House &house, const QString &snapshot, SingleInstance *instance) {
 
 /// `instance`: null where there is no window that somebody sees.
 int run(const CommandLine &line, SingleInstance *instance = nullptr) {
+  EndOfProcess endOfProcess;  // first of all, so that it goes last
   const bool interactive = !line.report && line.snapshot.isEmpty();
   House house(line.demo ? std::chrono::milliseconds(0) : AppDelegate::bridgeStartUp, interactive);
   buildHelpTables(house.state, house.log);
@@ -304,7 +335,7 @@ int run(const CommandLine &line, SingleInstance *instance = nullptr) {
       return complain(*problem + QStringLiteral(". Name a serial terminal, such as /dev/ttyUSB0."));
     }
   }
-  if (!line.report) return edit(house, line.snapshot, instance);
+  if (!line.report) return edit(house, line, instance, endOfProcess);
   house.application->applicationDidFinishLaunching();
   return report(house, line.format);
 }
@@ -317,13 +348,15 @@ int openEditor(const CommandLine &line) {
   if (!instance.raiseOther(token)) {
     // It may have ended in this very moment.
     if (instance.claim()) return run(line, &instance);
-    return complain(QStringLiteral("Tavril is running already, but does not answer: wait, or end it."));
+    return complain(
+        QStringLiteral("Tavril is already running but does not answer: wait, or end that program."));
   }
   const QString lost = line.forOwnWindow();
   if (lost.isEmpty()) return 0;
   return complain(
-      QStringLiteral("Tavril is running already, and its window has been brought to the front; %1 "
-                     "had no effect. Close that window first, or choose there.")
+      QStringLiteral(
+          "Tavril is already running. Its window is in front now, and %1 had no effect: close that "
+          "window first, or choose in it.")
           .arg(lost));
 }
 

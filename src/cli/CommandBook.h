@@ -1,5 +1,7 @@
 #pragma once
 
+#include "cli/Options.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -20,6 +22,7 @@ struct OptionEntry {
 
 struct CommandEntry {
   QString name;
+  Verb which = Verb::Ports;
   QString description;
   std::vector<OptionEntry> options;  ///< and operands
 };
@@ -36,7 +39,8 @@ struct CommandBook {
   QString version;
   QString description;
   std::vector<Example> examples;
-  QString exitStatus;  ///< a title, and a line for each
+  QString exitStatus;   ///< a title, and a line for each
+  QString environment;  ///< likewise
   std::vector<OptionEntry> commonOptions;
   std::vector<CommandEntry> commands;
 };

@@ -6,7 +6,9 @@
 #include <QString>
 #include <QStringList>
 
+#include <chrono>
 #include <optional>
+#include <span>
 
 namespace tavril::cli {
 
@@ -19,9 +21,13 @@ struct CommandLine {
 
   Options options;
   std::optional<Answer> answer;
+  /// The common options that were given, as "--port".
+  QStringList common;
 
-  /// `arguments` without the program's name.
-  static CommandLine parse(const QStringList &arguments, const QString &version);
+  /// `arguments` without the program's name. `defaults`: the values with which the virtual servo starts, for
+  /// the list of registers.
+  static CommandLine parse(const QStringList &arguments, const QString &version,
+                           std::span<const int> defaults = {});
   static CommandBook book(const QString &version);
 };
 

@@ -3,20 +3,27 @@
 #include "cli/CommandBook.h"
 #include "protocol/RegisterCatalogue.h"
 
+#include <QChar>
+#include <QRegularExpression>
 #include <QStringList>
+
+#include <algorithm>
+#include <array>
+#include <vector>
 
 namespace tavril::cli {
 
 namespace {
 
 /// What can stand where a value is expected, found by how the definitions call it.
-enum class ValueKind { Text, File, Port, Register, Assignment };
+enum class ValueKind { Text, File, Port, Register, Setting, Assignment };
 
 ValueKind kindOf(const QString &value) {
   if (value == u"FILE") return ValueKind::File;
   if (value == u"NAME|PATH") return ValueKind::Port;
   if (value == u"REGISTER") return ValueKind::Register;
-  if (value == u"REGISTER=VALUE") return ValueKind::Assignment;
+  if (value == u"SETTING") return ValueKind::Setting;
+  if (value == u"ASSIGNMENT") return ValueKind::Assignment;
   return ValueKind::Text;
 }
 
@@ -26,9 +33,9 @@ QString registerNames() {
   return names.join(u' ');
 }
 
-QString settingNames(const QString &suffix) {
+QString settingNames() {
   QStringList names;
-  for (const RegisterRow &row : settingRegisters()) names.append(row.nameKey.toString() + suffix);
+  for (const RegisterRow &row : settingRegisters()) names.append(row.nameKey.toString());
   return names.join(u' ');
 }
 
@@ -58,14 +65,14 @@ QString bashValue(const QString &value) {
       return QStringLiteral("compopt -o filenames; mapfile -t COMPREPLY < <(compgen -f -- \"$cur\")");
     case ValueKind::Port:
       return QStringLiteral(
-          "mapfile -t COMPREPLY < <(compgen -G \"$cur*\"; compgen -W \"$(compgen -G '/dev/ttyUSB*') "
-          "$(compgen -G '/dev/ttyACM*')\" -- \"$cur\")");
+          "mapfile -t COMPREPLY < <(compgen -f -- \"$cur\"; "
+          "compgen -W \"$(\"${COMP_WORDS[0]}\" ports --names 2>/dev/null)\" -- \"$cur\")");
     case ValueKind::Register:
-      return QStringLiteral("mapfile -t COMPREPLY < <(compgen -W %1 -- \"$cur\")")
-          .arg(quoted(registerNames()));
+      return QStringLiteral("_tavrilctl_left '' %1").arg(registerNames());
+    case ValueKind::Setting:
+      return QStringLiteral("_tavrilctl_left '' %1").arg(settingNames());
     case ValueKind::Assignment:
-      return QStringLiteral("compopt -o nospace; mapfile -t COMPREPLY < <(compgen -W %1 -- \"$cur\")")
-          .arg(quoted(settingNames(QStringLiteral("="))));
+      return QStringLiteral("compopt -o nospace; _tavrilctl_left = %1").arg(settingNames());
     case ValueKind::Text:
       break;
   }
@@ -95,11 +102,13 @@ QString zshAction(const QString &value) {
     case ValueKind::File:
       return QStringLiteral("_files");
     case ValueKind::Port:
-      return QStringLiteral("_files -W / -g \"dev/tty*\"");
+      return QStringLiteral(" _tavrilctl_ports");
     case ValueKind::Register:
-      return u'(' + registerNames() + u')';
+      return QStringLiteral(" _tavrilctl_left \"\" ") + registerNames();
+    case ValueKind::Setting:
+      return QStringLiteral(" _tavrilctl_left \"\" ") + settingNames();
     case ValueKind::Assignment:
-      return QStringLiteral("(( ") + settingNames(QStringLiteral("=")) + QStringLiteral(" ))");
+      return QStringLiteral(" _tavrilctl_left = ") + settingNames();
     case ValueKind::Text:
       break;
   }
@@ -136,7 +145,10 @@ QString fishOption(const OptionEntry &option) {
       text += QStringLiteral(" -r -F");
       break;
     case ValueKind::Port:
-      text += QStringLiteral(" -r -F -a \"(ls -d /dev/ttyUSB* /dev/ttyACM* 2>/dev/null)\"");
+      text += QStringLiteral(" -r -F -a \"(tavrilctl ports --names 2>/dev/null)\"");
+      break;
+    case ValueKind::Setting:
+      text += QStringLiteral(" -x -a ") + quoted(settingNames());
       break;
     default:
       if (!option.value.isEmpty()) text += QStringLiteral(" -x");
@@ -149,9 +161,11 @@ QString fishOperand(const QString &value) {
     case ValueKind::File:
       return QStringLiteral(" -F");
     case ValueKind::Register:
-      return QStringLiteral(" -f -a ") + quoted(registerNames());
+      return QStringLiteral(" -f -a ") +
+             quoted(QStringLiteral("(__tavrilctl_left '' %1)").arg(registerNames()));
     case ValueKind::Assignment:
-      return QStringLiteral(" -f -a ") + quoted(settingNames(QStringLiteral("=")));
+      return QStringLiteral(" -f -a ") +
+             quoted(QStringLiteral("(__tavrilctl_left = %1)").arg(settingNames()));
     default:
       return QStringLiteral(" -f");
   }
@@ -162,19 +176,30 @@ QString fishOperand(const QString &value) {
 QString bashCompletion(const CommandBook &book) {
   QStringList commands;
   for (const CommandEntry &command : book.commands) commands.append(command.name);
-  QString text = QStringLiteral(
-                     "# Completion of %1 for bash; made by \"%1 --generate bash\".\n"
-                     "_%1() {\n"
-                     "  local cur=${COMP_WORDS[COMP_CWORD]} prev=${COMP_WORDS[COMP_CWORD-1]} command= word\n"
-                     "  local common=%2\n"
-                     "  COMPREPLY=()\n"
-                     "  for word in \"${COMP_WORDS[@]:1:COMP_CWORD-1}\"; do\n"
-                     "    case $word in\n"
-                     "      %3) command=$word; break ;;\n"
-                     "    esac\n"
-                     "  done\n"
-                     "  case $prev in\n")
-                     .arg(book.program, quoted(namesOf(book.commonOptions)), commands.join(u'|'));
+  QString text =
+      QStringLiteral(
+          "# Completion of %1 for bash; made by \"%1 --generate bash\".\n"
+          "# Offers those of the names that are not on the line yet: _tavrilctl_left SUFFIX NAME...\n"
+          "_tavrilctl_left() {\n"
+          "  local suffix=$1 name left=() used=\" ${COMP_WORDS[*]:1:COMP_CWORD-1} \"\n"
+          "  shift\n"
+          "  [[ $cur == = || $prev == = ]] && return\n"
+          "  for name; do\n"
+          "    [[ $used == *[[:space:]]\"$name\"[[:space:]=]* ]] || left+=(\"$name$suffix\")\n"
+          "  done\n"
+          "  mapfile -t COMPREPLY < <(compgen -W \"${left[*]}\" -- \"$cur\")\n"
+          "}\n"
+          "_%1() {\n"
+          "  local cur=${COMP_WORDS[COMP_CWORD]} prev=${COMP_WORDS[COMP_CWORD-1]} command= word\n"
+          "  local common=%2\n"
+          "  COMPREPLY=()\n"
+          "  for word in \"${COMP_WORDS[@]:1:COMP_CWORD-1}\"; do\n"
+          "    case $word in\n"
+          "      %3) command=$word; break ;;\n"
+          "    esac\n"
+          "  done\n"
+          "  case $prev in\n")
+          .arg(book.program, quoted(namesOf(book.commonOptions)), commands.join(u'|'));
   text += bashOptionValues(book.commonOptions, QStringLiteral("    "));
   text += QStringLiteral("  esac\n  case $command in\n");
   for (const CommandEntry &command : book.commands) {
@@ -201,15 +226,28 @@ QString bashCompletion(const CommandBook &book) {
 }
 
 QString zshCompletion(const CommandBook &book) {
-  QString text = QStringLiteral(
-                     "#compdef %1\n"
-                     "# Completion of %1 for zsh; made by \"%1 --generate zsh\".\n"
-                     "_%1() {\n"
-                     "  local context state state_descr line\n"
-                     "  typeset -A opt_args\n"
-                     "  local -a commands common\n"
-                     "  commands=(\n")
-                     .arg(book.program);
+  QString text =
+      QStringLiteral(
+          "#compdef %1\n"
+          "# Completion of %1 for zsh; made by \"%1 --generate zsh\".\n"
+          "# Offers those of the names that are not on the line yet: _tavrilctl_left SUFFIX NAME...\n"
+          "_tavrilctl_left() {\n"
+          "  local suffix=$1\n"
+          "  shift\n"
+          "  local -a used=(${words[1,CURRENT-1]%%=*}) names=($@)\n"
+          "  local -a left=(${names:|used})\n"
+          "  compadd -S \"$suffix\" -- $left\n"
+          "}\n"
+          "_tavrilctl_ports() {\n"
+          "  compadd -- ${(f)\"$(%1 ports --names 2>/dev/null)\"}\n"
+          "  _files -W / -g \"dev/tty*\"\n"
+          "}\n"
+          "_%1() {\n"
+          "  local context state state_descr line\n"
+          "  typeset -A opt_args\n"
+          "  local -a commands common\n"
+          "  commands=(\n")
+          .arg(book.program);
   for (const CommandEntry &command : book.commands) {
     text += QStringLiteral("    %1\n").arg(quoted(command.name + u':' + zshText(command.description)));
   }
@@ -242,7 +280,16 @@ QString zshCompletion(const CommandBook &book) {
 
 QString fishCompletion(const CommandBook &book) {
   QString text =
-      QStringLiteral("# Completion of %1 for fish; made by \"%1 --generate fish\".\n").arg(book.program);
+      QStringLiteral(
+          "# Completion of %1 for fish; made by \"%1 --generate fish\".\n"
+          "# Offers those of the names that are not on the line yet: __tavrilctl_left SUFFIX NAME...\n"
+          "function __tavrilctl_left\n"
+          "  set -l used (commandline -opc | string replace -r '=.*' '')\n"
+          "  for name in $argv[2..-1]\n"
+          "    contains -- $name $used; or echo $name$argv[1]\n"
+          "  end\n"
+          "end\n")
+          .arg(book.program);
   const QString complete = QStringLiteral("complete -c %1").arg(book.program);
   text += complete + QStringLiteral(" -f\n");
   for (const OptionEntry &option : book.commonOptions) text += complete + fishOption(option) + u'\n';
@@ -257,6 +304,43 @@ QString fishCompletion(const CommandBook &book) {
     }
   }
   return text;
+}
+
+Candidates candidatesFor(const CommandBook &book, const QStringList &before, const QString &beginning) {
+  Candidates candidates;
+  QStringList all;
+  if (before.isEmpty()) {
+    for (const CommandEntry &command : book.commands) {
+      if (isForSessions(command.which)) all.append(command.name);
+    }
+    all += {QStringLiteral("exit"), QStringLiteral("help")};
+  } else {
+    const auto command = std::ranges::find(book.commands, before.front(), &CommandEntry::name);
+    if (command == book.commands.end()) return candidates;
+    const auto option = std::ranges::find_if(command->options, [&](const OptionEntry &entry) {
+      return !entry.value.isEmpty() && entry.names.contains(before.back());
+    });
+    const OptionEntry *operand = operandOf(*command);
+    if (option != command->options.end()) operand = &*option;
+    if (beginning.startsWith(u'-')) {
+      all = namesOf(command->options).split(u' ');
+    } else if (operand) {
+      const ValueKind kind = kindOf(operand->value);
+      candidates.files = kind == ValueKind::File;
+      candidates.isOpen = kind == ValueKind::Assignment;
+      if (kind == ValueKind::Register) all = registerNames().split(u' ');
+      if (kind == ValueKind::Setting || kind == ValueKind::Assignment) all = settingNames().split(u' ');
+      QStringList used;
+      for (const QString &word : before) used.append(word.section(u'=', 0, 0));
+      all.removeIf([&](const QString &name) { return used.contains(name); });
+      if (candidates.isOpen)
+        all.replaceInStrings(QRegularExpression(QStringLiteral("$")), QStringLiteral("="));
+    }
+  }
+  for (const QString &word : all) {
+    if (word.startsWith(beginning)) candidates.words.append(word);
+  }
+  return candidates;
 }
 
 }  // namespace tavril::cli

@@ -14,6 +14,8 @@ class Console {
   /// A line for the user, without its end, for the standard error output. Cannot fail: there is nobody to
   /// tell.
   virtual void status(const QString &line) = 0;
+  /// The same for a line that a user who wants to hear of problems only can do without.
+  virtual void note(const QString &line) = 0;
   /// Puts a line in the place of the one shown before, or with an empty one takes it away. Only for a
   /// terminal.
   virtual void transient(const QString &line) = 0;

@@ -1,12 +1,12 @@
 #include "cli/Conversation.h"
 
-#include "cli/Failure.h"
 #include "cli/FrameWords.h"
 #include "cli/Replies.h"
 #include "protocol/RegisterCatalogue.h"
 
 #include <algorithm>
 #include <optional>
+#include <utility>
 
 namespace tavril::cli {
 
@@ -28,6 +28,10 @@ bool isWorthRepeating(int error) {
 
 }  // namespace
 
+ExitCode exitCodeOf(int error) {
+  return error == LostServo ? ExitCode::NoServo : error == OutOfRange ? ExitCode::BadValue : ExitCode::Failed;
+}
+
 Conversation::Conversation(Line &line, Patience patience, Trace trace)
     : line_(line), patience_(patience), trace_(std::move(trace)) {}
 
@@ -45,8 +49,8 @@ QByteArray Conversation::askSteady(const Command &command) {
   }
   throw NoAnswer{
       ExitCode::Failed,
-      QStringLiteral("%1: \"%2\" was answered differently each of %3 times; the line is too noisy to "
-                     "be trusted. Check the cable and its plugs.")
+      QStringLiteral("%1 answered \"%2\" differently each of %3 times. The line is too noisy: check "
+                     "the cable and its plugs.")
           .arg(line_.name(), commandInWords(command))
           .arg(mostReadings)};
 }
@@ -61,22 +65,58 @@ Conversation::Answer Conversation::exchange(const Command &command) {
   return attempt(command, false);
 }
 
+Heard Conversation::send(const Command &command, Line::Time timeout) {
+  if (trace_) trace_(QStringLiteral("-> %1  %2").arg(inHex(command.frame()), commandInWords(command)));
+  Heard heard = line_.request(command.transmission(), timeout, [command](const QByteArray &received) {
+    return scanForReply(command, received).found();
+  });
+  if (heard.kind == Heard::Kind::TimedOut && trace_) {
+    if (!heard.bytes.isEmpty()) trace_(QStringLiteral("<- %1  not a valid reply").arg(inHex(heard.bytes)));
+    trace_(QStringLiteral("   no reply within %1 ms").arg(timeout.count()));
+  }
+  return heard;
+}
+
+std::optional<Conversation::Answer> Conversation::tryOnce(const Command &command, Line::Time longest) {
+  const Heard heard = send(command, std::min(patience_.timeout, longest));
+  const ReplyScan scan = scanForReply(command, heard.bytes);
+  if (heard.kind == Heard::Kind::TimedOut || scan.isErrorReport) {
+    tried_.push_back(command);
+    return std::nullopt;
+  }
+  traceReplies(scan);
+  // The answer may be to an earlier try, and those to the later ones on their way.
+  unanswered_.insert(unanswered_.end(), tried_.begin(), tried_.end());
+  tried_.clear();
+  return Answer{scan.reply, !scan.noise.isEmpty()};
+}
+
+void Conversation::tell(const Command &command) {
+  // Otherwise whose error it is could not be told.
+  if (!unanswered_.empty()) settle(command);
+  const Heard heard = send(command, longestAnswerToTold);
+  if (heard.kind == Heard::Kind::TimedOut) {
+    unanswered_.push_back(command);
+    return;
+  }
+  const ReplyScan scan = scanForReply(command, heard.bytes);
+  traceReplies(scan);
+  if (scan.isErrorReport) refused(command, errorOf(scan.reply));
+}
+
 /// Sends the command until it is answered, as often as patience has it.
 Conversation::Answer Conversation::attempt(const Command &command, bool mayFail) {
   std::optional<int> lastError;
+  QByteArray stray;
+  unanswered_.insert(unanswered_.end(), tried_.begin(), tried_.end());
+  tried_.clear();
   for (int tries = 0; tries <= patience_.retries; ++tries) {
-    if (trace_) trace_(QStringLiteral("-> %1  %2").arg(inHex(command.frame()), commandInWords(command)));
     unanswered_.push_back(command);
-    const bool alone = std::ranges::all_of(
-        unanswered_, [&](const Command &sent) { return sent.sharesRepliesWith(command); });
-    const Heard heard = line_.request(
-        command.transmission(), patience_.timeout,
-        [command](const QByteArray &received) { return scanForReply(command, received).found(); });
-    if (heard.kind == Heard::Kind::TimedOut) {
-      if (trace_) trace_(QStringLiteral("   no reply within %1 ms").arg(patience_.timeout.count()));
-      continue;
-    }
+    const bool alone = isAloneUnanswered(command);
+    const Heard heard = send(command, patience_.timeout);
     const ReplyScan scan = scanForReply(command, heard.bytes);
+    stray += scan.noise;
+    if (heard.kind == Heard::Kind::TimedOut) continue;
     traceReplies(scan);
     for (const QByteArray &reply : scan.foreign) crossOut(reply);
     if (!scan.isErrorReport) {
@@ -91,16 +131,35 @@ Conversation::Answer Conversation::attempt(const Command &command, bool mayFail)
     lastError = errorOf(scan.reply);
   }
   if (lastError) refused(command, *lastError);
-  throw NoAnswer{
-      ExitCode::Failed,
-      QStringLiteral(
-          "no answer from %1 to \"%2\" within %3 ms, sent %4: check that it is the servo's adapter, "
-          "that the bridge has power and that its cable is in, or allow more with --timeout, "
-          "--retries and --boot-wait.")
-          .arg(line_.name(), commandInWords(command))
+  giveUp(command, stray);
+}
+
+void Conversation::giveUp(const Command &command, const QByteArray &stray) const {
+  const QString asked =
+      QStringLiteral("to \"%1\" within %2 ms, sent %3")
+          .arg(commandInWords(command))
           .arg(patience_.timeout.count())
           .arg(patience_.retries == 0 ? QStringLiteral("once")
-                                      : QStringLiteral("%1 times").arg(patience_.retries + 1))};
+                                      : QStringLiteral("%1 times").arg(patience_.retries + 1));
+  if (stray.isEmpty()) {
+    throw NoAnswer{
+        ExitCode::Failed,
+        QStringLiteral("no answer from %1 %2. Check that it is the servo's adapter, that the bridge "
+                       "has power and that the cables are plugged in. If the bridge is slow, "
+                       "increase --timeout, --retries or --boot-wait. \"tavrilctl doctor\" looks "
+                       "for the cause.")
+            .arg(line_.name(), asked)};
+  }
+  throw NoAnswer{
+      ExitCode::Failed,
+      QStringLiteral("no answer from %1 %2. %3 came, none a valid reply. --verbose shows what came, and "
+                     "\"tavrilctl doctor\" looks for the cause.")
+          .arg(line_.name(), asked, counted(stray.size(), "byte", "bytes"))};
+}
+
+bool Conversation::isAloneUnanswered(const Command &command) const {
+  return std::ranges::all_of(unanswered_,
+                             [&](const Command &sent) { return sent.sharesRepliesWith(command); });
 }
 
 bool Conversation::mayStillBeAnswered(const Command &command) const {
@@ -118,8 +177,8 @@ void Conversation::settle(const Command &command) {
   }
   throw NoAnswer{
       ExitCode::Failed,
-      QStringLiteral("%1 leaves so many commands without an answer that its replies cannot be told "
-                     "apart: check the cable and its plugs, or allow more with --timeout.")
+      QStringLiteral("%1 left so many commands without an answer that late replies cannot be told from "
+                     "new ones. Check the cable and its plugs, or increase --timeout.")
           .arg(line_.name())};
 }
 
@@ -141,13 +200,12 @@ void Conversation::traceReplies(const ReplyScan &scan) const {
 }
 
 void Conversation::refused(const Command &command, int error) const {
-  const ExitCode code = error == LostServo    ? ExitCode::NoServo
-                        : error == OutOfRange ? ExitCode::BadValue
-                                              : ExitCode::Failed;
   const QString advice =
       error == LostServo ? QStringLiteral(" Check the servo's cable and power, then retry.") : QString();
-  throw Failure{code, QStringLiteral("the bridge on %1 answered \"%2\" with: %3.%4")
-                          .arg(line_.name(), commandInWords(command), errorInWords(error), advice)};
+  throw Refusal{
+      {exitCodeOf(error), QStringLiteral("the bridge on %1 answered \"%2\" with: %3.%4")
+                              .arg(line_.name(), commandInWords(command), errorInWords(error), advice)},
+      error};
 }
 
 }  // namespace tavril::cli

@@ -1,16 +1,22 @@
 #pragma once
 
 #include "cli/Command.h"
+#include "cli/Failure.h"
 #include "cli/Line.h"
 
+#include <QByteArray>
 #include <QString>
 
 #include <functional>
+#include <optional>
 #include <vector>
 
 namespace tavril::cli {
 
 struct ReplyScan;
+
+/// What to exit with where the bridge has reported this error.
+ExitCode exitCodeOf(int error);
 
 /// How long to wait for a reply, and how often to send a command again that got none.
 struct Patience {
@@ -38,18 +44,28 @@ class Conversation {
   QByteArray askSteady(const Command &command);
   /// The reply to the command, which may be an error report.
   QByteArray askOnce(const Command &command);
-
- private:
   struct Answer {
     QByteArray reply;
-    bool noisy = false;
+    bool noisy = false;  ///< bytes came along that belong to no reply
   };
+  /// Sends the command one time; nothing without an answer in time, which is no more than `longest`. For a
+  /// bridge that may not have started: what comes late is told from the answers to later questions.
+  std::optional<Answer> tryOnce(const Command &command, Line::Time longest);
+  /// For commands to which nothing promises a reply: sends it one time, and is content when no error report
+  /// comes within longestAnswerToTold.
+  void tell(const Command &command);
+  static constexpr Line::Time longestAnswerToTold{100};
+
+ private:
   Answer exchange(const Command &command);
   Answer attempt(const Command &command, bool mayFail);
+  Heard send(const Command &command, Line::Time timeout);
+  [[noreturn]] void giveUp(const Command &command, const QByteArray &stray) const;
   bool mayStillBeAnswered(const Command &command) const;
   void settle(const Command &command);
   void crossOut(const QByteArray &reply);
   void traceReplies(const ReplyScan &scan) const;
+  bool isAloneUnanswered(const Command &command) const;
   [[noreturn]] void refused(const Command &command, int error) const;
 
   Line &line_;
@@ -57,6 +73,8 @@ class Conversation {
   Trace trace_;
   /// Sent and not answered, in the order of sending. Some will never be.
   std::vector<Command> unanswered_;
+  /// Sent by tryOnce() and not answered; most were lost while the bridge started.
+  std::vector<Command> tried_;
 };
 
 }  // namespace tavril::cli

@@ -3,7 +3,10 @@
 #include "cli/JsonText.h"
 #include "doctor/ResultTexts.h"
 
+#include <QStringList>
+
 #include <algorithm>
+#include <utility>
 
 namespace tavril::cli {
 

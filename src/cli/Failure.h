@@ -7,16 +7,18 @@ namespace tavril::cli {
 /// What the program exits with. A signal that ends it gives 128 and the number of the signal.
 enum class ExitCode : int {
   Done = 0,
-  Failed = 1,
+  Different = 1,  ///< the answer is no
   Usage = 2,
   NoPort = 3,   ///< none there, several to choose from, not to be opened, or gone
   NoServo = 4,  ///< none, or several
   BadValue = 5,
+  Failed = 6,  ///< in any other way
   Interrupted = 130,
+  ClosedPipe = 141,  ///< the reader of the output has gone
 };
 
 /// Thrown within this room when a command cannot go on; nothing of it leaves the room. The text says what was
-/// wrong and what to do.
+/// wrong and what to do; an empty one is not shown.
 struct Failure {
   ExitCode code = ExitCode::Failed;
   QString text;
@@ -24,5 +26,15 @@ struct Failure {
 
 /// The bridge has not answered, or not in a way that can be trusted; the next try may go better.
 struct NoAnswer : Failure {};
+
+/// The bridge has answered with an error report.
+struct Refusal : Failure {
+  int error = 0;
+};
+
+/// "1 byte", "2 bytes".
+inline QString counted(qsizetype count, const char *one, const char *several) {
+  return QStringLiteral("%1 %2").arg(count).arg(QString::fromLatin1(count == 1 ? one : several));
+}
 
 }  // namespace tavril::cli

@@ -1,5 +1,6 @@
 #include "cli/JsonPlaces.h"
 
+#include <QByteArrayView>
 #include <QJsonArray>
 #include <QJsonDocument>
 

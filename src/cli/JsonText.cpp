@@ -1,5 +1,6 @@
 #include "cli/JsonText.h"
 
+#include <QByteArray>
 #include <QJsonArray>
 #include <QJsonDocument>
 

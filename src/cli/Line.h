@@ -12,7 +12,7 @@ namespace tavril::cli {
 struct Heard {
   enum class Kind { Response, TimedOut };
   Kind kind = Kind::TimedOut;
-  QByteArray bytes;  ///< all that came since it was sent, up to the end of the response
+  QByteArray bytes;  ///< all that came since it was sent, up to the end of the response or of the time
 };
 
 /// The way to the bridge. All calls block, and throw a Failure when the port is gone or the user wants to

@@ -4,6 +4,8 @@
 #include "cli/RegisterFacts.h"
 #include "protocol/RegisterCatalogue.h"
 
+#include <QStringList>
+
 namespace tavril::cli {
 
 namespace {
@@ -50,20 +52,74 @@ QString synopsisOf(const CommandEntry &command) {
   return text;
 }
 
-QString registerTable() {
+QString defaultOf(const RegisterSummary &summary, std::span<const int> defaults) {
+  const auto index = static_cast<std::size_t>(summary.row->number) - 1;
+  return index < defaults.size() ? QString::number(defaults[index]) : QStringLiteral("-");
+}
+
+QString registerTable(std::span<const int> defaults) {
   QString text;
-  for (const RegisterRow &row : registerCatalogue()) {
-    QString facts = row.isSetting() ? settingRange(row).text() : QStringLiteral("read only");
-    if (!unitOf(row).isEmpty()) facts += QStringLiteral(", in ") + unitOf(row);
+  for (const RegisterSummary &summary : registerSummaries()) {
+    QString facts = summary.purpose + QStringLiteral("; ") + summary.range;
+    if (summary.unit != u"-") facts += QStringLiteral(", in ") + summary.unit;
+    const QString value = defaultOf(summary, defaults);
+    if (value != u"-") facts += QStringLiteral("; default of the virtual servo: ") + value;
+    for (qsizetype i = 0; i < summary.choices.size(); ++i) {
+      facts += QStringLiteral("; %1: %2").arg(QString::number(i), summary.choices[i]);
+    }
     text += QStringLiteral(".TP\n%1\n%2\n")
-                .arg(plain(QString::number(row.number)) + u' ' + bold(row.nameKey.toString()), plain(facts));
+                .arg(plain(QString::number(summary.row->number)) + u' ' + bold(summary.key), plain(facts));
   }
   return text;
 }
 
+/// What a reader of the help needs besides. %1: positions in a degree.
+constexpr const char *topics =
+    ".SH WRITING\n"
+    "Values are written in this order: limits that become wider, limits that become narrower, check periods, "
+    "gains, calibration angle, torque policy, LED policy, sid, and ack_policy last.\n"
+    ".PP\n"
+    "Values that may do harm are written only with \\fB\\-\\-force\\fR, by send only with "
+    "\\fB\\-\\-yes\\fR: ack_policy=0, a highest temperature, voltage or load of 0, and, except for send, "
+    "min_voltage above max_voltage and a limit that the present value exceeds.\n"
+    ".PP\n"
+    "A degree has %1 positions.\n"
+    ".SH SEVERAL COMMANDS\n"
+    "A file for run has one command on each line, without tavrilctl and without the common options. "
+    "# begins a comment. Quotation marks and backslashes are as in a shell.\n"
+    ".SH JSON\n"
+    "A register is an object with number, value, scaled (null without a known unit), unit and meaning.\n"
+    ".TP\nread\n{\"port\", \"registers\": {KEY: register}}\n"
+    ".TP\nwrite, set\\-id, restore\n{\"port\", \"changes\": {KEY: {\"from\": register, \"to\": register}}}\n"
+    ".TP\nwrite, set\\-id with \\-\\-dry\\-run\n[{\"sent\", \"meaning\"}]\n"
+    ".TP\ndiff\n{\"compared\": [NAME, NAME], \"differences\": {KEY: [register, register]}}\n"
+    ".TP\nposition, move \\-\\-wait, stop\n{\"port\", \"position\", \"degrees\"}\n"
+    ".TP\nmonitor\non each line {\"time\", \"position\", \"degrees\", \"registers\": {KEY: register}}\n"
+    ".TP\ndetect\n{\"port\", \"servos\"}: \"none\", \"one\" or \"several\"\n"
+    ".TP\nsend\n{\"port\", \"sent\", \"reply\", \"meaning\"}\n"
+    ".TP\nports, doctor\nan array with an object for each port or check\n"
+    ".SH FILES\n"
+    ".TP\n~/.local/state/tavril/history\n"
+    "The history of the shell; below XDG_STATE_HOME if that is set.\n";
+
 }  // namespace
 
-QString manPage(const CommandBook &book) {
+QString registerListInMarkdown(std::span<const int> defaults) {
+  QString text = QStringLiteral(
+      "| Number | Key | Meaning | Range | Unit | Virtual servo |\n|---|---|---|---|---|---|\n");
+  for (const RegisterSummary &summary : registerSummaries()) {
+    QString purpose = summary.purpose;
+    for (qsizetype i = 0; i < summary.choices.size(); ++i) {
+      purpose += QStringLiteral("; %1: %2").arg(QString::number(i), summary.choices[i]);
+    }
+    text += QStringLiteral("| %1 | `%2` | %3 | %4 | %5 | %6 |\n")
+                .arg(QString::number(summary.row->number), summary.key, purpose, summary.range, summary.unit,
+                     defaultOf(summary, defaults));
+  }
+  return text;
+}
+
+QString manPage(const CommandBook &book, std::span<const int> defaults) {
   QString text =
       QStringLiteral(
           ".\\\" Made by \"%1 --generate man\".\n"
@@ -74,7 +130,7 @@ QString manPage(const CommandBook &book) {
           .arg(book.program, book.program.toUpper(), plain(book.version), plain(book.program),
                bold(book.program), italic(QStringLiteral("OPTION")), italic(QStringLiteral("COMMAND")),
                italic(QStringLiteral("ARGUMENT")), plain(book.description));
-  text += QStringLiteral(".SH OPTIONS\nThese go with every command, before it or behind it.\n");
+  text += QStringLiteral(".SH OPTIONS\nThese options can stand before or after any command.\n");
   for (const OptionEntry &option : book.commonOptions) text += entry(option);
   text += QStringLiteral(".SH COMMANDS\n");
   for (const CommandEntry &command : book.commands) {
@@ -83,7 +139,11 @@ QString manPage(const CommandBook &book) {
       if (!option.names.contains(QStringLiteral("--help"))) text += entry(option);
     }
   }
-  text += QStringLiteral(".SH REGISTERS\n") + registerTable();
+  text += QStringLiteral(
+              ".SH REGISTERS\n"
+              "The settings of a real servo show after a reset.\n") +
+          registerTable(defaults);
+  text += QString::fromUtf8(topics).arg(QString::number(positionsPerDegree));
   text += QStringLiteral(".SH EXAMPLES\n");
   for (const Example &example : book.examples) {
     text += QStringLiteral(".TP\n%1\n%2\n").arg(bold(example.command), plain(example.purpose));
@@ -91,6 +151,9 @@ QString manPage(const CommandBook &book) {
   const QStringList lines = book.exitStatus.split(u'\n', Qt::SkipEmptyParts);
   text += QStringLiteral(".SH EXIT STATUS\n.nf\n");
   for (const QString &line : lines.mid(1)) text += plain(line.trimmed()) + u'\n';
+  text += QStringLiteral(".fi\n.SH ENVIRONMENT\n.nf\n");
+  const QStringList variables = book.environment.split(u'\n', Qt::SkipEmptyParts);
+  for (const QString &line : variables.mid(1)) text += plain(line.trimmed()) + u'\n';
   text += QStringLiteral(".fi\n.SH SEE ALSO\n%1(1), %2(1)\n")
               .arg(bold(QStringLiteral("tavril")), bold(QStringLiteral("tavril-servo")));
   return text;

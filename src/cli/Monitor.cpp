@@ -2,12 +2,16 @@
 
 #include "cli/Console.h"
 #include "cli/Failure.h"
+#include "cli/Files.h"
+#include "cli/JsonText.h"
 #include "cli/RegisterFacts.h"
 #include "cli/Servo.h"
 #include "cli/Session.h"
-#include "cli/SettingsFile.h"
 
-#include <QFile>
+#include <QByteArray>
+#include <QDateTime>
+#include <QString>
+#include <QStringList>
 
 #include <algorithm>
 #include <array>
@@ -17,7 +21,6 @@ namespace tavril::cli {
 
 namespace {
 
-constexpr int torquePolicyRegister = 4;
 constexpr int mostMissed = 3;
 
 struct Column {
@@ -29,6 +32,7 @@ constexpr std::array<Column, 5> columns{
 
 struct Sample {
   Line::Time time{0};
+  QDateTime moment;
   int position = 0;
   std::array<int, columns.size()> values{};
 };
@@ -36,6 +40,7 @@ struct Sample {
 Sample take(Session &session, Line::Time begun) {
   Sample sample;
   sample.time = session.line.now() - begun;
+  sample.moment = QDateTime::currentDateTimeUtc();
   sample.position = session.servo.position();
   for (std::size_t i = 0; i < columns.size(); ++i) {
     sample.values[i] = session.servo.read(*findRegister(columns[i].number));
@@ -59,45 +64,43 @@ QString lineOf(const Sample &sample, int torquePolicy, const StringTable &string
   return line + u'\n';
 }
 
-/// The samples as numbers, as they come: a line that stands in the file is whole.
-class CsvFile {
- public:
-  CsvFile(const QString &path, bool mayReplace) : file_(path) {
-    expectNewFile(path, mayReplace);
-    const auto mode =
-        mayReplace ? QIODevice::WriteOnly | QIODevice::Truncate : QIODevice::WriteOnly | QIODevice::NewOnly;
-    if (!file_.open(mode | QIODevice::Unbuffered)) fail();
-    QStringList titles{QStringLiteral("time_s"), QStringLiteral("position")};
-    for (const Column &column : columns) titles.append(findRegister(column.number)->nameKey.toString());
-    writeLine(titles);
+QString jsonOf(const Sample &sample, int torquePolicy, const StringTable &strings) {
+  QStringList registers;
+  for (std::size_t i = 0; i < columns.size(); ++i) {
+    const RegisterRow &row = *findRegister(columns[i].number);
+    registers.append(
+        jsonText(row.nameKey.toString()) + QStringLiteral(": ") +
+        registerJson(row, sample.values[i], meaningOf(row, sample.values[i], torquePolicy, strings)));
   }
+  return QStringLiteral("{\"time\": %1, \"position\": %2, \"degrees\": %3, \"registers\": {%4}}\n")
+      .arg(jsonText(sample.moment.toString(Qt::ISODateWithMs)), QString::number(sample.position),
+           QString::number(sample.position / positionsPerDegree, 'f', 1),
+           registers.join(QStringLiteral(", ")));
+}
 
-  void add(const Sample &sample) {
-    QStringList cells{secondsOf(sample), QString::number(sample.position)};
-    for (const int value : sample.values) cells.append(QString::number(value));
-    writeLine(cells);
-  }
+QByteArray csvTitles() {
+  QStringList titles{QStringLiteral("time_s"), QStringLiteral("position")};
+  for (const Column &column : columns) titles.append(findRegister(column.number)->nameKey.toString());
+  return (titles.join(u',') + u'\n').toUtf8();
+}
 
- private:
-  void writeLine(const QStringList &cells) {
-    const QByteArray line = (cells.join(u',') + u'\n').toUtf8();
-    if (file_.write(line) != line.size()) fail();
-  }
-  [[noreturn]] void fail() const {
-    throw Failure{
-        ExitCode::Failed,
-        QStringLiteral("%1 could not be written: %2. Name a file in a folder that you may write to.")
-            .arg(file_.fileName(), file_.errorString())};
-  }
-
-  QFile file_;
-};
+QByteArray csvLine(const Sample &sample) {
+  QStringList cells{secondsOf(sample), QString::number(sample.position)};
+  for (const int value : sample.values) cells.append(QString::number(value));
+  return (cells.join(u',') + u'\n').toUtf8();
+}
 
 }  // namespace
 
 void monitor(Session &session, const Options &options) {
-  std::unique_ptr<CsvFile> csv;
-  if (!options.csv.isEmpty()) csv = std::make_unique<CsvFile>(options.csv, options.force);
+  // The samples as numbers, as they come: a line that stands in the file is whole.
+  std::unique_ptr<GrowingFile> csv;
+  const bool csvToOutput = options.csv == u"-";
+  if (!options.csv.isEmpty() && !csvToOutput) {
+    csv = std::make_unique<GrowingFile>(options.csv, options.force);
+    csv->add(csvTitles());
+  }
+  if (csvToOutput) session.console.data(QString::fromUtf8(csvTitles()));
   const int torquePolicy = session.servo.read(*findRegister(torquePolicyRegister));
   const Line::Time begun = session.line.now();
   Line::Time due = begun;
@@ -106,8 +109,10 @@ void monitor(Session &session, const Options &options) {
   while (true) {
     try {
       const Sample sample = take(session, begun);
-      session.console.data(lineOf(sample, torquePolicy, session.strings));
-      if (csv) csv->add(sample);
+      session.console.data(csvToOutput    ? QString::fromUtf8(csvLine(sample))
+                           : options.json ? jsonOf(sample, torquePolicy, session.strings)
+                                          : lineOf(sample, torquePolicy, session.strings));
+      if (csv) csv->add(csvLine(sample));
       missed = 0;
       ++taken;
     } catch (const NoAnswer &failure) {

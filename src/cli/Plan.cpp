@@ -1,12 +1,22 @@
 #include "cli/Plan.h"
 
+#include "cli/Console.h"
+#include "cli/Failure.h"
+#include "cli/Files.h"
 #include "cli/Monitor.h"
 #include "cli/MotionCommands.h"
 #include "cli/RegisterCommands.h"
+#include "cli/RegisterFacts.h"
+#include "cli/Script.h"
 #include "cli/SendCommand.h"
 #include "cli/Servo.h"
 #include "cli/Session.h"
 #include "cli/SettingsCommands.h"
+
+#include <QStringList>
+
+#include <memory>
+#include <utility>
 
 namespace tavril::cli {
 
@@ -20,53 +30,98 @@ Plan withServo(Plan::Work work) {
   }};
 }
 
+WriteMode writeMode(const Options &options) {
+  return {.dryRun = options.dryRun, .force = options.force, .json = options.json};
+}
+
+Settings settingsIn(const QString &file, Console &console) {
+  const LoadedSettings loaded = loadSettings(file);
+  for (const QString &remark : loaded.remarks) console.note(remark);
+  return loaded.settings;
+}
+
+Settings withoutExcepted(Settings settings, const QStringList &keys) {
+  if (keys.isEmpty()) return settings;
+  for (const RegisterRow *row : registersNamed(keys)) settings.erase(row->number);
+  return settings;
+}
+
+Plan planWrite(const Options &options, Console &console) {
+  const auto assignments = assignmentsFrom(options.operands);
+  const WriteMode mode = writeMode(options);
+  Settings wanted;
+  for (const auto &[row, value] : assignments) wanted[row->number] = value;
+  if (mode.dryRun) {
+    judge(console, wanted, {}, true);
+    showFrames(console, assignments, mode.json);
+    return {};
+  }
+  // What may hurt whatever the servo holds is told before the port is opened.
+  if (!mode.force) judge(console, wanted, {}, false);
+  return withServo([assignments, mode](Session &session) { writeRegisters(session, assignments, mode); });
+}
+
+Plan planSetId(const Options &options, Console &console) {
+  const RegisterRow &row = *registerNamed(QStringLiteral("sid"));
+  const Assignment id{&row, settingFrom(row, options.operands.front())};
+  const WriteMode mode = writeMode(options);
+  if (mode.dryRun) {
+    showFrames(console, {id}, mode.json);
+    return {};
+  }
+  return withServo([id, mode](Session &session) { setServoId(session, id, mode); });
+}
+
 }  // namespace
 
 Plan planFor(const Options &options, Console &console) {
+  const bool json = options.json;
   switch (options.verb) {
     case Verb::Ports:
     case Verb::Doctor:
+    case Verb::Shell:
       return {};
     case Verb::Detect:
-      return {tellDetection};
+      return {[json](Session &session) { tellDetection(session, json); }};
     case Verb::Read: {
       const auto rows = registersNamed(options.operands);
-      return withServo([rows, json = options.json](Session &session) { readRegisters(session, rows, json); });
+      return withServo([rows, json](Session &session) { readRegisters(session, rows, json); });
     }
-    case Verb::Write: {
-      const auto assignments = assignmentsFrom(options.operands);
-      if (options.dryRun) {
-        showFrames(console, assignments);
-        return {};
-      }
-      return withServo([assignments](Session &session) { writeRegisters(session, assignments); });
-    }
+    case Verb::Write:
+      return planWrite(options, console);
+    case Verb::SetId:
+      return planSetId(options, console);
     case Verb::Dump: {
       const QString file = options.operands.front();
       if (file != u"-") expectNewFile(file, options.force);
       return withServo([file, force = options.force](Session &session) { dump(session, file, force); });
     }
     case Verb::Restore: {
-      const Settings wanted = loadSettings(options.operands.front());
+      const Settings wanted = withoutExcepted(settingsIn(options.operands.front(), console), options.except);
       return withServo(
-          [wanted, dryRun = options.dryRun](Session &session) { restore(session, wanted, dryRun); });
+          [wanted, mode = writeMode(options)](Session &session) { restore(session, wanted, mode); });
     }
     case Verb::Diff: {
-      const Settings first = loadSettings(options.operands.front());
       const QString name = options.operands.front();
+      const Settings first = settingsIn(name, console);
       if (options.operands.size() == 2) {
-        showDifferences(console, {name, first}, {options.operands[1], loadSettings(options.operands[1])});
+        showDifferences(console, {name, first},
+                        {options.operands[1], settingsIn(options.operands[1], console)}, json);
         return {};
       }
-      return withServo([name, first](Session &session) { diffWithServo(session, {name, first}); });
+      return withServo([name, first, json](Session &session) {
+        diffWithServo(session, {name, first}, json);
+      });
     }
     case Verb::Position:
-      return withServo(printPosition);
+      return withServo([json](Session &session) { printPosition(session, json); });
     case Verb::Move: {
       const int position = positionFrom(options.operands.front());
       return withServo(
-          [position, wait = options.wait](Session &session) { moveTo(session, position, wait); });
+          [position, wait = options.wait, json](Session &session) { moveTo(session, position, wait, json); });
     }
+    case Verb::Stop:
+      return withServo([json](Session &session) { stopMoving(session, json); });
     case Verb::Release:
       return withServo([](Session &session) { session.servo.release(); });
     case Verb::Reboot:
@@ -74,12 +129,19 @@ Plan planFor(const Options &options, Console &console) {
     case Verb::Reset:
       return withServo([](Session &session) { session.servo.restoreFactorySettings(); });
     case Verb::Monitor: {
-      if (!options.csv.isEmpty()) expectNewFile(options.csv, options.force);
+      if (!options.csv.isEmpty() && options.csv != u"-") expectNewFile(options.csv, options.force);
       return withServo([options](Session &session) { monitor(session, options); });
     }
     case Verb::Send: {
       const Command command = commandFromHex(options.operands);
-      return {[command](Session &session) { sendCommand(session, command); }};
+      expectConfirmed(command, options.yes);
+      return {[command, json](Session &session) { sendCommand(session, command, json); }};
+    }
+    case Verb::Run: {
+      const std::shared_ptr<CommandSource> source = commandsIn(options.operands.front());
+      return {[source, keepGoing = options.keepGoing](Session &session) {
+        runCommands(session, *source, keepGoing);
+      }};
     }
   }
   return {};

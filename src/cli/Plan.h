@@ -21,8 +21,7 @@ struct Plan {
 };
 
 /// Checks what the command was given, whole, before anything is sent, and carries out at once what needs no
-/// port. Throws a Failure. All but `ports` and `doctor`, which
-/// have to look at the machine.
+/// port. Throws a Failure. All but `ports`, `doctor` and `shell`, which need the machine.
 Plan planFor(const Options &options, Console &console);
 
 }  // namespace tavril::cli

@@ -1,6 +1,7 @@
 #include "cli/Ports.h"
 
 #include "cli/Failure.h"
+#include "cli/Files.h"
 #include "cli/JsonText.h"
 #include "cli/Table.h"
 #include "platform/DeviceRegistry.h"
@@ -9,6 +10,8 @@
 #include <QFileInfo>
 
 #include <algorithm>
+#include <iterator>
+#include <utility>
 
 namespace tavril::cli {
 
@@ -27,6 +30,19 @@ QString named(const std::vector<PortInfo> &ports) {
   QStringList lines;
   for (const PortInfo &port : ports) lines.append(QStringLiteral("%1 (%2)").arg(port.name, port.path));
   return lines.join(QStringLiteral(", "));
+}
+
+/// Where a terminal with this name may be.
+QStringList pathsOf(const QString &name) {
+  QStringList paths{QStringLiteral("/dev/") + name, QStringLiteral("/dev/serial/by-id/") + name};
+  // A terminal that the user has named is called by its path below /dev, with hyphens for the slashes.
+  const QString prefix = QStringLiteral("usbport-");
+  if (name.startsWith(prefix)) {
+    const QString below = name.mid(prefix.size());
+    paths.append(QStringLiteral("/dev/") + below);
+    paths.append(QStringLiteral("/dev/") + QString(below).replace(u'-', u'/'));
+  }
+  return paths;
 }
 
 constexpr std::pair<const char *, QString (*)(const PortInfo &)> columns[] = {
@@ -72,17 +88,22 @@ std::vector<PortInfo> listPorts(DeviceRegistry &devices, const Processes &proces
   return ports;
 }
 
-QString choosePort(const std::vector<PortInfo> &ports, const QString &wanted) {
+QString choosePort(const std::vector<PortInfo> &ports, const QString &wanted,
+                   const std::function<bool(const QString &path)> &exists) {
   if (!wanted.isEmpty()) {
-    const auto found = std::ranges::find_if(
-        ports, [&](const PortInfo &port) { return port.name == wanted || port.path == wanted; });
+    const auto found = std::ranges::find_if(ports, [&](const PortInfo &port) {
+      return port.name == wanted || port.path == wanted || port.path == QStringLiteral("/dev/") + wanted;
+    });
     if (found != ports.end()) return found->path;
     if (wanted.contains(u'/')) return wanted;
+    for (const QString &path : pathsOf(wanted)) {
+      if (exists(path)) return path;
+    }
     throw Failure{
         ExitCode::NoPort,
         ports.empty()
-            ? QStringLiteral("there is no port \"%1\", nor any other: plug the adapter in.").arg(wanted)
-            : QStringLiteral("there is no port \"%1\". There are: %2.").arg(wanted, named(ports))};
+            ? QStringLiteral("there is no port \"%1\", and no other. Plug the adapter in.").arg(shown(wanted))
+            : QStringLiteral("there is no port \"%1\". The ports are: %2.").arg(shown(wanted), named(ports))};
   }
   std::vector<PortInfo> usb;
   std::ranges::copy_if(ports, std::back_inserter(usb), &PortInfo::isUsb);
@@ -90,12 +111,18 @@ QString choosePort(const std::vector<PortInfo> &ports, const QString &wanted) {
   if (usb.empty()) {
     throw Failure{
         ExitCode::NoPort,
-        QStringLiteral("there is no USB serial port: plug in the servo's adapter, name a terminal with "
+        QStringLiteral("there is no USB serial port. Plug in the servo's adapter, name a terminal with "
                        "--port PATH, or try --demo.")};
   }
   throw Failure{
       ExitCode::NoPort,
-      QStringLiteral("there are several ports: choose one with --port. There are: %1.").arg(named(usb))};
+      QStringLiteral("there are several ports. Choose one with --port. The ports are: %1.").arg(named(usb))};
+}
+
+QString portNames(const std::vector<PortInfo> &ports) {
+  QString text;
+  for (const PortInfo &port : ports) text += port.name + u'\n';
+  return text;
 }
 
 QString portsTable(const std::vector<PortInfo> &ports) {

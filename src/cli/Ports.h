@@ -3,6 +3,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
 #include <vector>
 
 namespace tavril {
@@ -31,11 +32,15 @@ struct PortInfo {
 /// All serial devices, in the registry's order.
 std::vector<PortInfo> listPorts(DeviceRegistry &devices, const Processes &processes);
 
-/// The path of the one to use: that of the given name or path, or else the only USB port there is. A path
-/// that is not listed is taken as it stands. Throws a Failure that lists the ports where there is no choice,
-/// or no such name.
-QString choosePort(const std::vector<PortInfo> &ports, const QString &wanted);
+/// The path of the port to use. `wanted` may be a path, a name as it is printed ("usbserial-ttyUSB0",
+/// "usbport-pts-5"), the name of a node ("ttyUSB0") or one of /dev/serial/by-id. Empty: the USB port, if
+/// exactly one is present. A path that is not listed is taken as it stands. Throws a Failure that lists the
+/// ports where there is no choice, or no such name.
+QString choosePort(const std::vector<PortInfo> &ports, const QString &wanted,
+                   const std::function<bool(const QString &path)> &exists);
 
+/// The names, one per line.
+QString portNames(const std::vector<PortInfo> &ports);
 QString portsTable(const std::vector<PortInfo> &ports);
 QString portsJson(const std::vector<PortInfo> &ports);
 

@@ -2,23 +2,26 @@
 
 #include "cli/Console.h"
 #include "cli/Failure.h"
+#include "cli/Files.h"
 #include "cli/FrameWords.h"
 #include "cli/JsonText.h"
 #include "cli/Progress.h"
 #include "cli/RegisterFacts.h"
 #include "cli/Servo.h"
 #include "cli/Session.h"
+#include "cli/SettingsCommands.h"
 #include "cli/Table.h"
+
+#include <QChar>
 
 #include <algorithm>
 #include <optional>
 #include <set>
+#include <utility>
 
 namespace tavril::cli {
 
 namespace {
-
-constexpr int torquePolicyRegister = 4;
 
 struct Reading {
   const RegisterRow *row;
@@ -38,10 +41,9 @@ QString readingsTable(const std::vector<Reading> &readings) {
 QString readingsJson(const QString &port, const std::vector<Reading> &readings) {
   QStringList rows;
   for (const Reading &reading : readings) {
-    rows.append(QStringLiteral("    %1: {\"number\": %2, \"value\": %3, \"unit\": %4, \"meaning\": %5}")
-                    .arg(jsonText(reading.row->nameKey.toString()), QString::number(reading.row->number),
-                         QString::number(reading.value), jsonText(unitOf(*reading.row)),
-                         jsonText(reading.meaning)));
+    rows.append(QStringLiteral("    %1: %2")
+                    .arg(jsonText(reading.row->nameKey.toString()),
+                         registerJson(*reading.row, reading.value, reading.meaning)));
   }
   return QStringLiteral("{\n  \"port\": %1,\n  \"registers\": {\n%2\n  }\n}\n")
       .arg(jsonText(port), rows.join(QStringLiteral(",\n")));
@@ -50,33 +52,20 @@ QString readingsJson(const QString &port, const std::vector<Reading> &readings) 
 Assignment assignmentFrom(const QString &text) {
   const qsizetype equals = text.indexOf(u'=');
   if (equals < 1) {
-    throw Failure{ExitCode::Usage,
-                  QStringLiteral("\"%1\" is no assignment: write REGISTER=VALUE, such as kp=440.").arg(text)};
+    throw Failure{
+        ExitCode::Usage,
+        QStringLiteral("\"%1\" is not an assignment: write a register, = and its value, such as kp=440.")
+            .arg(shown(text))};
   }
   const QString name = text.first(equals);
   const RegisterRow *row = registerNamed(name);
   if (!row) throw Failure{ExitCode::Usage, unknownRegisterText(name)};
   const QString key = row->nameKey.toString();
   if (!row->isSetting()) {
-    throw Failure{ExitCode::Usage, QStringLiteral("%1 is a live value, which cannot be written.").arg(key)};
+    throw Failure{ExitCode::Usage,
+                  QStringLiteral("%1 is measured by the servo and cannot be written.").arg(key)};
   }
-  const QString typed = text.sliced(equals + 1);
-  const ValueRange range = settingRange(*row);
-  bool isNumber = false;
-  const int value = typed.toInt(&isNumber);
-  const bool onlyDigits = std::all_of(typed.begin() + (typed.startsWith(u'-') ? 1 : 0), typed.end(),
-                                      [](QChar c) { return c >= u'0' && c <= u'9'; });
-  if (typed.isEmpty() || typed == u"-" || !onlyDigits) {
-    throw Failure{
-        ExitCode::Usage,
-        QStringLiteral("%1 takes a whole number from %2, not \"%3\".").arg(key, range.text(), typed)};
-  }
-  // A number that does not even fit is out of range as well.
-  if (!isNumber || !range.contains(value)) {
-    throw Failure{ExitCode::BadValue,
-                  QStringLiteral("%1: %2 is out of range (%3).").arg(key, typed, range.text())};
-  }
-  return {row, value};
+  return {row, settingFrom(*row, text.sliced(equals + 1))};
 }
 
 }  // namespace
@@ -86,7 +75,7 @@ std::vector<const RegisterRow *> registersNamed(const QStringList &names) {
   for (const QString &name : names) {
     const RegisterRow *row = registerNamed(name);
     if (!row) throw Failure{ExitCode::Usage, unknownRegisterText(name)};
-    rows.push_back(row);
+    if (std::ranges::find(rows, row) == rows.end()) rows.push_back(row);
   }
   if (names.isEmpty()) {
     for (const RegisterRow &row : registerCatalogue()) rows.push_back(&row);
@@ -103,8 +92,9 @@ std::vector<Assignment> assignmentsFrom(const QStringList &texts) {
     try {
       const Assignment assignment = assignmentFrom(text);
       if (!seen.insert(assignment.row->number).second) {
-        throw Failure{ExitCode::Usage, QStringLiteral("%1 is assigned to twice: write it once.")
-                                           .arg(assignment.row->nameKey.toString())};
+        throw Failure{
+            ExitCode::Usage,
+            QStringLiteral("%1 is there twice: give it one value.").arg(assignment.row->nameKey.toString())};
       }
       assignments.push_back(assignment);
     } catch (const Failure &failure) {
@@ -118,11 +108,14 @@ std::vector<Assignment> assignmentsFrom(const QStringList &texts) {
   return assignments;
 }
 
-void tellDetection(Session &session) {
+void tellDetection(Session &session, bool json) {
   const Servo::Count count = session.servo.detect();
-  session.console.data(count == Servo::Count::None  ? QStringLiteral("none\n")
-                       : count == Servo::Count::One ? QStringLiteral("one\n")
-                                                    : QStringLiteral("several\n"));
+  const QString name = count == Servo::Count::None  ? QStringLiteral("none")
+                       : count == Servo::Count::One ? QStringLiteral("one")
+                                                    : QStringLiteral("several");
+  session.console.data(json ? QStringLiteral("{\"port\": %1, \"servos\": %2}\n")
+                                  .arg(jsonText(session.line.name()), jsonText(name))
+                            : name + u'\n');
   if (count != Servo::Count::One) throw Servo::wrongCount(count, session.line.name());
 }
 
@@ -146,32 +139,36 @@ void readRegisters(Session &session, const std::vector<const RegisterRow *> &row
   session.console.data(json ? readingsJson(session.line.name(), readings) : readingsTable(readings));
 }
 
-void writeRegisters(Session &session, const std::vector<Assignment> &assignments) {
-  Progress progress(session.console, session.line, QStringLiteral("registers written"),
-                    static_cast<int>(assignments.size()));
-  int written = 0;
-  int notKept = 0;
+void writeRegisters(Session &session, const std::vector<Assignment> &assignments, const WriteMode &mode) {
+  std::vector<int> numbers;
+  numbers.reserve(assignments.size());
+  for (const Assignment &assignment : assignments) numbers.push_back(assignment.row->number);
+  const Settings held = readBeforeWriting(session, numbers, mode);
+  std::vector<Change> changes;
+  changes.reserve(assignments.size());
   for (const auto &[row, value] : assignments) {
-    const QString key = row->nameKey.toString();
-    const std::optional<int> held = session.servo.write(*row, value);
-    if (held == value) {
-      session.console.data(QStringLiteral("%1=%2\n").arg(key).arg(value));
-    } else {
-      ++notKept;
-      session.console.status(notKeptText(key, value, held));
-    }
-    progress.done(++written);
+    changes.push_back({.number = row->number, .from = held.at(row->number), .to = value});
   }
-  if (notKept == 0) return;
-  throw Failure{ExitCode::BadValue,
-                QStringLiteral("%1 of %2 values could not be set.").arg(notKept).arg(assignments.size())};
+  makeChanges(session, inSafeOrder(std::move(changes)), mode);
 }
 
-void showFrames(Console &console, const std::vector<Assignment> &assignments) {
+void setServoId(Session &session, const Assignment &id, const WriteMode &mode) {
+  writeRegisters(session, {id}, mode);
+  if (!mode.dryRun) session.servo.expectOne();
+}
+
+void showFrames(Console &console, const std::vector<Assignment> &assignments, bool json) {
+  QStringList lines;
   for (const auto &[row, value] : assignments) {
     const Command command = Command::writeRegister(row->number, value);
-    console.data(QStringLiteral("%1  %2\n").arg(inHex(command.frame()), commandInWords(command)));
+    const QString frame = inHex(command.frame());
+    const QString words = commandInWords(command);
+    lines.append(
+        json ? QStringLiteral("  {\"sent\": %1, \"meaning\": %2}").arg(jsonText(frame), jsonText(words))
+             : QStringLiteral("%1  %2\n").arg(frame, words));
   }
+  console.data(json ? QStringLiteral("[\n%1\n]\n").arg(lines.join(QStringLiteral(",\n")))
+                    : lines.join(QString()));
 }
 
 }  // namespace tavril::cli

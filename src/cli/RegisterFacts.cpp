@@ -1,12 +1,22 @@
 #include "cli/RegisterFacts.h"
 
+#include "cli/Failure.h"
+#include "cli/Files.h"
+#include "cli/JsonText.h"
 #include "platform/Log.h"
 #include "protocol/EntryRanges.h"
 #include "protocol/StatusLists.h"
 
+#include <QChar>
+#include <QRegularExpression>
+#include <QRegularExpressionMatch>
+#include <QStringView>
+
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdint>
+#include <cstdlib>
 #include <numeric>
 #include <vector>
 
@@ -14,32 +24,91 @@ namespace tavril::cli {
 
 namespace {
 
-constexpr int ackPolicy = 2;
-constexpr int alarmLedPolicy = 3;
-constexpr int torquePolicyRegister = 4;
-constexpr int maxTemperature = 5;
-constexpr int presentTemperature = 19;
-constexpr int presentLoad = 20;
-constexpr double loadPerAmpere = 200.0;
-constexpr int tick_ms = 10;
+/// What is known of a register besides its keys.
+struct Facts {
+  const char *purpose;
+  const char *unit = "";        ///< of one step
+  const char *scaledUnit = "";  ///< in which people give the value
+  double stepsPerUnit = 0.0;    ///< 0: no unit is known
+  std::array<const char *, 3> choices{};
+};
 
-QStringList choicesOf(int number) {
-  switch (number) {
-    case ackPolicy:
-      return {QStringLiteral("answers status commands only"),
-              QStringLiteral("answers status and read commands"), QStringLiteral("answers all commands")};
-    case alarmLedPolicy:
-      return {QStringLiteral("LED shows system errors"), QStringLiteral("LED shows what the user sets")};
-    case torquePolicyRegister:
-      return {QStringLiteral("keeps the torque when a limit is passed"),
-              QStringLiteral("shuts down when a limit is passed")};
-    default:
-      return {};
-  }
+/// In the order of the registers.
+constexpr std::array<Facts, registerCount> facts{{
+    {"servo ID"},
+    {"which commands the servo answers",
+     "",
+     "",
+     0.0,
+     {"answers status commands only", "answers status and read commands", "answers all commands"}},
+    {"what the alarm LED shows", "", "", 0.0, {"LED shows system errors", "LED shows what the user sets"}},
+    {"what happens when a limit is passed",
+     "",
+     "",
+     0.0,
+     {"keeps the torque when a limit is passed", "shuts down when a limit is passed"}},
+    {"highest operating temperature", "°C", "°C", 1.0},
+    {"lowest operating voltage"},
+    {"highest operating voltage"},
+    {"highest operating current"},
+    {"proportional gain of the position control"},
+    {"integral gain of the position control"},
+    {"derivative gain of the position control"},
+    {"check period of the temperature error", "10 ms", "ms", 0.1},
+    {"check period of the voltage error", "10 ms", "ms", 0.1},
+    {"check period of the load error", "10 ms", "ms", 0.1},
+    {"calibration angle"},
+    {"errors, one per bit"},
+    {"details, one per bit"},
+    {"voltage now"},
+    {"temperature now", "°C", "°C", 1.0},
+    {"current now", "1/200 A", "A", 200.0},
+}};
+
+const Facts &factsOf(const RegisterRow &row) {
+  return facts[static_cast<std::size_t>(row.number) - 1];
 }
 
-bool isCheckPeriod(int number) {
-  return number >= 12 && number <= 14;
+QStringList choicesOf(const RegisterRow &row) {
+  QStringList choices;
+  for (const char *choice : factsOf(row).choices) {
+    if (choice) choices.append(QString::fromUtf8(choice));
+  }
+  return choices;
+}
+
+bool isDuration(const RegisterRow &row) {
+  return scaledUnitOf(row) == u"ms";
+}
+
+/// What stands behind a number, as the register's own unit: how many of those it is. Nothing for any other.
+std::optional<double> unitsIn(const RegisterRow &row, const QString &suffix) {
+  const QString unit = scaledUnitOf(row);
+  if (unit.isEmpty()) return std::nullopt;
+  if (suffix == unit) return 1.0;
+  if (isDuration(row) && suffix == u"s") return 1000.0;
+  if (unit == u"°C" && (suffix == u"C" || suffix == u"degC")) return 1.0;
+  return std::nullopt;
+}
+
+QString numberText(double number) {
+  return QString::number(number, 'g', 10);
+}
+
+[[noreturn]] void refuseNumber(const RegisterRow &row, const QString &typed) {
+  const ValueRange range = settingRange(row);
+  QString text = QStringLiteral("%1 takes a whole number from %2").arg(row.nameKey, range.text());
+  const QString unit = scaledUnitOf(row);
+  if (!unit.isEmpty()) {
+    text += QStringLiteral(", or a value with its unit such as %1")
+                .arg(isDuration(row) ? QStringLiteral("300ms") : QStringLiteral("80°C"));
+  }
+  throw Failure{ExitCode::Usage, text + QStringLiteral(", not \"%1\".").arg(shown(typed))};
+}
+
+[[noreturn]] void refuseRange(const RegisterRow &row, const QString &typed) {
+  throw Failure{ExitCode::BadValue, QStringLiteral("%1: %2 is out of range (%3).")
+                                        .arg(row.nameKey, shown(typed), settingRange(row).text())};
 }
 
 /// How many letters have to be added, taken away or replaced to make the one text the other.
@@ -93,43 +162,99 @@ const RegisterRow *registerNamed(const QString &text) {
   const int number = text.toInt(&isNumber);
   if (isNumber) return findRegister(number);
   QString name = text.toLower().replace(u'-', u'_');
-  if (name == u"max_temperature") name = QStringLiteral("max_tempertaure");  // meant: the key is spelt so
+  if (name == maxTemperatureForPeople)
+    name = QStringLiteral("max_tempertaure");  // meant: the key is spelt so
   const auto rows = registerCatalogue();
   const auto found = std::ranges::find(rows, QStringView(name), &RegisterRow::nameKey);
   return found == rows.end() ? nullptr : &*found;
 }
 
-QString unknownRegisterText(const QString &text) {
-  const QString name = text.toLower().replace(u'-', u'_');
+QString nearestOf(const QString &text, const QStringList &names) {
   QString nearest;
   std::size_t best = SIZE_MAX;
-  QStringList known;
-  for (const RegisterRow &row : registerCatalogue()) {
-    const QString candidate = row.nameKey.toString();
-    known.append(QStringLiteral("%1 %2").arg(row.number).arg(candidate));
-    const std::size_t far = distance(name, candidate);
+  for (const QString &name : names) {
+    const std::size_t far = distance(text, name);
     // One letter, or one in three; beyond that it is more of a guess than help.
-    const bool isNear = far <= 1 || far * 3 <= static_cast<std::size_t>(candidate.size());
+    const bool isNear = far <= 1 || far * 3 <= static_cast<std::size_t>(name.size());
     if (far < best && isNear) {
       best = far;
-      nearest = candidate;
+      nearest = name;
     }
   }
-  QString problem = QStringLiteral("there is no register \"%1\".").arg(text);
-  if (!nearest.isEmpty()) problem += QStringLiteral(" Did you mean %1?").arg(nearest);
-  return problem + QStringLiteral(" Known are: ") + known.join(QStringLiteral(", ")) + u'.';
+  return nearest;
+}
+
+QString suggestionFor(const QString &text) {
+  QStringList keys;
+  keys.append(maxTemperatureForPeople);
+  for (const RegisterRow &row : registerCatalogue()) keys.append(row.nameKey.toString());
+  const QString near = nearestOf(text.toLower().replace(u'-', u'_'), keys);
+  return near.isEmpty() ? QString() : QStringLiteral(" Did you mean %1?").arg(near);
+}
+
+QString unknownRegisterText(const QString &text) {
+  QStringList known;
+  for (const RegisterRow &row : registerCatalogue()) {
+    known.append(QStringLiteral("%1 %2").arg(row.number).arg(row.nameKey));
+  }
+  return QStringLiteral("there is no register \"%1\".%2 The registers are: %3.")
+      .arg(shown(text), suggestionFor(text), known.join(QStringLiteral(", ")));
+}
+
+QString keyOf(int number) {
+  return findRegister(number)->nameKey.toString();
 }
 
 ValueRange settingRange(const RegisterRow &row) {
   if (const EntryRange *range = entryRangeOf(row.number)) return {range->minimum, range->maximum};
-  return {0, static_cast<int>(choicesOf(row.number).size()) - 1};
+  return {0, static_cast<int>(choicesOf(row).size()) - 1};
 }
 
 QString unitOf(const RegisterRow &row) {
-  if (row.number == maxTemperature || row.number == presentTemperature) return QStringLiteral("°C");
-  if (isCheckPeriod(row.number)) return QStringLiteral("10 ms");
-  if (row.number == presentLoad) return QStringLiteral("1/200 A");
-  return {};
+  return QString::fromUtf8(factsOf(row).unit);
+}
+
+QString purposeOf(const RegisterRow &row) {
+  return QString::fromUtf8(factsOf(row).purpose);
+}
+
+QString scaledUnitOf(const RegisterRow &row) {
+  return QString::fromUtf8(factsOf(row).scaledUnit);
+}
+
+std::optional<double> scaledValue(const RegisterRow &row, int value) {
+  const double steps = factsOf(row).stepsPerUnit;
+  if (steps == 0.0) return std::nullopt;
+  return value / steps;
+}
+
+int settingFrom(const RegisterRow &row, const QString &typed) {
+  static const QRegularExpression form(QStringLiteral("^(-?[0-9]+)(\\.[0-9]+)?([^0-9.].*)?$"));
+  const QRegularExpressionMatch match = form.match(typed);
+  if (!match.hasMatch()) refuseNumber(row, typed);
+  const QString suffix = match.captured(3);
+  const ValueRange range = settingRange(row);
+  if (suffix.isEmpty()) {
+    if (!match.captured(2).isEmpty()) refuseNumber(row, typed);
+    bool fits = false;
+    const int value = typed.toInt(&fits);
+    // A number that does not even fit is out of range as well.
+    if (!fits || !range.contains(value)) refuseRange(row, typed);
+    return value;
+  }
+  const auto units = unitsIn(row, suffix);
+  if (!units) refuseNumber(row, typed);
+  const double number = (match.captured(1) + match.captured(2)).toDouble();
+  const double steps = number * *units * factsOf(row).stepsPerUnit;
+  if (!(steps >= range.minimum - 0.5 && steps <= range.maximum + 0.5)) refuseRange(row, typed);
+  const int value = static_cast<int>(std::lround(steps));
+  constexpr double closeEnough = 1e-6;
+  if (std::abs(steps - value) > closeEnough) {
+    throw Failure{
+        ExitCode::BadValue,
+        QStringLiteral("%1: %2 is not a multiple of %3.").arg(row.nameKey, shown(typed), unitOf(row))};
+  }
+  return value;
 }
 
 int registerValue(const RegisterRow &row, int highByte, int lowByte) {
@@ -141,6 +266,17 @@ int registerValue(const RegisterRow &row, int highByte, int lowByte) {
     default:
       return lowByte;
   }
+}
+
+QString settingMeaning(const RegisterRow &row, int value) {
+  const QStringList choices = choicesOf(row);
+  if (!choices.isEmpty()) {
+    return value >= 0 && value < choices.size() ? choices[value] : QStringLiteral("no known choice");
+  }
+  const auto scaled = scaledValue(row, value);
+  if (!scaled) return {};
+  const bool isWhole = std::floor(*scaled) == *scaled && scaledUnitOf(row) != u"A";
+  return QStringLiteral("%1 %2").arg(QString::number(*scaled, 'f', isWhole ? 0 : 3), scaledUnitOf(row));
 }
 
 QString meaningOf(const RegisterRow &row, int value, std::optional<int> torquePolicy,
@@ -155,14 +291,26 @@ QString meaningOf(const RegisterRow &row, int value, std::optional<int> torquePo
     const QString items = detailText(value, torquePolicy, strings);
     return items.isEmpty() ? none : items;
   }
-  const QStringList choices = choicesOf(row.number);
-  if (!choices.isEmpty()) {
-    return value >= 0 && value < choices.size() ? choices[value] : QStringLiteral("no known choice");
+  return settingMeaning(row, value);
+}
+
+QString registerJson(const RegisterRow &row, int value, const QString &meaning) {
+  const auto scaled = scaledValue(row, value);
+  return QStringLiteral("{\"number\": %1, \"value\": %2, \"scaled\": %3, \"unit\": %4, \"meaning\": %5}")
+      .arg(QString::number(row.number), QString::number(value),
+           scaled ? numberText(*scaled) : QStringLiteral("null"), jsonText(scaledUnitOf(row)),
+           jsonText(meaning));
+}
+
+std::vector<RegisterSummary> registerSummaries() {
+  std::vector<RegisterSummary> summaries;
+  for (const RegisterRow &row : registerCatalogue()) {
+    const QString unit = unitOf(row);
+    summaries.push_back(
+        {&row, row.nameKey.toString(), purposeOf(row), unit.isEmpty() ? QStringLiteral("-") : unit,
+         row.isSetting() ? settingRange(row).text() : QStringLiteral("read only"), choicesOf(row)});
   }
-  if (isCheckPeriod(row.number)) return QStringLiteral("%1 ms").arg(value * tick_ms);
-  if (row.number == presentLoad) return QStringLiteral("%1 A").arg(value / loadPerAmpere, 0, 'f', 3);
-  const QString unit = unitOf(row);
-  return unit.isEmpty() ? QString() : QStringLiteral("%1 %2").arg(value).arg(unit);
+  return summaries;
 }
 
 }  // namespace tavril::cli

@@ -3,6 +3,8 @@
 #include "cli/Command.h"
 #include "protocol/ReplyFrame.h"
 
+#include <QByteArrayView>
+
 namespace tavril::cli {
 
 namespace {

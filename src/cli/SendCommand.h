@@ -12,7 +12,10 @@ struct Session;
 /// itself: marks, length, code, register and value. Throws a Failure that says what is wrong with it.
 Command commandFromHex(const QStringList &texts);
 
+/// Throws a Failure for a reboot or a reset that was not confirmed.
+void expectConfirmed(const Command &command, bool isConfirmed);
+
 /// Sends it and prints the reply with what it says. Throws a Failure when the bridge reports an error.
-void sendCommand(Session &session, const Command &command);
+void sendCommand(Session &session, const Command &command, bool json);
 
 }  // namespace tavril::cli

@@ -2,20 +2,38 @@
 
 #include "cli/Failure.h"
 #include "platform/Background.h"
+#include "platform/Log.h"
 #include "serial/PosixError.h"
 #include "serial/SerialPort.h"
 #include "serial/SerialRequest.h"
 
+#include <chrono>
 #include <utility>
 
 namespace tavril::cli {
 
-SerialLine::SerialLine(Background &background, Port port)
-    : background_(background), port_(std::move(port)), name_(port_->name()) {}
+namespace {
+
+struct Received {
+  std::mutex mutex;
+  QByteArray bytes;
+};
+
+}  // namespace
+
+SerialLine::SerialLine(Background &background, Log &log, Port port)
+    : background_(background), log_(log), port_(std::move(port)), name_(port_->name()) {}
 
 Heard SerialLine::request(const QByteArray &data, Time timeout, Rule rule) {
-  const auto request = SerialRequest::requestWithDataToSend(
-      data, {}, std::chrono::duration<double>(timeout).count(), std::move(rule));
+  // A request that times out does not say what came meanwhile; its rule saw it.
+  const auto received = std::make_shared<Received>();
+  const auto request =
+      SerialRequest::requestWithDataToSend(data, {}, std::chrono::duration<double>(timeout).count(),
+                                           [received, rule = std::move(rule)](const QByteArray &bytes) {
+                                             const std::lock_guard lock(received->mutex);
+                                             received->bytes = bytes;
+                                             return rule(bytes);
+                                           });
   std::unique_lock lock(mutex_);
   failIfEnded();
   current_ = request;
@@ -30,12 +48,16 @@ Heard SerialLine::request(const QByteArray &data, Time timeout, Rule rule) {
   current_.reset();
   failIfEnded();
   if (!isOver) {
-    throw Failure{ExitCode::Failed,
-                  QStringLiteral("%1 does not take what is sent to it: plug the adapter out and in "
-                                 "again and retry.")
-                      .arg(name_)};
+    throw Failure{
+        ExitCode::Failed,
+        QStringLiteral("%1 does not send: unplug the adapter, plug it in again and retry.").arg(name_)};
   }
-  return *std::exchange(heard_, std::nullopt);
+  Heard heard = *std::exchange(heard_, std::nullopt);
+  if (heard.kind == Heard::Kind::TimedOut) {
+    const std::lock_guard receivedLock(received->mutex);
+    heard.bytes = received->bytes;
+  }
+  return heard;
 }
 
 void SerialLine::pause(Time duration) {
@@ -46,6 +68,11 @@ void SerialLine::pause(Time duration) {
 
 Line::Time SerialLine::now() const {
   return std::chrono::duration_cast<Time>(std::chrono::steady_clock::now().time_since_epoch());
+}
+
+void SerialLine::resume() {
+  const std::lock_guard lock(mutex_);
+  interrupted_ = false;
 }
 
 void SerialLine::interrupt() {
@@ -64,7 +91,7 @@ void SerialLine::failIfEnded() const {
   if (interrupted_) throw Failure{ExitCode::Interrupted, QStringLiteral("interrupted.")};
   if (removed_) {
     throw Failure{ExitCode::NoPort,
-                  QStringLiteral("the port %1 was removed while it was in use: check the cable, plug the "
+                  QStringLiteral("the port %1 was removed while it was in use. Check the cable, plug the "
                                  "adapter in again and retry.")
                       .arg(name_)};
   }
@@ -97,7 +124,8 @@ void SerialLine::requestDidTimeout(const Port &, const std::shared_ptr<SerialReq
   finish(request, {Heard::Kind::TimedOut, {}});
 }
 
-void SerialLine::didEncounterError(const Port &, const PosixError &error) {
+void SerialLine::didEncounterError(const Port &port, const PosixError &error) {
+  log_.warn(error.logLine(port->description()));
   const std::lock_guard lock(mutex_);
   lastError_ = std::make_shared<const PosixError>(error);
 }

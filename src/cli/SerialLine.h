@@ -3,13 +3,18 @@
 #include "cli/Line.h"
 #include "serial/SerialPortDelegate.h"
 
+#include <QByteArray>
+#include <QString>
+
 #include <condition_variable>
+#include <memory>
 #include <mutex>
 #include <optional>
 
 namespace tavril {
 class Background;
-}
+class Log;
+}  // namespace tavril
 
 namespace tavril::cli {
 
@@ -22,7 +27,7 @@ class SerialLine final : public Line, public SerialPortDelegate {
   /// does not take what is sent to it: the time-out itself then waits behind the sending.
   static constexpr Time longestDelay{5000};
 
-  SerialLine(Background &background, Port port);
+  SerialLine(Background &background, Log &log, Port port);
 
   Heard request(const QByteArray &data, Time timeout, Rule rule) override;
   void pause(Time duration) override;
@@ -31,6 +36,8 @@ class SerialLine final : public Line, public SerialPortDelegate {
 
   /// Ends what is waited for, now and later, with a Failure of the kind Interrupted.
   void interrupt();
+  /// Lets the work go on after it was interrupted.
+  void resume();
   /// What the port told last went wrong with it.
   std::shared_ptr<const PosixError> lastError() const;
 
@@ -47,6 +54,7 @@ class SerialLine final : public Line, public SerialPortDelegate {
   void failIfEnded() const;
 
   Background &background_;
+  Log &log_;
   const Port port_;
   const QString name_;
 

@@ -1,6 +1,9 @@
 #include "cli/Servo.h"
 
+#include "cli/FrameWords.h"
 #include "cli/RegisterFacts.h"
+
+#include <utility>
 
 namespace tavril::cli {
 
@@ -12,18 +15,28 @@ int byteAt(const QByteArray &bytes, qsizetype index) {
   return static_cast<unsigned char>(bytes[index]);
 }
 
+Servo::Count countIn(const QByteArray &reply) {
+  switch (byteAt(reply, firstData)) {
+    case 0:
+      return Servo::Count::None;
+    case 1:
+      return Servo::Count::One;
+    default:
+      return Servo::Count::Several;
+  }
+}
+
 }  // namespace
 
 Servo::Count Servo::detect() {
-  const QByteArray reply = conversation_.askSteady(Command::detect());
-  switch (byteAt(reply, firstData)) {
-    case 0:
-      return Count::None;
-    case 1:
-      return Count::One;
-    default:
-      return Count::Several;
-  }
+  if (const auto known = std::exchange(known_, std::nullopt)) return *known;
+  return countIn(conversation_.askSteady(Command::detect()));
+}
+
+bool Servo::tryToDetect(Line::Time longest) {
+  const auto answer = conversation_.tryOnce(Command::detect(), longest);
+  if (answer && !answer->noisy) known_ = countIn(answer->reply);
+  return answer.has_value();
 }
 
 void Servo::expectOne() {
@@ -49,14 +62,18 @@ int Servo::read(const RegisterRow &row) {
   return registerValue(row, byteAt(reply, firstData + 1), byteAt(reply, firstData + 2));
 }
 
-std::optional<int> Servo::write(const RegisterRow &row, int value) {
+Servo::Written Servo::write(const RegisterRow &row, int value) {
   try {
     conversation_.ask(Command::writeRegister(row.number, value));
-  } catch (const Failure &failure) {
-    if (failure.code != ExitCode::BadValue) throw;
-    return std::nullopt;
+  } catch (const NoAnswer &) {
+    const int held = read(row);
+    if (held != value) throw;  // lost on its way, or not kept: there is no telling
+    return {held, {}};
+  } catch (const Refusal &refusal) {
+    if (refusal.code != ExitCode::BadValue) throw;
+    return {std::nullopt, errorInWords(refusal.error)};
   }
-  return read(row);
+  return {read(row), {}};
 }
 
 int Servo::position() {
@@ -66,12 +83,6 @@ int Servo::position() {
 
 void Servo::move(int position) {
   conversation_.ask(Command::setPosition(position));
-}
-
-QString notKeptText(const QString &key, int value, std::optional<int> held) {
-  const QString outcome =
-      held ? QStringLiteral("the servo holds %1").arg(*held) : QStringLiteral("the servo refused it");
-  return QStringLiteral("%1: %2 was written, but %3.").arg(key).arg(value).arg(outcome);
 }
 
 }  // namespace tavril::cli

@@ -2,6 +2,10 @@
 
 #include "cli/Conversation.h"
 #include "cli/Failure.h"
+#include "cli/Line.h"
+
+#include <QByteArray>
+#include <QString>
 
 #include <optional>
 
@@ -20,18 +24,30 @@ class Servo {
       : conversation_(conversation), portName_(portName) {}
 
   Count detect();
+  /// Asks once, with no retries, waits no more than `longest`, and says whether there was an answer. The next
+  /// detect() then need not ask.
+  bool tryToDetect(Line::Time longest);
+  /// Has the next detect() ask in any case; for what comes after a while.
+  void forgetDetection() { known_.reset(); }
   /// What to say when there is not exactly one.
   static Failure wrongCount(Count count, const QString &portName);
   /// Fails with NoServo unless there is exactly one.
   void expectOne();
 
   int read(const RegisterRow &row);
-  /// Writes and reads back; what the register holds then. Nothing when the servo refused the value.
-  std::optional<int> write(const RegisterRow &row, int value);
+  /// What has become of a value that was written.
+  struct Written {
+    std::optional<int> held;  ///< what the register holds now; nothing when the value was refused
+    QString refusal;          ///< the error report, in words
+  };
+  /// Writes and reads back. A write without a reply is no failure if the reading shows the value: with some
+  /// reply policies the servo does not answer writes.
+  Written write(const RegisterRow &row, int value);
 
   int position();
   void move(int position);
-  void release() { conversation_.ask({CommandCode::ReleaseServo, {}}); }
+  /// Nothing promises a reply to this one, so that none is needed.
+  void release() { conversation_.tell({CommandCode::ReleaseServo, {}}); }
   void reboot() { conversation_.ask({CommandCode::RebootServo, {}}); }
   void restoreFactorySettings() { conversation_.ask({CommandCode::ResetServo, {}}); }
   /// The reply to any command, which may be an error report.
@@ -40,9 +56,7 @@ class Servo {
  private:
   Conversation &conversation_;
   QString portName_;
+  std::optional<Count> known_;
 };
-
-/// What to say of a value that was written: what the servo holds instead, or that it refused it.
-QString notKeptText(const QString &key, int value, std::optional<int> held);
 
 }  // namespace tavril::cli

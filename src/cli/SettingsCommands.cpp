@@ -1,30 +1,68 @@
 #include "cli/SettingsCommands.h"
 
+#include "cli/Changes.h"
 #include "cli/Console.h"
 #include "cli/Failure.h"
+#include "cli/Files.h"
+#include "cli/JsonText.h"
 #include "cli/Progress.h"
 #include "cli/RegisterFacts.h"
 #include "cli/Servo.h"
 #include "cli/Session.h"
 #include "cli/Table.h"
 
+#include <QByteArray>
+#include <QStringList>
+
 #include <algorithm>
+#include <optional>
 #include <set>
+#include <utility>
 #include <vector>
 
 namespace tavril::cli {
 
 namespace {
 
-constexpr int servoId = 1;
-
-QString keyOf(int number) {
-  return findRegister(number)->nameKey.toString();
+std::vector<int> numbersOf(const Settings &settings) {
+  std::vector<int> numbers;
+  for (const auto &[number, value] : settings) numbers.push_back(number);
+  return numbers;
 }
 
-/// What the servo holds of these settings.
-Settings readSettings(Session &session, const std::vector<int> &numbers) {
-  Progress progress(session.console, session.line, QStringLiteral("settings read"),
+/// What has to change for the servo to hold these settings.
+std::vector<Change> changesBetween(const Settings &held, const Settings &wanted) {
+  std::vector<Change> changes;
+  for (const auto &[number, value] : wanted) {
+    if (held.at(number) != value) changes.push_back({.number = number, .from = held.at(number), .to = value});
+  }
+  return inSafeOrder(std::move(changes));
+}
+
+QString changesText(const std::vector<Change> &changes) {
+  QString text;
+  for (const Change &change : changes) text += change.text() + u'\n';
+  return text;
+}
+
+QString changesJson(const QString &port, const std::vector<Change> &changes) {
+  QStringList rows;
+  for (const Change &change : changes) {
+    const RegisterRow &row = *findRegister(change.number);
+    rows.append(QStringLiteral("    %1: {\"from\": %2, \"to\": %3}")
+                    .arg(jsonText(keyOf(change.number)),
+                         registerJson(row, change.from, settingMeaning(row, change.from)),
+                         registerJson(row, change.to, settingMeaning(row, change.to))));
+  }
+  return QStringLiteral("{\n  \"port\": %1,\n  \"changes\": {%2}\n}\n")
+      .arg(jsonText(port),
+           rows.isEmpty() ? QString() : u'\n' + rows.join(QStringLiteral(",\n")) + QStringLiteral("\n  "));
+}
+
+}  // namespace
+
+Settings readValues(Session &session, const std::vector<int> &numbers) {
+  Progress progress(session.console, session.line, QStringLiteral("registers read"),
                     static_cast<int>(numbers.size()));
   Settings settings;
   for (const int number : numbers) {
@@ -34,61 +72,59 @@ Settings readSettings(Session &session, const std::vector<int> &numbers) {
   return settings;
 }
 
-std::vector<int> numbersOf(const Settings &settings) {
-  std::vector<int> numbers;
-  for (const auto &[number, value] : settings) numbers.push_back(number);
-  return numbers;
-}
-
-struct Change {
-  int number;
-  int from;
-  int to;
-};
-
-/// The servo ID comes last: should the servo be hard to reach under its new one, all else is done.
-std::vector<Change> changesBetween(const Settings &held, const Settings &wanted) {
-  std::vector<Change> changes;
-  for (const auto &[number, value] : wanted) {
-    if (held.at(number) != value) changes.push_back({number, held.at(number), value});
-  }
-  std::stable_partition(changes.begin(), changes.end(),
-                        [](const Change &change) { return change.number != servoId; });
-  return changes;
-}
-
-/// How many could not be set.
-int writeChanges(Session &session, const std::vector<Change> &changes) {
-  Progress progress(session.console, session.line, QStringLiteral("settings written"),
-                    static_cast<int>(changes.size()));
-  int tried = 0;
-  int notKept = 0;
+Settings readBeforeWriting(Session &session, const std::vector<int> &numbers, const WriteMode &mode) {
   try {
-    for (const Change &change : changes) {
-      const std::optional<int> held = session.servo.write(*findRegister(change.number), change.to);
-      if (held != change.to) {
-        ++notKept;
-        session.console.status(notKeptText(keyOf(change.number), change.to, held));
-      }
-      progress.done(++tried);
-    }
+    return readValues(session, numbers);
   } catch (const Failure &failure) {
-    throw Failure{
-        failure.code,
-        failure.text + QStringLiteral("\n%1 of %2 changes had been made before; %3 may or may not have been.")
-                           .arg(tried - notKept)
-                           .arg(changes.size())
-                           .arg(keyOf(changes[static_cast<std::size_t>(tried)].number))};
+    if (mode.dryRun) throw;
+    QStringList lines{failure.text};
+    for (const int number : numbers) lines.append(keyOf(number) + QStringLiteral(": not changed"));
+    throw Failure{failure.code, lines.join(u'\n')};
   }
-  return notKept;
 }
 
-}  // namespace
+void judge(Console &console, const Settings &wanted, const Settings &present, bool force) {
+  const QStringList dangers = dangersOf(wanted, present);
+  if (dangers.isEmpty()) return;
+  if (force) {
+    for (const QString &danger : dangers) console.note(QStringLiteral("Warning: ") + danger);
+    return;
+  }
+  throw Failure{
+      ExitCode::BadValue,
+      dangers.join(u'\n') + QStringLiteral("\nNothing was written. To write it nevertheless, add --force.")};
+}
+
+void makeChanges(Session &session, std::vector<Change> changes, const WriteMode &mode) {
+  Settings wanted;
+  for (const Change &change : changes) wanted[change.number] = change.to;
+  const std::set<int> needed = neededToJudge(wanted);
+  Settings present;
+  const auto readPresent = [&] { present = readValues(session, {needed.begin(), needed.end()}); };
+  mode.dryRun ? readPresent() : reportingEach(changes, readPresent);
+  judge(session.console, wanted, present, mode.force || mode.dryRun);
+  const auto print = [&] {
+    session.console.data(mode.json ? changesJson(session.line.name(), changes) : changesText(changes));
+  };
+  if (mode.dryRun) {
+    print();
+    return;
+  }
+  reportingEach(changes, [&] {
+    {
+      Progress progress(session.console, session.line, QStringLiteral("settings written"),
+                        static_cast<int>(changes.size()));
+      carryOut(session.servo, changes, [&](int done) { progress.done(done); });
+    }
+    expectAllChanged(changes);
+    print();
+  });
+}
 
 void dump(Session &session, const QString &file, bool mayReplace) {
   std::vector<int> numbers;
   for (const RegisterRow &row : settingRegisters()) numbers.push_back(row.number);
-  const QByteArray text = settingsText(readSettings(session, numbers));
+  const QByteArray text = settingsText(readValues(session, numbers));
   if (file == u"-") {
     session.console.data(QString::fromUtf8(text));
   } else {
@@ -96,32 +132,28 @@ void dump(Session &session, const QString &file, bool mayReplace) {
   }
 }
 
-void restore(Session &session, const Settings &wanted, bool dryRun) {
-  const std::vector<Change> changes = changesBetween(readSettings(session, numbersOf(wanted)), wanted);
+void restore(Session &session, const Settings &wanted, const WriteMode &mode) {
+  const std::vector<Change> changes =
+      changesBetween(readBeforeWriting(session, numbersOf(wanted), mode), wanted);
   if (changes.empty()) {
-    session.console.status(QStringLiteral("The servo has these settings already."));
+    if (mode.json) session.console.data(changesJson(session.line.name(), changes));
+    session.console.note(QStringLiteral("The servo has these settings already."));
     return;
   }
-  for (const Change &change : changes) {
-    session.console.data(
-        QStringLiteral("%1: %2 -> %3\n").arg(keyOf(change.number)).arg(change.from).arg(change.to));
-  }
-  if (dryRun) return;
-  const int notKept = writeChanges(session, changes);
-  if (notKept > 0) {
-    throw Failure{ExitCode::BadValue,
-                  QStringLiteral("%1 of %2 settings could not be set.").arg(notKept).arg(changes.size())};
-  }
-  session.console.status(
-      QStringLiteral("%1 of %2 settings were changed.").arg(changes.size()).arg(wanted.size()));
+  makeChanges(session, changes, mode);
+  if (mode.dryRun) return;
+  session.console.note(
+      QStringLiteral("%1 of %2 changed.")
+          .arg(changes.size())
+          .arg(counted(static_cast<qsizetype>(wanted.size()), "setting was", "settings were")));
 }
 
-void diffWithServo(Session &session, const NamedSettings &file) {
-  showDifferences(session.console, {QStringLiteral("servo"), readSettings(session, numbersOf(file.settings))},
-                  file);
+void diffWithServo(Session &session, const NamedSettings &file, bool json) {
+  showDifferences(session.console, {QStringLiteral("servo"), readValues(session, numbersOf(file.settings))},
+                  file, json);
 }
 
-void showDifferences(Console &console, const NamedSettings &one, const NamedSettings &other) {
+void showDifferences(Console &console, const NamedSettings &one, const NamedSettings &other, bool json) {
   std::set<int> numbers;
   for (const auto &[number, value] : one.settings) numbers.insert(number);
   for (const auto &[number, value] : other.settings) numbers.insert(number);
@@ -129,20 +161,37 @@ void showDifferences(Console &console, const NamedSettings &one, const NamedSett
     const auto found = settings.find(number);
     return found == settings.end() ? QStringLiteral("-") : QString::number(found->second);
   };
+  const auto object = [](const Settings &settings, int number) {
+    const auto found = settings.find(number);
+    if (found == settings.end()) return QStringLiteral("null");
+    const RegisterRow &row = *findRegister(number);
+    return registerJson(row, found->second, settingMeaning(row, found->second));
+  };
   Table table;
-  table.addRow({QStringLiteral("SETTING"), one.name, other.name});
-  int differences = 0;
+  table.addRow({QStringLiteral("SETTING"), shown(one.name), shown(other.name)});
+  QStringList rows;
   for (const int number : numbers) {
     const QString left = text(one.settings, number);
     const QString right = text(other.settings, number);
     if (left == right) continue;
     table.addRow({keyOf(number), left, right});
-    ++differences;
+    rows.append(
+        QStringLiteral("    %1: [%2, %3]")
+            .arg(jsonText(keyOf(number)), object(one.settings, number), object(other.settings, number)));
   }
-  if (differences == 0) return;
-  console.data(table.text());
-  throw Failure{ExitCode::BadValue,
-                QStringLiteral("%1 of %2 settings differ.").arg(differences).arg(numbers.size())};
+  if (json) {
+    console.data(QStringLiteral("{\n  \"compared\": [%1, %2],\n  \"differences\": {%3}\n}\n")
+                     .arg(jsonText(shown(one.name)), jsonText(shown(other.name)),
+                          rows.isEmpty()
+                              ? QString()
+                              : u'\n' + rows.join(QStringLiteral(",\n")) + QStringLiteral("\n  ")));
+  }
+  if (rows.isEmpty()) return;
+  if (!json) console.data(table.text());
+  throw Failure{ExitCode::Different, QStringLiteral("%1 of %2.")
+                                         .arg(rows.size())
+                                         .arg(counted(static_cast<qsizetype>(numbers.size()),
+                                                      "setting differs", "settings differ"))};
 }
 
 }  // namespace tavril::cli

@@ -1,17 +1,18 @@
 #include "cli/SettingsFile.h"
 
 #include "cli/Failure.h"
+#include "cli/Files.h"
 #include "cli/JsonPlaces.h"
 #include "cli/JsonText.h"
 #include "cli/RegisterFacts.h"
 
-#include <QFile>
-#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QSaveFile>
+#include <QJsonParseError>
+#include <QJsonValue>
 
+#include <QLatin1Char>
 #include <algorithm>
 #include <cmath>
 #include <optional>
@@ -39,24 +40,6 @@ std::optional<int> integerOf(const QJsonValue &value) {
   return static_cast<int>(number);
 }
 
-/// The name as one line of a terminal may show it. A file from elsewhere could have line ends in its keys,
-/// the codes with which terminals are told what to do, or half of a character.
-QString printable(const QString &name) {
-  QString shown;
-  for (qsizetype at = 0; at < name.size(); ++at) {
-    const QChar unit = name[at];
-    const bool isPair = unit.isHighSurrogate() && at + 1 < name.size() && name[at + 1].isLowSurrogate();
-    const char32_t character = isPair ? QChar::surrogateToUcs4(unit, name[at + 1]) : unit.unicode();
-    if (QChar::isPrint(character)) {
-      shown += QStringView(name).mid(at, isPair ? 2 : 1);
-    } else {
-      shown += QStringLiteral("\\u%1").arg(uint{character}, 4, 16, QLatin1Char('0'));
-    }
-    if (isPair) ++at;
-  }
-  return shown;
-}
-
 struct Problem {
   TextPlace place;
   QString text;
@@ -72,17 +55,12 @@ class Checker {
       complain(member.place, member.path, QStringLiteral("is there twice"));
     }
     if (!document.isObject()) {
-      complain(QString(), QStringLiteral("the document is no object"));
+      complain(QString(), QStringLiteral("the document is not an object"));
     } else {
       checkWhole(document.object());
     }
-    std::ranges::stable_sort(found_, [](const Problem &one, const Problem &other) {
-      return std::tie(one.place.line, one.place.column) < std::tie(other.place.line, other.place.column);
-    });
-    for (const Problem &problem : found_) {
-      result_.problems.append(QStringLiteral("%1:%2: ").arg(problem.place.line).arg(problem.place.column) +
-                              problem.text);
-    }
+    result_.problems = inOrder(found_);
+    result_.remarks = inOrder(remarks_);
     result_.onlyRanges = ranges_ > 0 && ranges_ == result_.problems.size();
     if (!result_.problems.isEmpty()) result_.settings.clear();
     return result_;
@@ -111,10 +89,10 @@ class Checker {
       const RegisterRow *row = registerNamed(it.key());
       // A file has the keys themselves, as it is made by a program; numbers and other spellings are for
       // people.
-      if (!row || row->nameKey != it.key()) {
-        complain(path, QStringLiteral("is no setting"));
+      if (!row || (row->nameKey != it.key() && it.key() != maxTemperatureForPeople)) {
+        complain(path, QStringLiteral("is not a setting.") + suggestionFor(it.key()));
       } else if (!row->isSetting()) {
-        complain(path, QStringLiteral("is a live value, which cannot be set"));
+        complain(path, QStringLiteral("is measured by the servo and cannot be set"));
       } else {
         checkSetting(*row, path, it.value());
       }
@@ -136,13 +114,16 @@ class Checker {
     } else {
       complain(path, QStringLiteral("has no value"));
     }
-    // For people to read; a file in which they are others was not made for this servo.
+    // For people to read. An older Tavril may have known less; the value is what counts.
     if (members.contains(unit) && members[unit] != QJsonValue(unitOf(row))) {
-      complain(path + u'.' + unit, QStringLiteral("must be \"%1\"").arg(unitOf(row)));
+      remark(path + u'.' + unit,
+             QStringLiteral("is not \"%1\"; the value is taken as it is").arg(unitOf(row)));
     }
     const ValueRange known = settingRange(row);
     if (members.contains(range) && members[range] != QJsonValue(QJsonArray{known.minimum, known.maximum})) {
-      complain(path + u'.' + range, QStringLiteral("must be [%1, %2]").arg(known.minimum).arg(known.maximum));
+      remark(path + u'.' + range, QStringLiteral("is not [%1, %2]; the value is taken as it is")
+                                      .arg(known.minimum)
+                                      .arg(known.maximum));
     }
   }
 
@@ -159,7 +140,9 @@ class Checker {
       ++ranges_;
       return;
     }
-    result_.settings[row.number] = *number;
+    if (!result_.settings.emplace(row.number, *number).second) {
+      complain(path, QStringLiteral("names a setting that is there already"));
+    }
   }
 
   void expectKeys(const QJsonObject &object, const QString &prefix, const QStringList &known) {
@@ -177,16 +160,32 @@ class Checker {
     }
   }
 
+  static QStringList inOrder(std::vector<Problem> problems) {
+    std::ranges::stable_sort(problems, [](const Problem &one, const Problem &other) {
+      return std::tie(one.place.line, one.place.column) < std::tie(other.place.line, other.place.column);
+    });
+    QStringList lines;
+    for (const Problem &problem : problems) {
+      lines.append(QStringLiteral("%1:%2: ").arg(problem.place.line).arg(problem.place.column) +
+                   problem.text);
+    }
+    return lines;
+  }
+
+  void remark(const QString &path, const QString &text) {
+    remarks_.push_back({places_.of(path), shown(path) + u' ' + text});
+  }
   void complain(const QString &path, const QString &problem) { complain(places_.of(path), path, problem); }
   void complain(const TextPlace &place, const QString &path, const QString &problem) {
     const QString named =
         path.isEmpty() ? problem
-                       : printable(path) + QString::fromLatin1(problem[0].isLetter() ? " " : ": ") + problem;
+                       : shown(path) + QString::fromLatin1(problem[0].isLetter() ? " " : ": ") + problem;
     found_.push_back({place, named});
   }
 
   const JsonPlaces places_;
   std::vector<Problem> found_;
+  std::vector<Problem> remarks_;
   CheckedSettings result_;
   qsizetype ranges_ = 0;
 };
@@ -214,61 +213,24 @@ CheckedSettings checkSettings(const QByteArray &document) {
   const TextPlace place = placeOf(document, error.offset);
   CheckedSettings result;
   result.problems.append(
-      QStringLiteral("%1:%2: no JSON: %3").arg(place.line).arg(place.column).arg(error.errorString()));
+      QStringLiteral("%1:%2: not valid JSON: %3").arg(place.line).arg(place.column).arg(error.errorString()));
   return result;
 }
 
-Settings loadSettings(const QString &path) {
-  QFile file(path);
-  const QFileInfo info(path);
-  // Asked first, because a pipe or a device would be waited for.
-  if (info.exists() && !info.isFile()) {
-    throw Failure{ExitCode::Failed,
-                  QStringLiteral("%1 is no file that could be read: name one that dump has made.").arg(path)};
-  }
-  if (!file.open(QIODevice::ReadOnly)) {
-    throw Failure{
-        ExitCode::Failed,
-        QStringLiteral("%1 could not be read: %2. Check who may read it.").arg(path, file.errorString())};
-  }
-  const QByteArray document = file.read(largestFile + 1);
-  if (document.size() > largestFile) {
-    throw Failure{
-        ExitCode::Failed,
-        QStringLiteral("%1 is too large to be a file of settings: name one that dump has made.").arg(path)};
-  }
-  const CheckedSettings checked = checkSettings(document);
-  if (checked.problems.isEmpty()) return checked.settings;
-  QStringList lines;
-  for (const QString &problem : checked.problems) lines.append(path + u':' + problem);
-  lines.append(
-      QStringLiteral("%1 is no good, so nothing was done: \"tavrilctl dump\" makes files as they must be.")
-          .arg(path));
-  throw Failure{checked.onlyRanges ? ExitCode::BadValue : ExitCode::Failed, lines.join(u'\n')};
-}
-
-void expectNewFile(const QString &path, bool mayReplace) {
-  const QFileInfo info(path);
-  if (info.isDir()) throw Failure{ExitCode::Failed, QStringLiteral("%1 is a folder: name a file.").arg(path)};
-  if (mayReplace || !(info.exists() || info.isSymLink())) return;
-  throw Failure{
-      ExitCode::Failed,
-      QStringLiteral("%1 is there already: name another file, or replace it with --force.").arg(path)};
-}
-
-void saveFile(const QString &path, const QByteArray &content, bool mayReplace) {
-  QSaveFile file(path);
-  const auto fail = [&] {
-    throw Failure{ExitCode::Failed,
-                  QStringLiteral("%1 could not be written: %2. Name a file in a folder that you "
-                                 "may write to.")
-                      .arg(path, file.errorString())};
+LoadedSettings loadSettings(const QString &path) {
+  const CheckedSettings checked = checkSettings(readFile(path, largestFile));
+  const auto placed = [&](const QStringList &texts) {
+    QStringList lines;
+    for (const QString &text : texts) lines.append(shown(path) + u':' + text);
+    return lines;
   };
-  if (!file.open(QIODevice::WriteOnly)) fail();
-  file.write(content);
-  // Once more, for it may have come into being while the servo was read.
-  expectNewFile(path, mayReplace);
-  if (!file.commit()) fail();
+  if (checked.problems.isEmpty()) return {checked.settings, placed(checked.remarks)};
+  QStringList lines = placed(checked.problems);
+  lines.append(
+      QStringLiteral("Nothing was done, because %1 is not a valid file of settings. \"tavrilctl dump\" "
+                     "makes valid ones.")
+          .arg(shown(path)));
+  throw Failure{checked.onlyRanges ? ExitCode::BadValue : ExitCode::Failed, lines.join(u'\n')};
 }
 
 }  // namespace tavril::cli

@@ -1,6 +1,10 @@
 #include "cli/StreamConsole.h"
 
 #include "cli/Failure.h"
+#include "cli/Files.h"
+
+#include <QByteArray>
+#include <QStringList>
 
 #include <cerrno>
 #include <cstring>
@@ -12,18 +16,25 @@ void StreamConsole::data(const QString &text) {
   const QByteArray bytes = text.toUtf8();
   const auto size = static_cast<std::size_t>(bytes.size());
   if (std::fwrite(bytes.constData(), 1, size, out_) == size && std::fflush(out_) == 0) return;
+  // Who has read enough, as "head" does, wants to hear nothing of it.
+  if (errno == EPIPE) throw Failure{ExitCode::ClosedPipe, {}};
   throw Failure{ExitCode::Failed, QStringLiteral("the output could not be written: %1.")
                                       .arg(QString::fromLocal8Bit(std::strerror(errno)))};
 }
 
 void StreamConsole::status(const QString &line) {
   transient(QString());
-  std::fputs((line + u'\n').toUtf8().constData(), err_);
+  // Whatever a message quotes, it must not steer the terminal.
+  for (const QString &part : line.split(u'\n')) std::fputs((shown(part) + u'\n').toUtf8().constData(), err_);
   std::fflush(err_);
 }
 
+void StreamConsole::note(const QString &line) {
+  if (!isQuiet_) status(line);
+}
+
 void StreamConsole::transient(const QString &line) {
-  if (!isTerminal_ || (line.isEmpty() && !transientShown_)) return;
+  if (!isTerminal() || (line.isEmpty() && !transientShown_)) return;
   // Back to the line's beginning, the text, and nothing of what stood there before.
   std::fputs((u'\r' + line + QStringLiteral("\033[K")).toUtf8().constData(), err_);
   std::fflush(err_);

@@ -2,6 +2,8 @@
 
 #include "cli/Console.h"
 
+#include <QString>
+
 #include <cstdio>
 
 namespace tavril::cli {
@@ -15,12 +17,17 @@ class StreamConsole final : public Console {
   void data(const QString &text) override;
   void status(const QString &line) override;
   void transient(const QString &line) override;
-  bool isTerminal() const override { return isTerminal_; }
+  void note(const QString &line) override;
+  bool isTerminal() const override { return isTerminal_ && !isQuiet_; }
+
+  /// Leaves out notes and what passes by.
+  void beQuiet() { isQuiet_ = true; }
 
  private:
   std::FILE *const out_;
   std::FILE *const err_;
   const bool isTerminal_;
+  bool isQuiet_ = false;
   bool transientShown_ = false;
 };
 

@@ -3,8 +3,11 @@
 #include "cli/Conversation.h"
 #include "cli/DoctorReport.h"
 #include "cli/Failure.h"
+#include "cli/Files.h"
 #include "cli/Plan.h"
 #include "cli/Ports.h"
+#include "cli/ReadlineCommands.h"
+#include "cli/Script.h"
 #include "cli/SerialLine.h"
 #include "cli/Servo.h"
 #include "cli/Session.h"
@@ -15,9 +18,9 @@
 #include "platform/linux/PosixDeviceNodes.h"
 #include "platform/linux/PosixTerminalCalls.h"
 #include "platform/linux/ProcProcesses.h"
+#include "platform/linux/ProgramLog.h"
 #include "platform/linux/QtMainQueue.h"
 #include "platform/linux/StandardStreams.h"
-#include "platform/linux/StreamLog.h"
 #include "platform/linux/StringTables.h"
 #include "platform/linux/ThreadBackground.h"
 #include "platform/linux/UdevDeviceRegistry.h"
@@ -26,15 +29,28 @@
 #include "serial/PortRegistry.h"
 #include "serial/SerialEnvironment.h"
 #include "serial/SerialPort.h"
+#include "simulator/Registers.h"
 #include "simulator/VirtualServo.h"
 
+#include <QByteArray>
 #include <QCoreApplication>
+#include <QFileInfo>
+#include <QObject>
 #include <QSocketNotifier>
+#include <QString>
+#include <QStringList>
+#include <QTimer>
 
+#include <array>
+#include <atomic>
+#include <chrono>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <functional>
+#include <memory>
 #include <thread>
+#include <vector>
 
 #include <sys/signalfd.h>
 #include <unistd.h>
@@ -47,7 +63,7 @@ using namespace tavril::cli;
 constexpr unsigned long baudRate = 115200;
 
 int complain(Console &console, const Failure &failure) {
-  console.status(QStringLiteral("tavrilctl: ") + failure.text);
+  if (!failure.text.isEmpty()) console.status(QStringLiteral("tavrilctl: ") + failure.text);
   return static_cast<int>(failure.code);
 }
 
@@ -76,7 +92,7 @@ struct LooseEnds {
 
 /// Every object of the program. The order matters: what is named later goes first.
 struct House {
-  StreamLog log;
+  ProgramLog log{"tavrilctl"};
   QtMainQueue mainQueue;
   NotificationCenter notifications;
   StringTables strings{StringTables::standardFolders(), log};
@@ -94,6 +110,10 @@ struct House {
   LooseEnds looseEnds{mainQueue, portList};
   AtExit processExit;
 };
+
+bool isThere(const QString &path) {
+  return QFileInfo::exists(path);
+}
 
 /// Its path.
 QString startVirtualServo(House &house) {
@@ -113,7 +133,7 @@ QString portToUse(House &house, const Options &options) {
   if (options.demo) {
     path = startVirtualServo(house);
   } else {
-    path = choosePort(listPorts(house.devices, house.processes), options.port);
+    path = choosePort(listPorts(house.devices, house.processes), options.port, isThere);
   }
   const RegistryHandle device = SerialPort::deviceFromBSDPath(house.serial, path);
   if (device != 0) {
@@ -134,21 +154,22 @@ std::shared_ptr<SerialPort> portAt(House &house, const QString &path) {
   }
   throw Failure{
       ExitCode::NoPort,
-      QStringLiteral("there is no serial terminal at %1: choose one that \"tavrilctl ports\" lists.")
-          .arg(path)};
+      QStringLiteral("there is no serial terminal at %1. \"tavrilctl ports\" lists those there are.")
+          .arg(shown(path))};
 }
 
-/// Acts when a signal comes that ends the program; while the event loop runs.
+/// Acts when a signal comes that ends the program; while the event loop runs. `act` says whether it does end
+/// it.
 class EndingSignal {
  public:
-  EndingSignal(int signals, const std::function<void()> &act) {
+  EndingSignal(int signals, const std::function<bool(int signal)> &act) {
     if (signals < 0) return;
     notifier_ = std::make_unique<QSocketNotifier>(signals, QSocketNotifier::Read);
     QObject::connect(notifier_.get(), &QSocketNotifier::activated, notifier_.get(), [this, signals, act] {
       signalfd_siginfo information{};
       if (::read(signals, &information, sizeof information) != sizeof information) return;
-      endedBy_ = static_cast<int>(information.ssi_signo);
-      act();
+      const int signal = static_cast<int>(information.ssi_signo);
+      if (act(signal)) endedBy_ = signal;
     });
   }
 
@@ -161,10 +182,21 @@ class EndingSignal {
   int endedBy_ = 0;
 };
 
+/// Ends the program if the work does not notice soon that it is to end. It cannot while it waits for the
+/// reader of a pipe, or for input.
+void endSoon(int signal, const std::function<void()> &cleanUp) {
+  constexpr std::chrono::milliseconds longestEnd{500};
+  QTimer::singleShot(longestEnd, QCoreApplication::instance(), [signal, cleanUp] {
+    cleanUp();
+    std::_Exit(128 + signal);
+  });
+}
+
 /// Carries the work out on a thread of its own, while the main thread carries what comes from the port.
-int workThrough(House &house, const Options &options, Console &console, const Plan &plan, int signals) {
+int workThrough(House &house, const Options &options, Console &console, const Plan &plan, int signals,
+                ReadlineCommands *shell) {
   const std::shared_ptr<SerialPort> port = portAt(house, portToUse(house, options));
-  const auto line = std::make_shared<SerialLine>(house.background, port);
+  const auto line = std::make_shared<SerialLine>(house.background, house.log, port);
   port->setDelegate(line);
   port->setBaudRate(baudRate);
   port->setUsesLowLatency(true);
@@ -175,33 +207,54 @@ int workThrough(House &house, const Options &options, Console &console, const Pl
   }
 
   int status = 0;
+  std::atomic<bool> isEnding = false;
   std::thread worker([&] {
     try {
-      Conversation::Trace trace;
-      if (options.verbose) trace = [&console](const QString &text) { console.status(text); };
+      const Conversation::Trace trace = [&](const QString &text) {
+        house.log.write(text);
+        if (options.verbose) console.status(text);
+      };
       Conversation conversation(*line, {options.timeout, options.retries}, trace);
       Servo servo(conversation, line->name());
       Session session{servo, *line, console, house.strings};
+      if (shell) {
+        session.resume = [&] {
+          if (isEnding) return false;
+          line->resume();
+          return true;
+        };
+      }
       waitForBridge(session, options.bootWait);
       plan.work(session);
     } catch (const Failure &failure) {
+      house.log.warn(failure.text);
       status = complain(console, failure);
     }
     house.mainQueue.async([] { QCoreApplication::quit(); });
   });
 
-  const EndingSignal ending(signals, [&] { line->interrupt(); });
+  const EndingSignal ending(signals, [&](int signal) {
+    const bool ends = !shell || signal != SIGINT;
+    isEnding = ends;
+    line->interrupt();
+    if (shell) ends ? shell->end() : shell->dropLine();
+    if (ends) {
+      endSoon(signal, [&port] { port->close(); });
+    }
+    return ends;
+  });
   QCoreApplication::exec();
   worker.join();
   port->close();
-  return status == static_cast<int>(ExitCode::Interrupted) ? ending.status() : status;
+  return ending.hasCome() ? ending.status() : status;
 }
 
 /// The port to examine; empty for the first on the bus.
 QString portToExamine(House &house, const Options &options) {
   if (options.demo) return startVirtualServo(house);
-  return options.port.isEmpty() ? QString()
-                                : choosePort(listPorts(house.devices, house.processes), options.port);
+  return options.port.isEmpty()
+             ? QString()
+             : choosePort(listPorts(house.devices, house.processes), options.port, isThere);
 }
 
 int examine(House &house, const Options &options, Console &console, int signals) {
@@ -228,7 +281,11 @@ int examine(House &house, const Options &options, Console &console, int signals)
     if (status == 0) status = static_cast<int>(doctorStatus(results));
     house.mainQueue.async([] { QCoreApplication::quit(); });
   });
-  const EndingSignal ending(signals, [&] { examination.cancel(); });
+  const EndingSignal ending(signals, [&](int signal) {
+    examination.cancel();
+    endSoon(signal, [] {});
+    return true;
+  });
   QCoreApplication::exec();
   worker.join();
   return ending.hasCome() ? ending.status() : status;
@@ -236,35 +293,71 @@ int examine(House &house, const Options &options, Console &console, int signals)
 
 void showPorts(House &house, const Options &options, Console &console) {
   const std::vector<PortInfo> ports = listPorts(house.devices, house.processes);
-  console.data(options.json ? portsJson(ports) : portsTable(ports));
+  console.data(options.names ? portNames(ports) : options.json ? portsJson(ports) : portsTable(ports));
 }
 
-int run(int argc, char **argv, const CommandLine &line, Console &console) {
-  const int signals = endingSignals();
+/// Where the shell keeps its history; empty when there is no home for it.
+QString historyFile() {
+  const QByteArray state = qgetenv("XDG_STATE_HOME");
+  if (state.startsWith('/')) return textOf(state) + QStringLiteral("/tavril/history");
+  const QByteArray home = qgetenv("HOME");
+  return home.isEmpty() ? QString() : textOf(home) + QStringLiteral("/.local/state/tavril/history");
+}
+
+int run(int argc, char **argv, const Options &options, Console &console) {
+  // Before signals are held back: the standard input may be read, which may wait for its writer.
+  Plan plan = planFor(options, console);
+  if (!plan.work && isForSessions(options.verb)) return 0;
+  // Ports are listed on the main thread, which then could not hear of them.
+  const int signals = options.verb == Verb::Ports ? -1 : endingSignals();
   const QCoreApplication application(argc, argv);
-  const Plan plan = planFor(line.options, console);
-  const Verb verb = line.options.verb;
-  if (!plan.work && verb != Verb::Ports && verb != Verb::Doctor) return 0;
+  const CommandBook book = CommandLine::book(QStringLiteral(TAVRIL_VERSION));
+  std::unique_ptr<ReadlineCommands> shell;
+  if (options.verb == Verb::Shell) {
+    const bool isTyped = ::isatty(STDIN_FILENO) != 0 && ::isatty(STDOUT_FILENO) != 0;
+    if (isTyped) shell = std::make_unique<ReadlineCommands>(book, historyFile());
+    plan.work = [&shell](Session &session) {
+      const std::unique_ptr<CommandSource> input = shell ? nullptr : commandsIn(QStringLiteral("-"));
+      runShell(session, shell ? static_cast<CommandSource &>(*shell) : *input);
+    };
+  }
   House house;
   house.strings.setLanguage(QStringLiteral("en"));
-  if (plan.work) return workThrough(house, line.options, console, plan, signals);
-  if (verb == Verb::Doctor) return examine(house, line.options, console, signals);
-  if (line.options.demo) portToUse(house, line.options);
-  showPorts(house, line.options, console);
-  return 0;
+  try {
+    if (plan.work) return workThrough(house, options, console, plan, signals, shell.get());
+    if (options.verb == Verb::Doctor) return examine(house, options, console, signals);
+    if (options.demo) portToUse(house, options);
+    showPorts(house, options, console);
+    return 0;
+  } catch (const Failure &failure) {
+    house.log.warn(failure.text);
+    throw;
+  }
+}
+
+/// The values with which the virtual servo starts.
+std::array<int, simulator::registers::settingCount> defaults() {
+  std::array<int, simulator::registers::settingCount> values{};
+  for (std::size_t i = 0; i < values.size(); ++i) values[i] = simulator::registers::settings[i].factory;
+  return values;
 }
 
 }  // namespace
 
 int main(int argc, char **argv) {
   secureStandardStreams();
+  // A file that has grown to its limit is an error of the writing, and not the end of the program.
+  std::signal(SIGXFSZ, SIG_IGN);
   QCoreApplication::setApplicationName(QStringLiteral("Tavril"));
   StreamConsole console(stdout, stderr, ::isatty(STDERR_FILENO) != 0);
   QStringList arguments;
-  for (int i = 1; i < argc; ++i) arguments.append(QString::fromLocal8Bit(argv[i]));
-  const CommandLine line = CommandLine::parse(arguments, QStringLiteral(TAVRIL_VERSION));
+  for (int i = 1; i < argc; ++i) arguments.append(textOf(argv[i]));
+  CommandLine line = CommandLine::parse(arguments, QStringLiteral(TAVRIL_VERSION), defaults());
+  Options &options = line.options;
+  if (options.quiet) console.beQuiet();
+  if (options.port.isEmpty() && !options.demo) options.port = textOf(qgetenv("TAVRIL_PORT"));
   try {
-    if (!line.answer) return run(argc, argv, line, console);
+    if (!line.answer) return run(argc, argv, options, console);
     if (line.answer->status != 0) {
       throw Failure{static_cast<ExitCode>(line.answer->status), line.answer->text};
     }

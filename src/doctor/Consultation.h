@@ -2,6 +2,7 @@
 
 #include "doctor/Examination.h"
 
+#include <functional>
 #include <memory>
 
 namespace tavril {

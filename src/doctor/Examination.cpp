@@ -3,6 +3,8 @@
 #include "doctor/MachineChecks.h"
 #include "protocol/Frames.h"
 
+#include <QByteArray>
+
 #include <algorithm>
 #include <cerrno>
 #include <utility>

@@ -3,6 +3,7 @@
 #include "doctor/ShellWord.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace tavril::doctor {
 

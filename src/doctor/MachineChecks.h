@@ -5,6 +5,9 @@
 #include "platform/Processes.h"
 #include "platform/UsbBus.h"
 
+#include <QString>
+#include <QStringList>
+
 #include <vector>
 
 namespace tavril::doctor {

@@ -74,6 +74,13 @@ Result checkReply(const QString &path, Asked asked, const Heard &heard, std::chr
 
 Result checkFrame(const Heard &heard) {
   const CheckId check = CheckId::Frame;
+  if (!heard.isFrame && heard.isUnfinished && heard.noise == 0) {
+    return {check,
+            State::Failed,
+            QStringLiteral("doctor_frame_unfinished"),
+            {QString::fromLatin1(heard.beginning.toHex(' ').toUpper())},
+            QStringLiteral("doctor_advice_slow")};
+  }
   if (!heard.isFrame) {
     return {check,
             State::Failed,

@@ -4,6 +4,8 @@
 #include "doctor/Result.h"
 #include "platform/TerminalCalls.h"
 
+#include <QString>
+
 #include <chrono>
 
 namespace tavril::doctor {

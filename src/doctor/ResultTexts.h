@@ -2,6 +2,9 @@
 
 #include "doctor/Result.h"
 
+#include <QString>
+#include <QStringList>
+
 namespace tavril {
 class StringTable;
 }

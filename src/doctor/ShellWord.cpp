@@ -1,5 +1,8 @@
 #include "doctor/ShellWord.h"
 
+#include <QChar>
+#include <QStringView>
+
 #include <algorithm>
 
 namespace tavril::doctor {

@@ -2,8 +2,12 @@
 
 #include "editor/Style.h"
 #include "editor/WidgetElement.h"
+#include "platform/PlainTitle.h"
 #include "platform/StringTable.h"
 #include "ui_AboutPanel.h"
+
+#include <QAbstractButton>
+#include <QPalette>
 
 namespace tavril {
 
@@ -26,8 +30,8 @@ AboutPanel::AboutPanel(QWidget *parent) : QWidget(parent), ui_(std::make_unique<
 AboutPanel::~AboutPanel() = default;
 
 void AboutPanel::setTexts(const StringTable &strings) {
-  ui_->licence->setText(strings.text(u"licence"));
-  ui_->documents->setText(strings.text(u"documents"));
+  ui_->licence->setText(plainTitle(strings.text(u"licence")));
+  ui_->documents->setText(plainTitle(strings.text(u"documents")));
   ui_->aboutContent->setAccessibleName(strings.text(u"tavril"));  // "about" is the name of the title above
 }
 

@@ -2,6 +2,9 @@
 
 #include "editor/AboutView.h"
 
+#include <QColor>
+#include <QString>
+#include <QStringView>
 #include <QWidget>
 
 #include <map>

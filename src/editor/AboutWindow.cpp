@@ -7,6 +7,8 @@
 #include "platform/TextChange.h"
 
 #include <QKeyEvent>
+#include <QSize>
+#include <QString>
 #include <QVBoxLayout>
 
 #include <utility>
@@ -15,7 +17,7 @@ namespace tavril {
 
 namespace {
 
-constexpr QSize firstSize(500, 440);
+constexpr QSize aboutSize(500, 440);
 
 }  // namespace
 
@@ -31,7 +33,7 @@ AboutWindow::AboutWindow(const Desktop &desktop, InformationDictionary informati
   whole->addWidget(panel_);
   panel_->focusFirst();
   setTexts();
-  resize(firstSize);
+  resize(aboutSize);
   connect(panel_, &AboutPanel::licenceWanted, this, &AboutWindow::openLicence);
   connect(panel_, &AboutPanel::documentsWanted, this, [open = std::move(openDocuments)] { open(); });
   desktop_.notifications.addObserver(this, QString::fromUtf16(LanguageDidChangeNotification),

@@ -3,6 +3,8 @@
 #include "editor/About.h"
 #include "editor/LicenceWindow.h"
 
+#include <QEvent>
+#include <QKeyEvent>
 #include <QPointer>
 #include <QWidget>
 

@@ -4,8 +4,13 @@
 #include "editor/ServoPicture.h"
 #include "editor/WaitPanel.h"
 
+#include <QAccessible>
+#include <QAccessibleInterface>
 #include <QAccessibleWidget>
 #include <QLabel>
+#include <QObject>
+#include <QString>
+#include <QWidget>
 
 namespace tavril {
 

@@ -1,7 +1,9 @@
 #include "editor/AccessibleTexts.h"
 
 #include "platform/StringTable.h"
+#include "protocol/RegisterCatalogue.h"
 
+#include <QString>
 #include <QWidget>
 
 namespace tavril {
@@ -26,6 +28,12 @@ void AccessibleTexts::put(QWidget &screen, const StringTable &strings) {
   for (const NameRow &row : names) {
     if (auto *element = screen.findChild<QWidget *>(QString::fromUtf16(row.element))) {
       element->setAccessibleName(strings.text(row.key));
+    }
+  }
+  // Whoever hears a field hears what can be entered, as the tool tip says, and the notice.
+  for (const RegisterRow &row : settingRegisters()) {
+    if (auto *field = screen.findChild<QWidget *>(row.valueKey.toString())) {
+      field->setAccessibleDescription(strings.text(row.toolTipKey()) + u'\n' + strings.text(row.noticeKey()));
     }
   }
 }

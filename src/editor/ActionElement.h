@@ -1,9 +1,11 @@
 #pragma once
 
+#include "platform/PlainTitle.h"
 #include "platform/ScreenElement.h"
 
 #include <QAction>
 #include <QPointer>
+#include <QString>
 
 namespace tavril {
 
@@ -12,9 +14,9 @@ class ActionElement final : public ScreenElement {
  public:
   explicit ActionElement(QAction *action) : action_(action) {}
 
-  QString text() const override { return action_ ? action_->text() : QString(); }
+  QString text() const override { return action_ ? textOfTitle(action_->text()) : QString(); }
   void setText(const QString &text) override {
-    if (action_) action_->setText(text);
+    if (action_) action_->setText(plainTitle(text));
   }
   bool isEnabled() const override { return action_ && action_->isEnabled(); }
   void setEnabled(bool enabled) override {

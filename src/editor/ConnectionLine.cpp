@@ -2,7 +2,11 @@
 
 #include "editor/Style.h"
 
+#include <QColor>
 #include <QPainter>
+#include <QPen>
+#include <QPointF>
+#include <QRectF>
 
 namespace tavril {
 
@@ -20,7 +24,7 @@ QColor colourOf(ConnectionLine::State state) {
     case ConnectionLine::State::NotConnected:
       break;
   }
-  return Style::mutedText;
+  return Style::shown(Style::mutedText);
 }
 
 /// An empty ring, a ring half full, a full disc.
@@ -59,7 +63,8 @@ void ConnectionLine::paintEvent(QPaintEvent *event) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     const QRectF band = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
-    painter.setPen(QPen(state() == State::NotConnected ? Style::hairline : colourOf(state()), 1));
+    painter.setPen(
+        QPen(state() == State::NotConnected ? Style::shown(Style::hairline) : colourOf(state()), 1));
     painter.setBrush(Style::recess);
     painter.drawRoundedRect(band, 8, 8);
     drawLamp(painter, {lampRoom / 2.0, height() / 2.0}, state());

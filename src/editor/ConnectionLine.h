@@ -1,6 +1,9 @@
 #pragma once
 
 #include <QLabel>
+#include <QPaintEvent>
+#include <QString>
+#include <QWidget>
 
 namespace tavril {
 

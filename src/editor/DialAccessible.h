@@ -1,6 +1,12 @@
 #pragma once
 
+#include <QAccessible>
+#include <QAccessibleInterface>
+#include <QAccessibleValueInterface>
 #include <QAccessibleWidget>
+#include <QObject>
+#include <QString>
+#include <QVariant>
 
 namespace tavril {
 

@@ -4,12 +4,20 @@
 #include "editor/DialPointer.h"
 #include "editor/Style.h"
 
+#include <QAccessible>
+#include <QAccessibleValueChangeEvent>
+#include <QColor>
+#include <QFont>
 #include <QKeyEvent>
 #include <QPainter>
+#include <QPen>
+#include <QPointF>
+#include <QRectF>
 #include <QtMath>
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 
 namespace tavril {
 
@@ -39,8 +47,8 @@ void drawScale(QPainter &painter, QPointF centre) {
   for (int travel = 0; travel <= static_cast<int>(liveArc_deg); travel += tickStep_deg) {
     const bool isMark = std::find(marks_deg.begin(), marks_deg.end(), travel) != marks_deg.end();
     const double angle = zeroAngle_deg + travel;
-    painter.setPen(
-        QPen(isMark ? Style::mutedText : Style::edge, isMark ? 2 : 1.2, Qt::SolidLine, Qt::FlatCap));
+    painter.setPen(QPen(isMark ? Style::shown(Style::mutedText) : Style::shown(Style::edge), isMark ? 2 : 1.2,
+                        Qt::SolidLine, Qt::FlatCap));
     painter.drawLine(onRim(centre, tickRadius, angle),
                      onRim(centre, tickRadius + (isMark ? markLength : tickLength), angle));
   }
@@ -58,11 +66,11 @@ void drawFigures(QPainter &painter, QPointF centre, const QString &figures, std:
   QFont font = Style::textFont(24);
   font.setWeight(QFont::DemiBold);
   painter.setFont(font);
-  painter.setPen(position ? Style::text : Style::mutedText);
+  painter.setPen(position ? Style::shown(Style::text) : Style::shown(Style::mutedText));
   painter.drawText(QRectF(centre.x() - 45, centre.y() - 18, 90, 30), Qt::AlignCenter, figures);
   if (!position) return;
   painter.setFont(Style::textFont(11));
-  painter.setPen(Style::mutedText);
+  painter.setPen(Style::shown(Style::mutedText));
   painter.drawText(QRectF(centre.x() - 45, centre.y() + 12, 90, 18), Qt::AlignCenter,
                    QString::number(qRound(*position / dial::unitsPerDegree)) + QStringLiteral("\u00b0"));
 }
@@ -132,7 +140,7 @@ void DialView::paintEvent(QPaintEvent *) {
   painter.setRenderHint(QPainter::Antialiasing);
   const QPointF centre = QRectF(rect()).center();
 
-  painter.setPen(QPen(Style::hairline, 1));
+  painter.setPen(QPen(Style::shown(Style::hairline), 1));
   painter.setBrush(Style::recess);
   painter.drawEllipse(centre, faceRadius, faceRadius);
   painter.setBrush(Qt::NoBrush);

@@ -1,5 +1,9 @@
 #pragma once
 
+#include <QFocusEvent>
+#include <QKeyEvent>
+#include <QPaintEvent>
+#include <QString>
 #include <QWidget>
 
 #include <optional>

@@ -2,7 +2,12 @@
 
 #include "editor/Style.h"
 
+#include <QColor>
 #include <QPainter>
+#include <QPen>
+#include <QPointF>
+#include <QPolygonF>
+#include <QRectF>
 
 namespace tavril {
 
@@ -38,7 +43,7 @@ void DoctorMark::paintEvent(QPaintEvent *) {
     painter.setPen(QPen(colour, 2.2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
   };
   if (!state_) {
-    pen(isRunning_ ? Style::warningText : Style::mutedText);
+    pen(isRunning_ ? Style::warningText : Style::shown(Style::mutedText));
     painter.drawEllipse(disc);
     if (isRunning_) {
       painter.setBrush(Style::warningText);
@@ -65,7 +70,7 @@ void DoctorMark::paintEvent(QPaintEvent *) {
       painter.drawLine(QPointF(-3.5, 3.5), QPointF(3.5, -3.5));
       break;
     case doctor::State::Skipped:
-      pen(Style::mutedText);
+      pen(Style::shown(Style::mutedText));
       painter.drawLine(QPointF(-5, 0), QPointF(5, 0));
       break;
   }

@@ -2,6 +2,7 @@
 
 #include "doctor/Result.h"
 
+#include <QPaintEvent>
 #include <QWidget>
 
 #include <optional>

@@ -3,13 +3,17 @@
 #include "doctor/ResultTexts.h"
 #include "editor/DoctorMark.h"
 #include "editor/Style.h"
+#include "platform/PlainTitle.h"
 #include "platform/StringTable.h"
 
 #include <QApplication>
 #include <QClipboard>
+#include <QFont>
 #include <QGridLayout>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <QString>
 
 namespace tavril {
 
@@ -105,7 +109,7 @@ void DoctorRow::setTexts(const StringTable &strings) {
   advice_->setVisible(!texts.advice.isEmpty());
   command_->setText(command);
   remedy_->setVisible(!command.isEmpty());
-  copy_->setText(strings.text(u"doctor_copy"));
+  copy_->setText(plainTitle(strings.text(u"doctor_copy")));
   // Several buttons of one text have to be told apart by ear.
   copy_->setAccessibleName(QStringLiteral("%1: %2").arg(strings.text(u"doctor_copy"), command));
   setAccessibleName(QStringLiteral("%1: %2").arg(title_->text(), state));

@@ -21,7 +21,7 @@ class DoctorRow final : public QWidget {
  public:
   explicit DoctorRow(doctor::CheckId check, QWidget *parent = nullptr);
 
-  /// Still to come.
+  /// Not checked yet.
   void clear();
   void setRunning();
   void setResult(const doctor::Result &result);

@@ -5,16 +5,23 @@
 #include "editor/Style.h"
 #include "platform/Desktop.h"
 #include "platform/NotificationCenter.h"
+#include "platform/PlainTitle.h"
 #include "platform/StringTable.h"
 #include "platform/TextChange.h"
 
+#include <QAbstractSlider>
+#include <QFrame>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QPalette>
 #include <QPushButton>
 #include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QSize>
+#include <QString>
+#include <QVBoxLayout>
 
 #include <algorithm>
 #include <utility>
@@ -23,7 +30,7 @@ namespace tavril {
 
 namespace {
 
-constexpr QSize firstSize(680, 760);
+constexpr QSize doctorSize(680, 760);
 constexpr int margin = 24;
 
 QLabel *label(const char *name, QWidget *parent) {
@@ -72,11 +79,11 @@ DoctorWindow &DoctorWindow::open(QWidget &parent, const Desktop &desktop,
                                  const MakeRequest &makeRequest) {
   auto *window = parent.findChild<DoctorWindow *>(QString(), Qt::FindDirectChildrenOnly);
   if (window) {
-    if (window->isDone_) window->begin();
+    if (!window->isAtWork()) window->begin();
   } else {
     window = new DoctorWindow(desktop, surroundings, background, makeRequest, &parent);
     window->setAttribute(Qt::WA_DeleteOnClose);
-    window->resize(firstSize.boundedTo(parent.screen()->availableSize()));
+    window->resize(doctorSize.boundedTo(parent.screen()->availableSize()));
   }
   window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
   window->show();
@@ -155,9 +162,13 @@ void DoctorWindow::begin() {
                                              });
 }
 
+bool DoctorWindow::isAtWork() const {
+  return consultation_ && !isDone_;
+}
+
 void DoctorWindow::stop() {
-  if (isDone_ || !consultation_) return;
-  consultation_->stop();
+  if (!isAtWork()) return;
+  consultation_.reset();
   for (const auto &[check, shown] : rows_) {
     if (!shown->result()) shown->clear();
   }
@@ -168,8 +179,8 @@ void DoctorWindow::stop() {
 void DoctorWindow::setTexts() {
   setWindowTitle(desktop_.strings.text(u"connection_doctor"));
   intro_->setText(desktop_.strings.text(u"doctor_intro"));
-  again_->setText(desktop_.strings.text(u"doctor_again"));
-  close_->setText(desktop_.strings.text(u"close"));
+  again_->setText(plainTitle(desktop_.strings.text(u"doctor_again")));
+  close_->setText(plainTitle(desktop_.strings.text(u"close")));
   for (const auto &[check, shown] : rows_) shown->setTexts(desktop_.strings);
   showOutcome();
 }

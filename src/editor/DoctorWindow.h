@@ -2,8 +2,12 @@
 
 #include "doctor/Consultation.h"
 
+#include <QEvent>
+#include <QKeyEvent>
+#include <QObject>
 #include <QWidget>
 
+#include <chrono>
 #include <functional>
 #include <map>
 #include <memory>
@@ -48,6 +52,7 @@ class DoctorWindow final : public QWidget {
   bool eventFilter(QObject *watched, QEvent *event) override;
 
  private:
+  bool isAtWork() const;
   void build();
   void setTexts();
   void showOutcome();

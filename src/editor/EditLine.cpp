@@ -2,10 +2,26 @@
 
 #include <QFocusEvent>
 #include <QKeyEvent>
+#include <QString>
+#include <QValidator>
 
 namespace tavril {
 
+namespace {
+
+class LengthCheck final : public QValidator {
+ public:
+  using QValidator::QValidator;
+
+  State validate(QString &entry, int &) const override {
+    return entry.size() > EditLine::longestEntry ? Invalid : Acceptable;
+  }
+};
+
+}  // namespace
+
 EditLine::EditLine(QWidget *parent) : QLineEdit(parent) {
+  setValidator(new LengthCheck(this));
   connect(this, &QLineEdit::returnPressed, this, [this] { end(End::Return); });
 }
 
@@ -15,16 +31,20 @@ void EditLine::keyPressEvent(QKeyEvent *event) {
   QLineEdit::keyPressEvent(event);
 }
 
-void EditLine::focusOutEvent(QFocusEvent *event) {
-  QLineEdit::focusOutEvent(event);
-  switch (event->reason()) {
+bool EditLine::isPassing(const QFocusEvent &event) {
+  switch (event.reason()) {
     case Qt::ActiveWindowFocusReason:
     case Qt::PopupFocusReason:
     case Qt::MenuBarFocusReason:
-      return;
+      return true;
     default:
-      end(End::Leaving);
+      return false;
   }
+}
+
+void EditLine::focusOutEvent(QFocusEvent *event) {
+  QLineEdit::focusOutEvent(event);
+  if (!isPassing(*event)) end(End::Leaving);
 }
 
 void EditLine::end(End end) {

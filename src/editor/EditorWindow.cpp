@@ -14,17 +14,26 @@
 #include "editor/ValueField.h"
 #include "editor/WaitPanel.h"
 #include "platform/Desktop.h"
+#include "platform/MainQueue.h"
 #include "platform/NotificationCenter.h"
+#include "platform/PlainTitle.h"
 #include "platform/StringTable.h"
 #include "platform/TextChange.h"
 #include "protocol/RegisterCatalogue.h"
 #include "protocol/SharedState.h"
 
+#include <QAbstractButton>
 #include <QAction>
 #include <QCloseEvent>
+#include <QKeySequence>
 #include <QMenu>
 #include <QMenuBar>
+#include <QObject>
+#include <QPointF>
 #include <QScreen>
+#include <QString>
+#include <QWidget>
+#include <QWindow>
 
 #include <any>
 #include <utility>
@@ -71,12 +80,15 @@ void EditorWindow::buildScreen(SharedState &state, AppDelegate &appdelegate) {
   auto *scroll = new ScreenScroller(this);
   screen_ = new MainScreen;
   scroll->setWidget(screen_);
+  screen_->pointer().watchAround(*scroll->viewport());
   setCentralWidget(scroll);
 
   msgPanel_ = new MsgPanel;
   waitPanel_ = new WaitPanel;
   screen_->findChild<PanelBackdrop *>(QStringLiteral("ContrainerView_MsgView"))->setPanel(msgPanel_);
-  screen_->findChild<PanelBackdrop *>(QStringLiteral("ContrainerView_WaitView"))->setPanel(waitPanel_);
+  auto *waitBackdrop = screen_->findChild<PanelBackdrop *>(QStringLiteral("ContrainerView_WaitView"));
+  waitBackdrop->setPanel(waitPanel_);
+  connect(waitBackdrop, &PanelBackdrop::changing, waitPanel_, &WaitPanel::hideCloseButton);
   setTexts();
 
   screenView_ = std::make_unique<WidgetView>(*screen_);
@@ -143,8 +155,8 @@ void EditorWindow::buildMenus(AppDelegate &appdelegate) {
 }
 
 void EditorWindow::setToolTexts() {
-  converter_->setText(desktop_.strings.text(u"strings_converter"));
-  tables_->setText(desktop_.strings.text(u"string_tables"));
+  converter_->setText(plainTitle(desktop_.strings.text(u"strings_converter")));
+  tables_->setText(plainTitle(desktop_.strings.text(u"string_tables")));
 }
 
 void EditorWindow::addLanguageMenu(QMenu &tavril) {
@@ -192,6 +204,8 @@ void EditorWindow::wireScreen() {
     auto *field = screen_->findChild<ValueField *>(row.valueKey.toString());
     connect(field, &ValueField::committed, this,
             [this, name = row.valueKey] { controller_->text(screenView_->element(name)); });
+    connect(field, &ValueField::entered, this,
+            [this, key = row.noticeKey()] { controller_->focusCame(key); });
   }
   auto *angle = screen_->findChild<EntryField *>(QStringLiteral("angle"));
   connect(angle, &EntryField::began, this,
@@ -224,6 +238,16 @@ void EditorWindow::wireScreen() {
 void EditorWindow::showEvent(QShowEvent *event) {
   QMainWindow::showEvent(event);
   controller_->viewWillLayout();
+  if (actions_.seen) windowHandle()->installEventFilter(this);
+}
+
+bool EditorWindow::eventFilter(QObject *watched, QEvent *event) {
+  if (watched == windowHandle() && event->type() == QEvent::Expose && windowHandle()->isExposed() &&
+      actions_.seen) {
+    // In a moment, when it has been painted.
+    desktop_.mainQueue.async(std::exchange(actions_.seen, nullptr));
+  }
+  return QMainWindow::eventFilter(watched, event);
 }
 
 void EditorWindow::resizeEvent(QResizeEvent *event) {

@@ -8,7 +8,13 @@
 #include "editor/WidgetView.h"
 #include "editor/WindowsCtrl.h"
 
+#include <QCloseEvent>
+#include <QEvent>
 #include <QMainWindow>
+#include <QObject>
+#include <QResizeEvent>
+#include <QShowEvent>
+#include <QSize>
 
 #include <functional>
 #include <memory>
@@ -41,6 +47,7 @@ class EditorWindow final : public QMainWindow {
     std::function<void()> openConverter;
     std::function<void()> openTables;
     std::function<void()> userGuide;
+    std::function<void()> seen;  ///< once, when the window can first be seen
     WindowsCtrl::EndProcess endProcess;
     LanguageChoice *language =
         nullptr;  ///< what the language menu chooses from; without it there is no such menu
@@ -61,6 +68,7 @@ class EditorWindow final : public QMainWindow {
   void showEvent(QShowEvent *event) override;
   void resizeEvent(QResizeEvent *event) override;
   void closeEvent(QCloseEvent *event) override;
+  bool eventFilter(QObject *watched, QEvent *event) override;
 
  private:
   void buildScreen(SharedState &state, AppDelegate &appdelegate);

@@ -1,5 +1,7 @@
 #include "editor/EntryField.h"
 
+#include <QLineEdit>
+
 namespace tavril {
 
 EntryField::EntryField(QWidget *parent) : EditLine(parent) {

@@ -2,6 +2,8 @@
 
 #include "editor/EditLine.h"
 
+#include <QWidget>
+
 namespace tavril {
 
 /// An entry whose every change counts, such as the position.

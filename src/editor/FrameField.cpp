@@ -4,6 +4,8 @@
 
 #include <QMouseEvent>
 #include <QPainter>
+#include <QPalette>
+#include <QStyle>
 #include <QStyleOptionFrame>
 
 #include <algorithm>

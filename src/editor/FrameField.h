@@ -1,7 +1,14 @@
 #pragma once
 
+#include <QFocusEvent>
 #include <QLineEdit>
+#include <QMouseEvent>
+#include <QPaintEvent>
+#include <QRect>
+#include <QString>
 #include <QStringList>
+#include <QVariant>
+#include <QWidget>
 
 namespace tavril {
 

@@ -1,8 +1,12 @@
 #include "editor/GuideBrowser.h"
 
+#include <QByteArray>
+#include <QChar>
 #include <QImage>
+#include <QMetaType>
 #include <QSet>
 #include <QTextBlock>
+#include <QTextCharFormat>
 #include <QTextCursor>
 #include <QTextDocument>
 

@@ -1,6 +1,11 @@
 #pragma once
 
+#include <QString>
 #include <QTextBrowser>
+#include <QTextDocument>
+#include <QUrl>
+#include <QVariant>
+#include <QWidget>
 
 #include <functional>
 

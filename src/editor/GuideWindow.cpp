@@ -8,6 +8,7 @@
 
 #include <QFileInfo>
 #include <QKeyEvent>
+#include <QSize>
 #include <QUrl>
 #include <QVBoxLayout>
 
@@ -18,7 +19,7 @@ namespace tavril {
 
 namespace {
 
-constexpr QSize firstSize(840, 720);
+constexpr QSize guideSize(840, 720);
 
 QString guideIn(const QString &folder) {
   return folder + QStringLiteral("/docs/user-guide.md");
@@ -33,7 +34,7 @@ GuideWindow::GuideWindow(const Desktop &desktop, const QString &guide, GuideBrow
   browser_->setObjectName(QStringLiteral("guide"));
   auto *whole = new QVBoxLayout(this);
   whole->addWidget(browser_);
-  resize(firstSize);
+  resize(guideSize);
   setTexts();
   browser_->open(QUrl::fromLocalFile(guide));
   desktop_.notifications.addObserver(this, QString::fromUtf16(LanguageDidChangeNotification),

@@ -2,6 +2,7 @@
 
 #include "editor/GuideBrowser.h"
 
+#include <QKeyEvent>
 #include <QString>
 #include <QStringList>
 #include <QWidget>

@@ -7,6 +7,8 @@
 #include "platform/StringTable.h"
 #include "protocol/SharedState.h"
 
+#include <QLatin1String>
+#include <algorithm>
 #include <array>
 
 namespace tavril {
@@ -68,16 +70,29 @@ void HoverNotices::reset() {
 
 void HoverNotices::mouseMoved(QPointF location) {
   if (isBetween(0, location.x(), 1024) && isBetween(0, location.y(), 768)) {
-    if (const Row *row = rowAt(location)) {
-      str = strings_.text(row->key);
-      const QString entry = state_.ErrorMsgShowToMegView.value(row->entry.toString());
-      if (!entry.isEmpty()) str += entry + u'\n';
-    }
-    view_.setTextLook(u"NoticeMSGview", 18, LabelColor::White);
-    view_.element(u"NoticeMSGview").setText(str);
+    if (const Row *row = rowAt(location)) take(row->key, row->entry);
+    show();
   } else if (isBetween(658, location.x(), 993) && isBetween(103, location.y(), 307)) {
     state_.TextMouseFlag = QStringLiteral("MouseDown");  // meant: stands here although it is never reached
   }
+}
+
+void HoverNotices::focusCame(QStringView noticeKey) {
+  const auto *row = std::ranges::find(rows, noticeKey, &Row::key);
+  if (row == rows.end()) return;
+  take(row->key, row->entry);
+  show();
+}
+
+void HoverNotices::take(QStringView noticeKey, QStringView entryKey) {
+  str = strings_.text(noticeKey);
+  const QString entry = state_.ErrorMsgShowToMegView.value(entryKey.toString());
+  if (!entry.isEmpty()) str += entry + u'\n';
+}
+
+void HoverNotices::show() {
+  view_.setTextLook(u"NoticeMSGview", 18, LabelColor::White);
+  view_.element(u"NoticeMSGview").setText(str);
 }
 
 void HoverNotices::languageDidChange(const TextChange &change) {

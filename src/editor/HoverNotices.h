@@ -2,6 +2,7 @@
 
 #include <QPointF>
 #include <QString>
+#include <QStringView>
 
 namespace tavril {
 
@@ -11,8 +12,9 @@ class TextChange;
 struct Desktop;
 struct SharedState;
 
-/// Explains the row of the parameter list that the pointer is over. A notice stays until another row is
-/// hovered. Points are in the design's coordinates. Main thread only; owns nothing that it is given.
+/// Explains the row of the parameter list that the pointer has come to, or the keyboard's focus. A notice
+/// stays until the next row. Points are in the design's coordinates. Main thread only; owns nothing that it
+/// is given.
 class HoverNotices {
  public:
   HoverNotices(SharedState &state, EditorView &view, const Desktop &desktop);
@@ -20,10 +22,15 @@ class HoverNotices {
   /// Forgets the last notice.
   void reset();
   void mouseMoved(QPointF location);
+  /// The field of the row whose notice has this key has got the focus.
+  void focusCame(QStringView noticeKey);
   /// The notice that stays is from now on the one of the other language.
   void languageDidChange(const TextChange &change);
 
  private:
+  void take(QStringView noticeKey, QStringView entryKey);
+  void show();
+
   SharedState &state_;
   EditorView &view_;
   const StringTable &strings_;

@@ -2,12 +2,27 @@
 
 #include "editor/Style.h"
 
+#include <QColor>
 #include <QPainter>
+#include <QPen>
+#include <QPointF>
+#include <QRectF>
 
 namespace tavril {
 
 KnobView::KnobView(QWidget *parent) : QWidget(parent) {
   setAttribute(Qt::WA_TransparentForMouseEvents);
+}
+
+QRectF KnobView::frame() const {
+  return frame_.isNull() ? QRectF(geometry()) : frame_;
+}
+
+void KnobView::setFrame(const QRectF &frame) {
+  if (frame == frame_) return;
+  frame_ = frame;
+  setGeometry(frame.toAlignedRect());
+  update();
 }
 
 void KnobView::setKnown(bool isKnown) {
@@ -32,11 +47,11 @@ void KnobView::change(bool &state, bool value) {
 void KnobView::paintEvent(QPaintEvent *) {
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
-  const QPointF centre = QRectF(rect()).center();
-  const double radius = qMin(width(), height()) / 2.0;
+  const QPointF centre = frame().center() - pos();
+  const double radius = qMin(frame().width(), frame().height()) / 2.0;
 
-  QColor face = isKnown_ ? Style::text : Style::edge;
-  if (isHovered_) face = isKnown_ ? Style::restText : Style::disabledText;
+  QColor face = isKnown_ ? Style::shown(Style::text) : Style::shown(Style::edge);
+  if (isHovered_) face = isKnown_ ? Style::restText : Style::shown(Style::disabledText);
   if (isPressed_) face = Style::flashFace;
   painter.setPen(QPen(isFocused_ ? Style::accent : Style::well, 2));
   painter.setBrush(face);
@@ -47,7 +62,7 @@ void KnobView::paintEvent(QPaintEvent *) {
     painter.drawEllipse(centre, radius - 2.75, radius - 2.75);
   }
   painter.setPen(Qt::NoPen);
-  painter.setBrush(isKnown_ || isPressed_ ? Style::strongFace : Style::recess);
+  painter.setBrush(isKnown_ || isPressed_ ? Style::shown(Style::strongFace) : Style::recess);
   const double middle = isPressed_ ? 5 : 4;
   painter.drawEllipse(centre, middle, middle);
 }

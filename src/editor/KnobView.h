@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QPaintEvent>
+#include <QRectF>
 #include <QWidget>
 
 namespace tavril {
@@ -11,6 +13,10 @@ class KnobView : public QWidget {
  public:
   explicit KnobView(QWidget *parent = nullptr);
 
+  /// Where it is drawn, in the parent's coordinates, between whole points as well. The widget is the smallest
+  /// one round it.
+  QRectF frame() const;
+  void setFrame(const QRectF &frame);
   /// Pale as long as no position is known.
   void setKnown(bool isKnown);
   /// Brighter while the pointer could take it, and filled while it follows the pointer.
@@ -24,6 +30,7 @@ class KnobView : public QWidget {
  private:
   void change(bool &state, bool value);
 
+  QRectF frame_;
   bool isKnown_ = false;
   bool isHovered_ = false;
   bool isPressed_ = false;

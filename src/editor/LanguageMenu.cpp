@@ -2,6 +2,7 @@
 
 #include "app/LanguageChoice.h"
 #include "editor/Style.h"
+#include "platform/PlainTitle.h"
 
 #include <QAction>
 #include <QActionGroup>
@@ -19,8 +20,7 @@ LanguageMenu::LanguageMenu(QMenu &menu, LanguageChoice &choice)
   });
   menu.addSeparator();
   for (const LanguageChoice::Offer &offer : choice_.offers()) {
-    QString title = offer.name;
-    QAction *action = menu.addAction(title.replace(u'&', QStringLiteral("&&")));
+    QAction *action = menu.addAction(plainTitle(offer.name));
     action->setCheckable(true);
     action->setObjectName(QStringLiteral("language_") + offer.language);
     action->setFont(Style::languageFont(offer.language));

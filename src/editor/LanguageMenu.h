@@ -2,6 +2,7 @@
 
 #include <QHash>
 #include <QObject>
+#include <QString>
 
 class QAction;
 class QActionGroup;

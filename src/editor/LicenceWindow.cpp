@@ -4,15 +4,19 @@
 #include "platform/StringTable.h"
 
 #include <QFile>
+#include <QIODevice>
 #include <QKeyEvent>
+#include <QPalette>
 #include <QPlainTextEdit>
+#include <QSize>
+#include <QString>
 #include <QVBoxLayout>
 
 namespace tavril {
 
 namespace {
 
-constexpr QSize firstSize(660, 560);
+constexpr QSize licenceSize(660, 560);
 
 QString licenceText() {
   QFile file(QStringLiteral(":/licence/LICENSE"));
@@ -35,7 +39,7 @@ LicenceWindow::LicenceWindow(QWidget *parent)
   text_->setTabChangesFocus(true);
   auto *whole = new QVBoxLayout(this);
   whole->addWidget(text_);
-  resize(firstSize);
+  resize(licenceSize);
 }
 
 void LicenceWindow::setTexts(const StringTable &strings) {

@@ -9,6 +9,11 @@
 #include "platform/StringTable.h"
 #include "ui_MainScreen.h"
 
+#include <QChar>
+#include <QFont>
+#include <QLabel>
+#include <QLineEdit>
+
 #include <algorithm>
 
 namespace tavril {

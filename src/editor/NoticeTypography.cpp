@@ -3,6 +3,9 @@
 #include "editor/Style.h"
 
 #include <QAbstractTextDocumentLayout>
+#include <QChar>
+#include <QTextBlock>
+#include <QTextCharFormat>
 #include <QTextDocument>
 
 #include <algorithm>
@@ -25,7 +28,7 @@ void NoticeTypography::highlightBlock(const QString &text) {
   if (!isRule) return;
   QTextCharFormat format;
   format.setFont(Style::textFont(ruleSize));
-  format.setForeground(Style::mutedText);
+  format.setForeground(Style::shown(Style::mutedText));
   setFormat(0, static_cast<int>(text.size()), format);
 }
 

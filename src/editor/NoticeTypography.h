@@ -1,6 +1,8 @@
 #pragma once
 
+#include <QString>
 #include <QSyntaxHighlighter>
+#include <QTextDocument>
 
 namespace tavril {
 

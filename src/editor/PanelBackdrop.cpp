@@ -3,9 +3,12 @@
 #include "editor/ButtonLabel.h"
 #include "editor/Style.h"
 
+#include <QColor>
 #include <QGridLayout>
 #include <QKeyEvent>
+#include <QList>
 #include <QPainter>
+#include <QString>
 
 namespace tavril {
 
@@ -28,6 +31,11 @@ ButtonLabel *buttonFor(const QWidget &panel, const QString &identifier) {
   return nullptr;
 }
 
+ButtonLabel *cancelButton(const QWidget &panel) {
+  ButtonLabel *cancel = buttonFor(panel, QStringLiteral("cancel"));
+  return cancel ? cancel : buttonFor(panel, QStringLiteral("close"));
+}
+
 }  // namespace
 
 PanelBackdrop::PanelBackdrop(QWidget *parent) : QWidget(parent) {
@@ -41,6 +49,11 @@ void PanelBackdrop::setPanel(QWidget *panel) {
     grid->setContentsMargins({});
   }
   static_cast<QGridLayout *>(layout())->addWidget(panel, 0, 0, Qt::AlignCenter);
+}
+
+void PanelBackdrop::setVisible(bool visible) {
+  Q_EMIT changing();
+  QWidget::setVisible(visible);
 }
 
 bool PanelBackdrop::event(QEvent *event) {
@@ -61,7 +74,7 @@ bool PanelBackdrop::event(QEvent *event) {
 void PanelBackdrop::keyPressEvent(QKeyEvent *event) {
   if (event->key() != Qt::Key_Escape) {
     QWidget::keyPressEvent(event);
-  } else if (auto *cancel = buttonFor(*this, QStringLiteral("cancel")); cancel && !event->isAutoRepeat()) {
+  } else if (auto *cancel = cancelButton(*this); cancel && !event->isAutoRepeat()) {
     cancel->click();
   }
 }
@@ -72,17 +85,16 @@ void PanelBackdrop::showEvent(QShowEvent *event) {
   focusBefore_ = window()->focusWidget();
   // Those that were clicked when the panel was last up have stayed black since.
   for (ButtonLabel *button : findChildren<ButtonLabel *>()) button->setTextColor(Style::restText);
-  // Cancel comes first: Enter on a panel that came up unexpectedly does no harm.
-  QList<ButtonLabel *> buttons = usableButtons(*this);
-  auto *first = buttonFor(*this, QStringLiteral("cancel"));
-  if (!first && !buttons.isEmpty()) first = buttons.front();
-  if (first) first->setFocus(Qt::OtherFocusReason);
+  // Cancel comes first: Enter on a question that came up unexpectedly does no harm.
+  // The reason is that of an alert, so that a field does not take it for the user's leaving.
+  if (auto *cancel = cancelButton(*this)) cancel->setFocus(Qt::ActiveWindowFocusReason);
 }
 
 void PanelBackdrop::hideEvent(QHideEvent *event) {
   QWidget::hideEvent(event);
   if (focusBefore_ && focusBefore_->isVisible() && focusBefore_->isEnabled()) {
-    focusBefore_->setFocus(Qt::OtherFocusReason);
+    // It only returns, so that a field shows no notice in the place of the one that is shown.
+    focusBefore_->setFocus(Qt::ActiveWindowFocusReason);
   }
   focusBefore_.clear();
 }

@@ -1,13 +1,19 @@
 #pragma once
 
+#include <QEvent>
+#include <QHideEvent>
+#include <QKeyEvent>
+#include <QPaintEvent>
 #include <QPointer>
+#include <QShowEvent>
 #include <QWidget>
 
 namespace tavril {
 
 /// A container over the whole screen that holds one panel in its middle. While it is shown it dims what lies
 /// below, takes all pointer events, keeps the keyboard's focus among the panel's buttons, and Escape presses
-/// the button with the identifier "cancel". Hidden, it gives the focus back.
+/// the panel's cancel button: the one with the identifier "cancel", or without such a one "close". Hidden, it
+/// gives the focus back. A field that was being edited goes on being edited then.
 class PanelBackdrop : public QWidget {
   Q_OBJECT
 
@@ -16,6 +22,13 @@ class PanelBackdrop : public QWidget {
 
   /// Takes the panel over and keeps it centred.
   void setPanel(QWidget *panel);
+
+  /// Tells of every request, also of one to show what is up already.
+  void setVisible(bool visible) override;
+
+ Q_SIGNALS:
+  /// Somebody is about to show or hide the panel.
+  void changing();
 
  protected:
   bool event(QEvent *event) override;

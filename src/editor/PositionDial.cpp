@@ -9,6 +9,9 @@
 #include "protocol/Function.h"
 #include "protocol/SharedState.h"
 
+#include <QString>
+
+#include <QLatin1String>
 #include <algorithm>
 
 namespace tavril {

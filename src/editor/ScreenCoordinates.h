@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QPointF>
-#include <QRect>
 #include <QRectF>
 
 namespace tavril {
@@ -16,11 +15,10 @@ class ScreenCoordinates {
   static QPointF pointFromQt(QPointF point);
   static QPointF pointToQt(QPointF point);
 
-  /// A frame is given by its lower left corner and its size; Qt's widgets stand on whole pixels, so that the
-  /// corner and the size go to the nearest.
-  static QRect frameToQt(double x, double y, double frameWidth, double frameHeight);
+  /// A frame is given by its lower left corner and its size.
+  static QRectF frameToQt(double x, double y, double frameWidth, double frameHeight);
   /// The frame of a widget: x() and y() are its lower left corner.
-  static QRectF frameFromQt(const QRect &geometry);
+  static QRectF frameFromQt(const QRectF &geometry);
 };
 
 }  // namespace tavril

@@ -5,6 +5,7 @@
 #include "editor/ScreenCoordinates.h"
 
 #include <QMouseEvent>
+#include <QString>
 #include <QWidget>
 
 #include <algorithm>
@@ -35,12 +36,18 @@ ScreenPointer::ScreenPointer(QWidget &screen) : QObject(&screen), screen_(screen
   }
 }
 
+void ScreenPointer::watchAround(QWidget &around) {
+  around_ = &around;
+  around.installEventFilter(this);
+}
+
 bool ScreenPointer::eventFilter(QObject *watched, QEvent *event) {
   auto &widget = static_cast<QWidget &>(*watched);
   if (qobject_cast<PanelBackdrop *>(watched)) {
     if (event->type() == QEvent::Show) leave();
     return false;
   }
+  if (&widget == around_) return takeButton(*event);
   if (event->type() == QEvent::MouseMove) {
     const auto &mouse = static_cast<const QMouseEvent &>(*event);
     if (mouse.buttons() == Qt::NoButton) hover(widget, mouse);
@@ -53,7 +60,7 @@ bool ScreenPointer::isPanelUp() const {
   return std::any_of(panels.begin(), panels.end(), [](const auto *panel) { return panel->isVisible(); });
 }
 
-bool ScreenPointer::takeFromScreen(QEvent &event) {
+bool ScreenPointer::takeButton(QEvent &event) {
   switch (event.type()) {
     case QEvent::MouseButtonPress:
     case QEvent::MouseButtonDblClick:  // the second press of two in quick succession
@@ -64,6 +71,13 @@ bool ScreenPointer::takeFromScreen(QEvent &event) {
       if (static_cast<const QMouseEvent &>(event).button() != Qt::LeftButton || !isDown_) return false;
       release();
       return true;
+    default:
+      return false;
+  }
+}
+
+bool ScreenPointer::takeFromScreen(QEvent &event) {
+  switch (event.type()) {
     case QEvent::WindowBlocked:
     case QEvent::Hide:
       release();
@@ -72,7 +86,7 @@ bool ScreenPointer::takeFromScreen(QEvent &event) {
       leave();
       return false;
     default:
-      return false;
+      return takeButton(event);
   }
 }
 

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <QEvent>
 #include <QObject>
 #include <QPointF>
+#include <QPointer>
 
 class QMouseEvent;
 class QWidget;
@@ -9,7 +11,7 @@ class QWidget;
 namespace tavril {
 
 /// The pointer on the main screen, in the design's coordinates. Presses with the left button that no field or
-/// button takes for itself, and all that follows up to the release, also outside the screen; and moves
+/// button takes for itself, and all that follows up to the release, both also outside the screen; and moves
 /// without a button held, over whatever is on the screen. A panel that is shown keeps all of it to itself.
 /// Main thread only; lives as long as the screen at most.
 class ScreenPointer final : public QObject {
@@ -18,6 +20,8 @@ class ScreenPointer final : public QObject {
  public:
   /// Watches the screen and what is on it now. The panels' places must be there already.
   explicit ScreenPointer(QWidget &screen);
+  /// What is round the screen in a larger window: a press there counts as one on the screen.
+  void watchAround(QWidget &around);
 
   /// Whether a press is under way.
   bool isDown() const { return isDown_; }
@@ -39,6 +43,7 @@ class ScreenPointer final : public QObject {
   bool eventFilter(QObject *watched, QEvent *event) override;
 
  private:
+  bool takeButton(QEvent &event);
   bool takeFromScreen(QEvent &event);
   bool takePress(const QMouseEvent &mouse);
   bool takeDrag(const QMouseEvent &mouse);
@@ -49,6 +54,7 @@ class ScreenPointer final : public QObject {
   void followTo(QPointF location);
 
   QWidget &screen_;
+  QPointer<QWidget> around_;
   bool isDown_ = false;
   bool isOverDial_ = false;
 };

@@ -3,7 +3,9 @@
 #include "editor/PanelBackdrop.h"
 
 #include <QApplication>
+#include <QFrame>
 #include <QLayout>
+#include <QPoint>
 
 namespace tavril {
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QScrollArea>
+#include <QWidget>
 
 namespace tavril {
 

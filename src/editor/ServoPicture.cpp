@@ -2,8 +2,14 @@
 
 #include "editor/Style.h"
 
+#include <QColor>
 #include <QPainter>
 #include <QPainterPath>
+#include <QPen>
+#include <QPointF>
+#include <QRectF>
+
+#include <utility>
 
 namespace tavril {
 
@@ -74,7 +80,7 @@ void ServoPicture::paintEvent(QPaintEvent *) {
   const QRectF frame = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
   QPainterPath outline;
   outline.addRoundedRect(frame, 8, 8);
-  painter.setPen(QPen(Style::hairline, 1));
+  painter.setPen(QPen(Style::shown(Style::hairline), 1));
   painter.setBrush(Style::recess);
   painter.drawPath(outline);
   painter.setClipPath(outline);

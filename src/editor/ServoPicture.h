@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QPaintEvent>
 #include <QWidget>
 
 namespace tavril {

@@ -5,6 +5,9 @@
 #include "protocol/RegisterCatalogue.h"
 #include "protocol/SharedState.h"
 
+#include <QStringList>
+#include <QStringView>
+
 namespace tavril {
 
 namespace {

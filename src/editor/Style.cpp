@@ -1,13 +1,30 @@
 #include "editor/Style.h"
 
+#include "editor/ExactTextStyle.h"
+
 #include <QApplication>
 #include <QPainter>
 #include <QPalette>
+#include <QPen>
+#include <QStringList>
+#include <QStringView>
 #include <QStyleFactory>
+#include <QStyleHints>
 #include <QToolTip>
 #include <QWidget>
+#if QT_VERSION >= QT_VERSION_CHECK(6, 10, 0)
+#include <QAccessibilityHints>
+#endif
 
+#include <QGuiApplication>
+#include <QMetaObject>
+#include <QObject>
+
+#include <algorithm>
 #include <array>
+#include <cmath>
+#include <iterator>
+#include <utility>
 
 namespace tavril {
 
@@ -149,8 +166,18 @@ QPlainTextEdit#licenceText { font-family: "JetBrains Mono", "DejaVu Sans Mono", 
 QToolTip { background: {well}; color: {text}; border: 1px solid {edge}; padding: 4px; }
 )";
 
+Style::Contrast contrastNow = Style::Contrast::Usual;
+
+/// A colour and what stands in for it where more contrast is wanted.
+constexpr std::pair<QColor, QColor> stronger[]{
+    {Style::text, Style::restText},        {Style::hairline, Style::inputEdge},
+    {Style::edge, Style::mutedText},       {Style::inputEdge, Style::text},
+    {Style::mutedText, Style::text},       {Style::disabledText, {0xc4, 0xcc, 0xd6}},
+    {Style::strongFace, Style::selection}, {Style::strongEdge, Style::flashFace},
+};
+
 QString named(QString sheet, QStringView name, const QColor &colour) {
-  return sheet.replace(u'{' + name.toString() + u'}', colour.name());
+  return sheet.replace(u'{' + name.toString() + u'}', Style::shown(colour).name());
 }
 
 /// A region that draws the characters of East Asia in shapes of its own.
@@ -185,16 +212,35 @@ QPalette darkPalette() {
   palette.setColor(QPalette::Button, Style::face);
   palette.setColor(QPalette::ButtonText, Style::text);
   palette.setColor(QPalette::BrightText, Style::restText);
-  palette.setColor(QPalette::PlaceholderText, Style::mutedText);
+  palette.setColor(QPalette::PlaceholderText, Style::shown(Style::mutedText));
   palette.setColor(QPalette::Highlight, Style::selection);
   palette.setColor(QPalette::HighlightedText, Style::text);
   palette.setColor(QPalette::ToolTipBase, Style::well);
   palette.setColor(QPalette::ToolTipText, Style::text);
   palette.setColor(QPalette::Link, Style::accent);
   for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
-    palette.setColor(QPalette::Disabled, role, Style::disabledText);
+    palette.setColor(QPalette::Disabled, role, Style::shown(Style::disabledText));
   }
   return palette;
+}
+
+/// What the desktop is told, and what it tells, as far as this version of Qt can.
+void followDesktop() {
+#if QT_VERSION >= QT_VERSION_CHECK(6, 8, 0)
+  // There is one look. Window frames and panels that the desktop draws are to go with it.
+  QGuiApplication::styleHints()->setColorScheme(Qt::ColorScheme::Dark);
+#endif
+#if QT_VERSION >= QT_VERSION_CHECK(6, 10, 0)
+  const QAccessibilityHints *hints = QGuiApplication::styleHints()->accessibility();
+  const auto follow = [](Qt::ContrastPreference wish) {
+    Style::setContrast(wish == Qt::ContrastPreference::HighContrast ? Style::Contrast::High
+                                                                    : Style::Contrast::Usual);
+  };
+  static QMetaObject::Connection connection;
+  QObject::disconnect(connection);
+  connection = QObject::connect(hints, &QAccessibilityHints::contrastPreferenceChanged, qApp, follow);
+  follow(hints->contrastPreference());
+#endif
 }
 
 }  // namespace
@@ -205,6 +251,20 @@ std::span<const Style::TextPair> Style::textPairs() {
 
 std::span<const Style::MarkPair> Style::markPairs() {
   return marks;
+}
+
+QColor Style::shown(const QColor &colour) {
+  if (contrastNow == Contrast::Usual) return colour;
+  const auto *found = std::ranges::find(stronger, colour, &std::pair<QColor, QColor>::first);
+  return found == std::end(stronger) ? colour : found->second;
+}
+
+void Style::setContrast(Contrast contrast) {
+  if (contrast == contrastNow) return;
+  contrastNow = contrast;
+  QApplication::setPalette(darkPalette());
+  // All that is there is painted anew when the sheet is set.
+  qApp->setStyleSheet(sheet());
 }
 
 QFont Style::languageFont(const QString &language) {
@@ -233,11 +293,17 @@ QFont Style::valueFont(int pixelSize) {
 }
 
 void Style::setLabelSize(QWidget &label, double pixelSize) {
+  // What is no number fails the comparison as well.
+  const double size =
+      pixelSize > 0 ? std::clamp(pixelSize, smallestLabelSize, largestLabelSize) : defaultLabelSize;
   QFont font = label.font();
-  const int size = pixelSize > 0 ? qMax(1, qRound(pixelSize)) : defaultLabelSize;
-  if (font.pixelSize() == size) return;
-  font.setPixelSize(size);
-  label.setFont(font);
+  if (size == std::floor(size)) {
+    font.setPixelSize(static_cast<int>(size));
+  } else {
+    // Only points can be given in fractions.
+    font.setPointSizeF(size * 72 / label.logicalDpiY());
+  }
+  if (font != label.font()) label.setFont(font);
 }
 
 void Style::softenBold(QWidget &screen) {
@@ -299,7 +365,7 @@ void Style::setLanguage(const QString &language) {
 }
 
 void Style::apply(QApplication &application, const QString &language) {
-  QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+  QApplication::setStyle(new ExactTextStyle(QStringLiteral("Fusion")));
   // Nothing on the screen moves but what the user or the servo moves.
   for (const Qt::UIEffect effect : {Qt::UI_AnimateMenu, Qt::UI_FadeMenu, Qt::UI_AnimateCombo,
                                     Qt::UI_AnimateTooltip, Qt::UI_FadeTooltip, Qt::UI_AnimateToolBox}) {
@@ -308,6 +374,7 @@ void Style::apply(QApplication &application, const QString &language) {
   QApplication::setPalette(darkPalette());
   setLanguage(language);
   application.setStyleSheet(sheet());
+  followDesktop();
 }
 
 }  // namespace tavril

@@ -2,6 +2,7 @@
 
 #include <QColor>
 #include <QFont>
+#include <QRectF>
 #include <QString>
 
 #include <span>
@@ -40,6 +41,8 @@ class Style {
 
   static constexpr int defaultLabelSize = 13;  ///< pixels
   static constexpr int noticeSize = 18;        ///< pixels
+  static constexpr double smallestLabelSize = 8;
+  static constexpr double largestLabelSize = 24;
 
   /// A text colour and the colour that it is put on.
   struct TextPair {
@@ -57,6 +60,13 @@ class Style {
   };
   static std::span<const MarkPair> markPairs();
 
+  /// How much texts and edges stand out. Usual until apply() hears of another wish of the desktop's, which Qt
+  /// tells of from 6.10 on.
+  enum class Contrast { Usual, High };
+  static void setContrast(Contrast contrast);
+  /// One of the colours above as it is to be painted now.
+  static QColor shown(const QColor &colour);
+
   /// The font of texts in this language: of the regions that write with the same characters each has shapes
   /// of its own.
   static QFont languageFont(const QString &language);
@@ -65,7 +75,8 @@ class Style {
   static QFont textFont(int pixelSize = defaultLabelSize);
   static QFont valueFont(int pixelSize = defaultLabelSize);
 
-  /// Gives the label this size and leaves its face and weight. A size of 0 or below: the default size.
+  /// Gives the label this size, or the nearest within the bounds, and leaves its face and weight. A size of 0
+  /// or below, or one that is no number: the default size.
   static void setLabelSize(QWidget &label, double pixelSize);
 
   /// The screen designs can only say "bold", which is heavier than the titles and buttons are meant to be.

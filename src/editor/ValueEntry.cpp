@@ -8,6 +8,8 @@
 #include "platform/StringTable.h"
 #include "protocol/SharedState.h"
 
+#include <QChar>
+
 #include <algorithm>
 
 namespace tavril {

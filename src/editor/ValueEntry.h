@@ -3,6 +3,7 @@
 #include "protocol/EntryRanges.h"
 
 #include <QString>
+#include <QStringView>
 
 namespace tavril {
 

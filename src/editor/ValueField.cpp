@@ -1,5 +1,6 @@
 #include "editor/ValueField.h"
 
+#include <QFocusEvent>
 #include <QStyle>
 
 namespace tavril {
@@ -12,6 +13,11 @@ void ValueField::setAlarm(bool alarm) {
   // A style sheet looks at properties only when it meets a widget anew.
   style()->unpolish(this);
   style()->polish(this);
+}
+
+void ValueField::focusInEvent(QFocusEvent *event) {
+  EditLine::focusInEvent(event);
+  if (!isPassing(*event)) Q_EMIT entered();
 }
 
 void ValueField::finish(End, bool wasEdited) {

@@ -2,6 +2,9 @@
 
 #include "editor/EditLine.h"
 
+#include <QFocusEvent>
+#include <QWidget>
+
 namespace tavril {
 
 /// The value of a register. A field with the property "readout" is a read-out and takes no entry.
@@ -20,8 +23,11 @@ class ValueField : public EditLine {
  Q_SIGNALS:
   /// Once for each edit, when the user pressed Return or left the field.
   void committed();
+  /// The keyboard's focus has come here, and did not just return with the window or from a menu.
+  void entered();
 
  protected:
+  void focusInEvent(QFocusEvent *event) override;
   void finish(End end, bool wasEdited) override;
 
  private:

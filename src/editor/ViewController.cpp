@@ -15,8 +15,13 @@
 #include "protocol/RegisterCatalogue.h"
 #include "protocol/SharedState.h"
 
+#include <QStringList>
+
+#include <QLatin1String>
 #include <array>
+#include <chrono>
 #include <utility>
+#include <variant>
 
 namespace tavril {
 
@@ -62,7 +67,8 @@ ViewController::ViewController(SharedState &state, CommandSender &appdelegate, E
 
 ViewController::~ViewController() {
   if (tick_) tick_->stop();
-  stopCountdown();
+  stopCountdowns();
+  for (const auto &timer : flashes_) timer->stop();
   // The elements go with the view, and nobody may find them any more.
   state_.ObjectDictionaryArray = ValueStore();
   state_.textFieldValue.clear();
@@ -155,13 +161,13 @@ bool ViewController::carryOut(const QString &request) {
   if (request == u"InitSerialPort") {
     cnt = countdownStart;
     // Meant: a countdown that still runs goes on, and two of them run twice as fast.
-    TimerCnt_ = desktop_.timers.repeating(countdownInterval, [this] { ConnectTimeout(); });
+    TimerCnt_.push_back(desktop_.timers.repeating(countdownInterval, [this] { ConnectTimeout(); }));
   } else if (request == u"MotorInitOK") {
     setUsable(true);
-    stopCountdown();
+    stopCountdowns();
   } else if (request == u"MotorInitFail") {
     setUsable(false);
-    stopCountdown();
+    stopCountdowns();
   } else if (request == u"DetectionMotro") {
     FunctionCMD_->Init_Servo();
   } else if (request == u"UpdateMotorValue") {
@@ -188,9 +194,9 @@ void ViewController::setUsable(bool usable) {
   }
 }
 
-void ViewController::stopCountdown() {
-  if (TimerCnt_) TimerCnt_->stop();
-  TimerCnt_.reset();
+void ViewController::stopCountdowns() {
+  for (const auto &timer : TimerCnt_) timer->stop();
+  TimerCnt_.clear();
 }
 
 void ViewController::UpdateMotorValue(int position) {
@@ -208,7 +214,7 @@ void ViewController::ConnectTimeout() {
   --cnt;
   desktop_.log.write(QStringLiteral("cnt=%1").arg(cnt));
   if (cnt >= 1) return;
-  stopCountdown();
+  stopCountdowns();
   auto &elements = state_.ObjectDictionaryArray;
   elements.element(u"CloseButtonView").setHidden(false);
   elements.element(u"WaitContent").setText(desktop_.strings.text(u"Please_check_device_is_ready"));
@@ -243,7 +249,15 @@ void ViewController::LabelTouchEvent(const QString &identifier) {
     }
     break;
   }
-  desktop_.timers.oneShot(flashTime, [this] { Colorreset(); });
+  flash();
+}
+
+void ViewController::flash() {
+  const auto place = flashes_.emplace(flashes_.end());
+  *place = desktop_.timers.oneShot(flashTime, [this, place] {
+    flashes_.erase(place);
+    Colorreset();
+  });
 }
 
 void ViewController::sweep() {

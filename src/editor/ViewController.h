@@ -8,8 +8,11 @@
 
 #include <QPointF>
 #include <QString>
+#include <QStringView>
 
+#include <list>
 #include <memory>
+#include <vector>
 
 namespace tavril {
 
@@ -66,6 +69,8 @@ class ViewController {
   void mouseDragged(QPointF location) { positionDial_->mouseDragged(location); }
   void mouseUp() { positionDial_->mouseUp(); }
   void mouseMoved(QPointF location) { hoverNotices_.mouseMoved(location); }
+  /// A field has got the focus: the notice with this key, which is its row's, is shown.
+  void focusCame(QStringView noticeKey) { hoverNotices_.focusCame(noticeKey); }
   /// The dial's keys: as if the knob had been dragged there.
   void dragTo(int position) { positionDial_->dragTo(position); }
 
@@ -81,7 +86,8 @@ class ViewController {
   bool carryOut(const QString &request);
   void askFor(QStringView questionKey);
   void setUsable(bool usable);
-  void stopCountdown();
+  void stopCountdowns();
+  void flash();
   void sweep();
   void logAnswer(int answer);
 
@@ -95,7 +101,10 @@ class ViewController {
   std::unique_ptr<PositionEntry> positionEntry_;
   std::unique_ptr<PositionDial> positionDial_;
   std::shared_ptr<Timer> tick_;
-  std::shared_ptr<Timer> TimerCnt_;
+  /// The countdowns that run: more than one when the port was confirmed again meanwhile.
+  std::vector<std::shared_ptr<Timer>> TimerCnt_;
+  /// What turns clicked buttons white again.
+  std::list<std::shared_ptr<Timer>> flashes_;
 };
 
 }  // namespace tavril

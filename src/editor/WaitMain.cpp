@@ -28,6 +28,8 @@ void WaitMain::WaitButton(const QString &identifier) {
   if (identifier == u"close") {
     state_.ToolbarFlag = QStringLiteral("MotorInitFail");
     state_.CancelConnectFlag = QStringLiteral("disconnect");
+    // Nobody else says so: what comes from the port counts no more.
+    state_.ObjectDictionaryArray.element(u"ConnectStatus").setText(desktop_.strings.text(u"Not_connect"));
   }
   state_.ObjectDictionaryArray.element(u"ContrainerView_WaitView").setHidden(true);
 }

@@ -1,10 +1,11 @@
 #include "editor/WaitPanel.h"
 
 #include "editor/Style.h"
+#include "platform/PlainTitle.h"
 #include "platform/StringTable.h"
 #include "ui_WaitPanel.h"
 
-#include <QHideEvent>
+#include <QEvent>
 
 namespace tavril {
 
@@ -18,8 +19,8 @@ WaitPanel::WaitPanel(QWidget *parent) : QWidget(parent), ui_(std::make_unique<Ui
 WaitPanel::~WaitPanel() = default;
 
 void WaitPanel::setTexts(const StringTable &strings) {
-  ui_->CloseButton->setText(strings.text(u"stop_waiting"));
-  ui_->doctor->setText(strings.text(u"connection_doctor"));
+  ui_->CloseButton->setText(plainTitle(strings.text(u"stop_waiting")));
+  ui_->doctor->setText(plainTitle(strings.text(u"connection_doctor")));
 }
 
 bool WaitPanel::eventFilter(QObject *watched, QEvent *event) {
@@ -28,9 +29,8 @@ bool WaitPanel::eventFilter(QObject *watched, QEvent *event) {
   return QWidget::eventFilter(watched, event);
 }
 
-void WaitPanel::hideEvent(QHideEvent *event) {
-  QWidget::hideEvent(event);
-  if (!event->spontaneous()) ui_->CloseButtonView->hide();
+void WaitPanel::hideCloseButton() {
+  ui_->CloseButtonView->hide();
 }
 
 }  // namespace tavril

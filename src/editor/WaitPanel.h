@@ -1,5 +1,8 @@
 #pragma once
 
+#include <QEvent>
+#include <QHideEvent>
+#include <QObject>
 #include <QWidget>
 
 #include <memory>
@@ -26,6 +29,9 @@ class WaitPanel : public QWidget {
   /// changed.
   void setTexts(const StringTable &strings);
 
+  /// A wait begins or has ended: the button that gives up is hidden until this wait has lasted too long.
+  void hideCloseButton();
+
  Q_SIGNALS:
   /// The user wants to know why there is no answer.
   void doctorWanted();
@@ -33,8 +39,6 @@ class WaitPanel : public QWidget {
  protected:
   /// What goes with the button that gives up comes and goes with it.
   bool eventFilter(QObject *watched, QEvent *event) override;
-  /// The button that gives up is hidden again, for the next wait.
-  void hideEvent(QHideEvent *event) override;
 
  private:
   std::unique_ptr<Ui::WaitPanel> ui_;

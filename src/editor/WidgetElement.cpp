@@ -1,11 +1,14 @@
 #include "editor/WidgetElement.h"
 
+#include "platform/PlainTitle.h"
 #include "platform/PlainToolTip.h"
 
 #include <QAbstractButton>
+#include <QChar>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
+#include <QVariant>
 
 namespace tavril {
 
@@ -24,21 +27,28 @@ void put(QLineEdit &line, const QString &text) {
 }
 
 QString textOf(const QPlainTextEdit &view) {
-  return view.toPlainText();
+  // As it is: what is meant for copying makes a no-break space a space.
+  return view.document()->toRawText().replace(QChar::ParagraphSeparator, u'\n');
 }
 
 void put(QPlainTextEdit &view, const QString &text) {
   view.setPlainText(text);
 }
 
-template <typename Label>
-QString textOf(const Label &label) {
-  return label.text();
+QString textOf(const QLabel &label) {
+  return label.buddy() ? textOfTitle(label.text()) : label.text();
 }
 
-template <typename Label>
-void put(Label &label, const QString &text) {
-  label.setText(text);
+void put(QLabel &label, const QString &text) {
+  label.setText(label.buddy() ? plainTitle(text) : text);
+}
+
+QString textOf(const QAbstractButton &button) {
+  return textOfTitle(button.text());
+}
+
+void put(QAbstractButton &button, const QString &text) {
+  button.setText(plainTitle(text));
 }
 
 /// A widget of a kind that has a text.

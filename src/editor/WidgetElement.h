@@ -3,6 +3,7 @@
 #include "platform/ScreenElement.h"
 
 #include <QPointer>
+#include <QString>
 #include <QWidget>
 
 #include <memory>

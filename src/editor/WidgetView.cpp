@@ -1,11 +1,16 @@
 #include "editor/WidgetView.h"
 
 #include "editor/ButtonLabel.h"
+#include "editor/KnobView.h"
 #include "editor/ScreenCoordinates.h"
 #include "editor/Style.h"
 #include "editor/WidgetElement.h"
 
+#include <QColor>
+#include <QPalette>
 #include <QPlainTextEdit>
+#include <QRectF>
+#include <QVariant>
 #include <QWidget>
 
 namespace tavril {
@@ -99,14 +104,17 @@ void WidgetView::setTextLook(QStringView textView, double size_pt, LabelColor co
   view.setPalette(palette);
 }
 
+KnobView &WidgetView::knob() const {
+  return static_cast<KnobView &>(widget(u"MotorPoint"));
+}
+
 DesignRect WidgetView::knobFrame() const {
-  const QRectF frame = ScreenCoordinates::frameFromQt(widget(u"MotorPoint").geometry());
+  const QRectF frame = ScreenCoordinates::frameFromQt(knob().frame());
   return {frame.x(), frame.y(), frame.width(), frame.height()};
 }
 
 void WidgetView::setKnobFrame(const DesignRect &frame) {
-  widget(u"MotorPoint")
-      .setGeometry(ScreenCoordinates::frameToQt(frame.x, frame.y, frame.width, frame.height));
+  knob().setFrame(ScreenCoordinates::frameToQt(frame.x, frame.y, frame.width, frame.height));
 }
 
 }  // namespace tavril

@@ -3,6 +3,8 @@
 #include "editor/EditorView.h"
 
 #include <QHash>
+#include <QString>
+#include <QStringView>
 
 #include <memory>
 #include <unordered_map>
@@ -10,6 +12,8 @@
 class QWidget;
 
 namespace tavril {
+
+class KnobView;
 
 /// A screen or panel of widgets as its controller sees it: elements are found by the object names below the
 /// root widget, controls by their property "tag". The root must outlive the view. Main thread only.
@@ -33,6 +37,7 @@ class WidgetView final : public EditorView, public PanelView {
 
  private:
   QWidget &widget(QStringView name) const;
+  KnobView &knob() const;
   QWidget *widgetWithTag(int tag) const;
   ScreenElement &over(QWidget &widget);
 

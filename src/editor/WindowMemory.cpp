@@ -4,7 +4,12 @@
 #include "platform/Preferences.h"
 
 #include <QGuiApplication>
+#include <QList>
+#include <QRect>
 #include <QScreen>
+#include <QString>
+
+#include <optional>
 
 namespace tavril {
 

@@ -1,6 +1,7 @@
 #include "editor/WindowPlace.h"
 
 #include <QRegularExpression>
+#include <QRegularExpressionMatch>
 
 #include <algorithm>
 

@@ -3,6 +3,9 @@
 #include "platform/Error.h"
 #include "platform/ModalAlert.h"
 
+#include <QString>
+#include <QStringList>
+
 namespace tavril {
 
 bool AlertErrorPresenter::present(const Error &error) {

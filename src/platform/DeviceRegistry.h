@@ -57,8 +57,10 @@ class DeviceRegistry {
 
   /// Watches for devices that come (Published) or go (Terminated). The walk that is handed out holds those
   /// present now (Published) or none (Terminated); walking it to its end arms the watch. From then on the
-  /// callback is called on the main thread with the same walk, refilled. Releasing the walk ends the watch.
-  /// False when the watch cannot be had; `iterator` may then still need to be released.
+  /// callback is called on the main thread with the same walk, refilled; the walk is then walked to its end
+  /// once for each call. Devices that come and go in turns are told in turns, so calls that are answered in
+  /// their order, however late, tell all of it in order. Releasing the walk ends the watch. False when the
+  /// watch cannot be had; `iterator` may then still need to be released.
   virtual bool addMatchingNotification(DeviceEvent event, const DeviceMatch &match, Callback callback,
                                        Context *context, RegistryHandle &iterator) = 0;
 

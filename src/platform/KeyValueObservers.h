@@ -6,6 +6,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <utility>
 #include <vector>
 
 namespace tavril {
@@ -18,7 +19,9 @@ struct Change {
 };
 
 /// The observers of one object's properties, told on the thread that changed the property, after the change.
-/// Thread-safe; an observer may be added or dropped while observers are told.
+/// Thread-safe; an observer may be added or dropped while observers are told. Nobody is told after its token
+/// was dropped: dropping waits for a handler that runs on another thread. So a handler must not wait for a
+/// thread that may be dropping its token.
 class KeyValueObservers {
  public:
   using Handler = std::function<void(const Change &)>;
@@ -30,9 +33,13 @@ class KeyValueObservers {
 
  private:
   struct Observation {
+    Observation(QString observedKey, Handler told) : key(std::move(observedKey)), handler(std::move(told)) {}
     QString key;
     Handler handler;
+    std::recursive_mutex running;  // held while the handler runs, which may drop its own token
+    bool isDropped = false;        // guarded by it
   };
+  class Holder;
   mutable std::mutex mutex_;
   mutable std::vector<std::weak_ptr<Observation>> observations_;
 };

@@ -11,6 +11,8 @@ class Log {
   virtual ~Log() = default;
 
   virtual void write(const QString &line) = 0;
+  /// What has gone wrong. A log that does not tell it from the rest writes it like any line.
+  virtual void warn(const QString &line) { write(line); }
   /// Whether lines are kept at all; where they are costly to make, ask first.
   virtual bool isEnabled() const { return true; }
 };

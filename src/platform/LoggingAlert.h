@@ -3,6 +3,8 @@
 #include "platform/Log.h"
 #include "platform/ModalAlert.h"
 
+#include <QString>
+
 namespace tavril {
 
 /// The alert of a program without a screen: goes to the log and counts as answered with the first button.

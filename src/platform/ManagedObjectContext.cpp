@@ -3,6 +3,7 @@
 #include "platform/PersistentStoreCoordinator.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace tavril {
 

@@ -4,6 +4,9 @@
 #include "platform/ManagedObject.h"
 #include "platform/UndoManager.h"
 
+#include <QString>
+#include <QVariant>
+
 #include <optional>
 #include <vector>
 

@@ -4,6 +4,7 @@
 #include "platform/StrictXml.h"
 
 #include <QFile>
+#include <QIODevice>
 #include <QRegularExpression>
 
 #include <cmath>
@@ -30,8 +31,8 @@ template <typename Map>
 QString newName(StrictXml &xml, const Map &taken) {
   static const QRegularExpression identifier(QStringLiteral("\\A[A-Za-z_][A-Za-z0-9_]{0,127}\\z"));
   QString name = xml.attribute(u"name");
-  if (!identifier.match(name).hasMatch()) xml.fail(QStringLiteral("A name is not one."));
-  if (taken.contains(name)) xml.fail(QStringLiteral("The name \"%1\" is there twice.").arg(name));
+  if (!identifier.match(name).hasMatch()) xml.fail(QStringLiteral("A name is not valid."));
+  if (taken.contains(name)) xml.fail(QStringLiteral("The name \"%1\" appears twice.").arg(name));
   return name;
 }
 

@@ -2,8 +2,11 @@
 
 #include "platform/Error.h"
 
+#include <QByteArray>
 #include <QMap>
 #include <QMetaType>
+#include <QString>
+#include <QStringList>
 #include <QVariant>
 
 #include <optional>

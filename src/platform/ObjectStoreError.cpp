@@ -1,5 +1,7 @@
 #include "platform/ObjectStoreError.h"
 
+#include <memory>
+
 namespace tavril {
 
 Error objectStoreError(ObjectStoreError code, const QString &description, const QString &reason,

@@ -2,6 +2,8 @@
 
 #include "platform/Error.h"
 
+#include <QString>
+
 #include <optional>
 
 namespace tavril {

@@ -4,6 +4,10 @@
 #include "platform/PrivateFiles.h"
 #include "platform/StoreDocument.h"
 
+#include <QByteArray>
+
+#include <utility>
+
 namespace tavril {
 
 namespace {
@@ -25,7 +29,7 @@ PersistentStoreCoordinator::PersistentStoreCoordinator(ManagedObjectModel model,
 
 std::optional<Error> PersistentStoreCoordinator::addXmlStore(const QString &path) {
   if (!path_.isEmpty()) {
-    return openError(ObjectStoreError::StoreMisplaced, QStringLiteral("There is a store already."));
+    return openError(ObjectStoreError::StoreMisplaced, QStringLiteral("A store is already open."));
   }
   std::optional<QByteArray> bytes;
   if (const auto error = files_.read(path, StoreDocument::largestSize, bytes)) {
@@ -44,7 +48,7 @@ std::optional<Error> PersistentStoreCoordinator::addXmlStore(const QString &path
 
 std::optional<Error> PersistentStoreCoordinator::save(const ObjectTable &objects) {
   if (path_.isEmpty()) {
-    return saveError(ObjectStoreError::StoreMisplaced, QStringLiteral("There is no store."));
+    return saveError(ObjectStoreError::StoreMisplaced, QStringLiteral("No store is open."));
   }
   const QByteArray bytes = StoreDocument::write(model_, objects);
   // Not every text can stand in XML, and a store must not grow beyond what will be read again. Better to find
@@ -55,7 +59,7 @@ std::optional<Error> PersistentStoreCoordinator::save(const ObjectTable &objects
     return saveError(ObjectStoreError::NotStorable, problem);
   }
   if (readBack != objects) {
-    return saveError(ObjectStoreError::NotStorable, QStringLiteral("Some value cannot be kept in a file."));
+    return saveError(ObjectStoreError::NotStorable, QStringLiteral("A value cannot be stored in a file."));
   }
   if (const auto error = files_.replace(path_, bytes)) {
     return saveError(ObjectStoreError::SaveFailed,

@@ -4,6 +4,8 @@
 #include "platform/ManagedObject.h"
 #include "platform/ManagedObjectModel.h"
 
+#include <QString>
+
 #include <optional>
 
 namespace tavril {

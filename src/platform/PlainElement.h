@@ -2,6 +2,10 @@
 
 #include "platform/ScreenElement.h"
 
+#include <QString>
+
+#include <utility>
+
 namespace tavril {
 
 /// A screen element that is just its values: what the read-out without a window and the tests register.

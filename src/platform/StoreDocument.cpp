@@ -4,7 +4,12 @@
 #include "platform/StrictXml.h"
 
 #include <QLocale>
+#include <QMetaType>
+#include <QStringView>
+#include <QVariant>
 #include <QXmlStreamWriter>
+
+#include <utility>
 
 namespace tavril {
 
@@ -42,7 +47,7 @@ QVariant valueOf(const QString &text, QMetaType type) {
 void parseAttribute(StrictXml &xml, const ManagedObjectModel &model, ManagedObject &object) {
   const QString name = xml.attribute(u"name");
   const QVariant value = valueOf(xml.attribute(u"value"), model.typeOf(object.entityName, name));
-  if (object.values.contains(name)) xml.fail(QStringLiteral("A value is there twice."));
+  if (object.values.contains(name)) xml.fail(QStringLiteral("A value appears twice."));
   if (!model.accepts(object.entityName, name, value)) {
     xml.fail(QStringLiteral("A value does not fit the data model."));
   }
@@ -54,9 +59,9 @@ void parseObject(StrictXml &xml, const ManagedObjectModel &model, ObjectTable &o
   bool valid = false;
   const ObjectId id = xml.attribute(u"id").toLongLong(&valid);
   ManagedObject object{xml.attribute(u"entity"), {}};
-  if (!valid || id < 1 || id > largestId) xml.fail(QStringLiteral("The number of an object is not one."));
+  if (!valid || id < 1 || id > largestId) xml.fail(QStringLiteral("The number of an object is not valid."));
   if (!model.hasEntity(object.entityName)) {
-    xml.fail(QStringLiteral("An object is of a kind that the data model does not know."));
+    xml.fail(QStringLiteral("The data model does not know the kind of an object."));
   }
   while (xml.nextElement(u"attribute")) parseAttribute(xml, model, object);
   if (!objects.emplace(id, std::move(object)).second) {
@@ -98,8 +103,8 @@ bool StoreDocument::parse(const QByteArray &bytes, const ManagedObjectModel &mod
   }
   StrictXml xml(bytes);
   if (xml.nextElement(u"store")) {
-    if (xml.attribute(u"format") != format) xml.fail(QStringLiteral("Its format is not known."));
-    if (xml.attribute(u"model") != model.name()) xml.fail(QStringLiteral("It has another data model."));
+    if (xml.attribute(u"format") != format) xml.fail(QStringLiteral("The format is not known."));
+    if (xml.attribute(u"model") != model.name()) xml.fail(QStringLiteral("The file has another data model."));
   }
   ObjectTable found;
   while (xml.nextElement(u"object")) parseObject(xml, model, found);

@@ -3,6 +3,7 @@
 #include "platform/ManagedObject.h"
 
 #include <QByteArray>
+#include <QString>
 
 namespace tavril {
 

@@ -1,5 +1,7 @@
 #include "platform/StrictXml.h"
 
+#include <QXmlStreamAttributes>
+
 namespace tavril {
 
 namespace {
@@ -21,7 +23,7 @@ QXmlStreamReader::TokenType StrictXml::nextTag() {
         fail(QStringLiteral("Document types and entities are not allowed."));
         break;
       case QXmlStreamReader::Characters:
-        if (!reader_.isWhitespace()) fail(QStringLiteral("There is text where none belongs."));
+        if (!reader_.isWhitespace()) fail(QStringLiteral("This text is not expected here."));
         break;
       default:
         break;
@@ -33,7 +35,7 @@ QXmlStreamReader::TokenType StrictXml::nextTag() {
 bool StrictXml::nextElement(QStringView name) {
   if (nextTag() != QXmlStreamReader::StartElement) return false;
   if (reader_.qualifiedName() != name) {
-    fail(QStringLiteral("The element \"%1\" does not belong here.").arg(reader_.name().left(mostQuoted)));
+    fail(QStringLiteral("The element \"%1\" is not expected here.").arg(reader_.name().left(mostQuoted)));
     return false;
   }
   return true;
@@ -41,8 +43,7 @@ bool StrictXml::nextElement(QStringView name) {
 
 bool StrictXml::endElement() {
   const QXmlStreamReader::TokenType token = nextTag();
-  if (token == QXmlStreamReader::StartElement)
-    fail(QStringLiteral("There is an element where none belongs."));
+  if (token == QXmlStreamReader::StartElement) fail(QStringLiteral("This element is not expected here."));
   return token == QXmlStreamReader::EndElement;
 }
 

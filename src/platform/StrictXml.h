@@ -1,6 +1,8 @@
 #pragma once
 
 #include <QByteArray>
+#include <QString>
+#include <QStringView>
 #include <QXmlStreamReader>
 
 namespace tavril {

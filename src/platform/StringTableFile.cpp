@@ -1,6 +1,9 @@
 #include "platform/StringTableFile.h"
 
+#include <QChar>
+#include <QStringConverter>
 #include <QStringDecoder>
+#include <QStringView>
 
 namespace tavril {
 
@@ -49,14 +52,14 @@ class StringTableFile::LineScanner {
     while (position_ < line_.size()) {
       const QChar character = line_[position_++];
       if (character == u'"') {
-        return text.isValidUtf16() || fail(QStringLiteral("\\U leaves half a character"));
+        return text.isValidUtf16() || fail(QStringLiteral("\\U gives only half of a character"));
       }
       if (character == u'\\') {
         if (!takeEscape(text)) return false;
       } else if (character == u'\r') {
         // A table that was put together from files with CRLF line ends has one at the end of each text.
       } else if (character < u' ' && character != u'\t') {
-        return fail(QStringLiteral("a control character stands in the text"));
+        return fail(QStringLiteral("the text contains a control character"));
       } else {
         text += character;
       }
@@ -89,7 +92,7 @@ class StringTableFile::LineScanner {
       case u'U':
         return takeUnit(text);
       default:
-        return fail(QStringLiteral("an unknown escape follows a backslash"));
+        return fail(QStringLiteral("the escape after a backslash is not known"));
     }
   }
 
@@ -98,10 +101,10 @@ class StringTableFile::LineScanner {
     for (int digit = 0; digit < 4; ++digit) {
       const char16_t character = position_ < line_.size() ? line_[position_++].unicode() : u'\0';
       const int value = hexadecimalValue(character);
-      if (value < 0) return fail(QStringLiteral("\\U wants four hexadecimal digits"));
+      if (value < 0) return fail(QStringLiteral("\\U needs four hexadecimal digits"));
       unit = static_cast<char16_t>(unit * 16 + value);
     }
-    if (unit == 0) return fail(QStringLiteral("\\U0000 is no character"));
+    if (unit == 0) return fail(QStringLiteral("\\U0000 is not a character"));
     text += QChar(unit);
     return true;
   }

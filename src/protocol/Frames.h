@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -41,6 +42,8 @@ struct FrameRow {
 
   constexpr std::size_t length() const { return parameters + 4; }
   constexpr std::size_t replyLength() const { return replyData + 4; }
+  /// How many bytes of a reply the decoder needs: all but the end mark.
+  constexpr std::size_t replyPlaces() const { return replyData + 3; }
 };
 
 inline constexpr std::array<FrameRow, 9> frameTable{{
@@ -54,6 +57,12 @@ inline constexpr std::array<FrameRow, 9> frameTable{{
     {CommandCode::ReadServoPosition, 0, 2},
     {CommandCode::ErrorMessage, 1, 1},
 }};
+
+/// Of the replies in the table.
+inline constexpr std::size_t shortestReply =
+    std::ranges::min(frameTable, {}, &FrameRow::replyLength).replyLength();
+inline constexpr std::size_t longestReply =
+    std::ranges::max(frameTable, {}, &FrameRow::replyLength).replyLength();
 
 constexpr const FrameRow &frameRow(CommandCode code) {
   std::size_t at = 0;

@@ -11,7 +11,9 @@
 #include "protocol/SharedState.h"
 #include "protocol/StatusLists.h"
 
+#include <QLatin1String>
 #include <algorithm>
+#include <array>
 #include <thread>
 
 namespace tavril {
@@ -141,11 +143,15 @@ QString Function::returnErrorCode(const QStringList &frame) {
   if (!row || row->code == CommandCode::ReleaseServo) {
     // Meant: the answer to a release is decoded as an unknown one.
     result = QStringLiteral("Null");
-  } else if (static_cast<std::size_t>(frame.size()) < row->replyLength()) {
+  } else if (row->code == CommandCode::ReadServoSettingValue && !state_.limitFlag.isEmpty()) {
+    // While the dial is dragged the fields are the user's.
+  } else if (static_cast<std::size_t>(frame.size()) < row->replyPlaces()) {
     // The position read last must not be lost to a cut reply, so the text that the link keeps stays too.
     log_.write(QStringLiteral("Reply too short, ignored: ") + listText(frame));
     result = state_.returnSTR;
   } else {
+    // Meant: where a reply is one byte shorter than it should be, its end mark is taken for the last of its
+    // data.
     switch (row->code) {
       case CommandCode::InitServo:
         result = decodeDetection(frame);
@@ -217,9 +223,6 @@ QString Function::decodeDetection(const QStringList &frame) {
 }
 
 QString Function::decodeSetting(const QStringList &frame) {
-  // While the dial is dragged the fields are the user's.
-  if (!state_.limitFlag.isEmpty()) return {};
-
   const QString &number = frame[dataAt];
   for (const RegisterRow &row : settingRegisters()) {
     if (number != QString::number(row.number)) continue;
@@ -231,8 +234,8 @@ QString Function::decodeSetting(const QStringList &frame) {
   if (!decodeStatus(frame)) {
     OnlyReadFlag.clear();
     show(u"StatusError_value", frame[lowAt]);
-    log_.write(QStringLiteral("Error=") + listText(frame));
-    log_.write(QStringLiteral("Read Error!"));
+    log_.warn(QStringLiteral("Error=") + listText(frame));
+    log_.warn(QStringLiteral("Read Error!"));
   }
   return QStringLiteral("Read Servo Setting Value Success");
 }
@@ -303,7 +306,7 @@ QString Function::decodeErrorReport(const QStringList &frame) {
     if (frame[dataAt] == QString::number(code)) text = texts[code];
   }
   show(u"errormsg", text);
-  log_.write(text);
+  log_.warn(text);
   return text;
 }
 

@@ -4,6 +4,7 @@
 
 #include <QString>
 #include <QStringList>
+#include <QStringView>
 
 #include <cstdint>
 
@@ -43,8 +44,8 @@ class Function {
   void WriteMotorParameter(int registerNumber);
 
   /// Decodes one whole reply frame, given as one decimal text a byte, and acts on it. Returns the text for
-  /// the message line, null where the reply has none. A reply too short for what its command carries changes
-  /// nothing and is logged.
+  /// the message line, null where the reply has none. A reply that has not all the places that are looked at
+  /// for its command changes nothing and is logged; how long it should be is not asked.
   QString returnErrorCode(const QStringList &frame);
 
  private:

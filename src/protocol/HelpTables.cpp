@@ -4,6 +4,9 @@
 #include "protocol/RegisterCatalogue.h"
 #include "protocol/SharedState.h"
 
+#include <QString>
+#include <QStringList>
+
 #include <array>
 
 namespace tavril {

@@ -7,49 +7,70 @@
 
 namespace tavril {
 
+using Kind = DeliveryRule::Verdict::Kind;
+
 DeliveryAssembler::DeliveryAssembler(std::shared_ptr<const DeliveryRule> rule) : rule_(std::move(rule)) {}
 
+bool DeliveryAssembler::canAsk() const {
+  return rule_ && rule_->judge;
+}
+
 void DeliveryAssembler::add(std::span<const std::byte> bytes, Time now) {
-  if (held_.isEmpty()) since_ = now;
-  lastAdded_ = now;
+  const QByteArray read(reinterpret_cast<const char *>(bytes.data()), static_cast<qsizetype>(bytes.size()));
+  const bool isBehindOthers = !reads_.empty();
+  reads_.push_back({read.size(), now, isBehindOthers && canAsk() && rule_->judge(read).kind == Kind::Whole});
+  held_.append(read);
   isJudged_ = false;
-  held_.append(reinterpret_cast<const char *>(bytes.data()), static_cast<qsizetype>(bytes.size()));
 }
 
 std::optional<QByteArray> DeliveryAssembler::next() {
-  if (held_.isEmpty() || isJudged_) return std::nullopt;
-  if (!rule_ || !rule_->judge) return takeAsItIs();
+  if (reads_.empty() || isJudged_) return std::nullopt;
+  if (!canAsk()) return takeFirstRead();
   const DeliveryRule::Verdict verdict = rule_->judge(held_);
   switch (verdict.kind) {
-    case DeliveryRule::Verdict::Kind::Whole:
+    case Kind::Whole:
       // A rule that counts wrong must neither lose bytes nor give the same answer for ever.
-      if (verdict.count > 0 && verdict.count < held_.size()) return takeFirst(verdict.count);
-      break;
-    case DeliveryRule::Verdict::Kind::MoreToCome:
-      if (room() == 0) break;
+      if (verdict.count <= 0 || verdict.count > held_.size() || hasWholeReadWithin(verdict.count)) break;
+      return takeFirst(verdict.count);
+    case Kind::MoreToCome:
+      if (room() == 0 || hasWholeReadWithin(held_.size())) break;
       isJudged_ = true;
       return std::nullopt;
-    case DeliveryRule::Verdict::Kind::AsItIs:
+    case Kind::AsItIs:
       break;
   }
-  return takeAsItIs();
+  return takeFirstRead();
+}
+
+/// Whether a read that begins with a whole delivery would be taken for a piece of the first so many bytes.
+bool DeliveryAssembler::hasWholeReadWithin(qsizetype count) const {
+  qsizetype begin = 0;
+  return std::ranges::any_of(reads_, [&](const Read &read) {
+    const bool isWithin = begin > 0 && begin < count;
+    begin += read.size;
+    return isWithin && read.beginsWithWhole;
+  });
 }
 
 std::chrono::milliseconds DeliveryAssembler::timeLeft(Time now) const {
-  if (!rule_) return {};
-  const auto left = std::chrono::ceil<std::chrono::milliseconds>(since_ + rule_->longestWait - now);
+  if (!rule_ || reads_.empty()) return {};
+  const auto left =
+      std::chrono::ceil<std::chrono::milliseconds>(reads_.front().came + rule_->longestWait - now);
   return std::max(left, std::chrono::milliseconds(0));
 }
 
-QByteArray DeliveryAssembler::takeAsItIs() {
-  isJudged_ = false;
-  return std::exchange(held_, {});
+QByteArray DeliveryAssembler::takeFirstRead() {
+  return takeFirst(reads_.empty() ? 0 : reads_.front().size);
 }
 
 QByteArray DeliveryAssembler::takeFirst(qsizetype count) {
+  isJudged_ = false;
   QByteArray first = held_.first(count);
   held_.remove(0, count);
-  since_ = lastAdded_;  // what is left came with the last read, or was only now seen to begin something
+  auto left = reads_.begin();
+  while (left != reads_.end() && count >= left->size) count -= (left++)->size;
+  if (left != reads_.end()) left->size -= count;
+  reads_.erase(reads_.begin(), left);
   return first;
 }
 

@@ -20,14 +20,16 @@ struct DeliveryRule {
     static Verdict whole(qsizetype count) { return {Kind::Whole, count}; }
     /// They are the beginning of one, for whose rest it is worth waiting.
     static Verdict moreToCome() { return {Kind::MoreToCome}; }
-    /// Nothing to wait for and nothing to part: they are delivered as they came.
+    /// Nothing to wait for and nothing to part: the first read is delivered as it came.
     static Verdict asItIs() { return {}; }
   };
 
-  /// Called on the thread that reads, with at least one byte, once whenever there are others than before.
-  /// Must be quick, and must not throw or wait for the main thread.
+  /// Called on the thread that reads, with at least one byte, once whenever there are others than before, and
+  /// once with a read that comes while others are held: one that begins with a whole delivery is not taken
+  /// for the rest of another. Must be quick, and must not throw or wait for the main thread.
   std::function<Verdict(const QByteArray &bytes)> judge;
-  /// From the first byte of a beginning on. Its rest may take so long, then it is delivered as it is.
+  /// From the read that has the first byte of a beginning. Its rest may take so long, then that read is
+  /// delivered as it came.
   std::chrono::milliseconds longestWait{0};
 };
 

@@ -34,6 +34,9 @@ class LineSession {
   bool isClosing() const { return closing_; }
   void end();
   bool hasEnded() const { return ended_; }
+  /// True for the first of those who tell that the device of this opening is gone.
+  bool claimRemoval() { return !removalClaimed_.exchange(true); }
+
   /// Whoever has something for the main thread takes a place first and gives it along: it is free again when
   /// that has been told, or dropped. So a main thread that is busy, or held by an alert, finds no more than
   /// `mostUntold` things waiting, and what else the device sends stays in the kernel. Nothing when no place
@@ -56,6 +59,7 @@ class LineSession {
   std::condition_variable endedCondition_;
   std::atomic<bool> closing_ = false;
   std::atomic<bool> ended_ = false;
+  std::atomic<bool> removalClaimed_ = false;
 };
 
 }  // namespace tavril

@@ -36,12 +36,13 @@ QString openFailureText(const PosixError &error) {
                  "shows which it is).")
           .arg(path);
     case ENOENT:
-      return QStringLiteral("%1 is not there any more: check the cable, plug the adapter in again and retry.")
+      return QStringLiteral(
+                 "%1 does not exist any more: check the cable, plug the adapter in again, then retry.")
           .arg(path);
     case ENXIO:
     case ENODEV:
     case EIO:
-      return QStringLiteral("the device behind %1 does not respond: plug the adapter out and in again.")
+      return QStringLiteral("the device behind %1 does not respond: unplug the adapter and plug it in again.")
           .arg(path);
     default:
       return QStringLiteral("%1 could not be opened: %2. Check that it is the servo adapter's port.")

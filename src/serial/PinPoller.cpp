@@ -28,8 +28,7 @@ void PinPoller::poll() const {
   }
   const bool isGone = read.error == ENXIO;
   line->notifyDelegateOfPosixError(read.error, isGone, place);
-  // While that was told, the main thread may have seen the removal itself and closed the port: told once.
-  if (isGone && !session_->hasEnded()) line->deviceHasGone(session_);
+  if (isGone) line->deviceHasGone(session_);
 }
 
 }  // namespace tavril

@@ -26,8 +26,8 @@ class PortLine {
   virtual void showPins(int pins) = 0;
   virtual void notifyDelegateOfPosixError(int error, bool waitUntilDone = false,
                                           const std::shared_ptr<void> &place = nullptr) = 0;
-  /// Tells the delegate, waiting until it has heard, and closes the port unless the session has ended by
-  /// then.
+  /// Tells the delegate, waiting until it has heard, unless somebody has told it already or the port was
+  /// opened anew; and closes the port unless the session has ended by then.
   virtual void deviceHasGone(const std::shared_ptr<LineSession> &session) = 0;
 };
 

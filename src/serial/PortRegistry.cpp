@@ -3,6 +3,7 @@
 #include "serial/SerialPort.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace tavril {
 

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <chrono>
 #include <deque>
+#include <iterator>
 #include <utility>
 
 namespace tavril {
@@ -60,7 +61,7 @@ void PortRequests::onMainQueue(SerialPortCallback callback, Tell tell) {
 bool PortRequests::sendRequest(const Request &request) {
   if (!request) return false;
   if (requestHandlingQueue_->isCurrent()) {
-    environment_.log.write(
+    environment_.log.warn(
         QStringLiteral("*** Assertion failure: a request cannot be sent on the request queue of its port"));
     return false;
   }
@@ -89,18 +90,37 @@ void PortRequests::receive(const QByteArray &bytes) {
   });
 }
 
-void PortRequests::forget() {
-  onQueue([this] {
-    setPendingRequestTimeoutTimer(nullptr);
-    setPendingRequest(nullptr);
-    isTellingTimeout_ = false;
-    ++turn_;
-    std::deque<Request> forgotten;
+void PortRequests::beginOpening() {
+  const std::lock_guard lock(mutex_);
+  ++opening_;
+}
+
+std::uint64_t PortRequests::opening() const {
+  const std::lock_guard lock(mutex_);
+  return opening_;
+}
+
+void PortRequests::forget(std::uint64_t opening) {
+  onQueue([this, opening] {
+    bool isPendingForgotten = false;
+    std::deque<Waiting> forgotten;  // goes without the lock, as it may hold anything
     {
       const std::lock_guard lock(mutex_);
-      forgotten.swap(requestsQueue_);
+      isPendingForgotten = !pendingRequest_ || pendingOpening_ <= opening;
+      // They wait in the order in which they were sent, and so in the order of the openings.
+      const auto isKept = [opening](const Waiting &waiting) { return waiting.opening > opening; };
+      const auto firstKept = std::ranges::find_if(requestsQueue_, isKept);
+      std::move(requestsQueue_.begin(), firstKept, std::back_inserter(forgotten));
+      requestsQueue_.erase(requestsQueue_.begin(), firstKept);
+    }
+    if (isPendingForgotten) {
+      setPendingRequestTimeoutTimer(nullptr);
+      setPendingRequest(nullptr);
+      isTellingTimeout_ = false;
+      ++turn_;
     }
     if (!forgotten.empty()) changed_(QStringLiteral("requestsQueue"), {});
+    if (isPendingForgotten) sendNextRequest();
   });
 }
 
@@ -111,18 +131,19 @@ bool PortRequests::reallySendRequest(const Request &request) {
     insertObjectInRequestsQueueAtIndex(request, countOfRequestsQueue());
     return true;
   }
-  const bool sent = begin(request);
+  const bool sent = begin(request, opening());
   if (sent) checkResponseToPendingRequestAndContinueIfValid();
   return sent;
 }
 
 /// Makes the request the pending one and sends it. Where that fails it stays pending: meant.
-bool PortRequests::begin(const Request &request) {
+bool PortRequests::begin(const Request &request, std::uint64_t opening) {
   Request before = request;
   {
     const std::lock_guard lock(mutex_);
     receiveBuffer_.clear();
     pendingRequest_.swap(before);
+    pendingOpening_ = opening;
   }
   ++turn_;
   if (request->timeoutInterval() > 0) armTimeout(request->timeoutInterval());
@@ -180,9 +201,9 @@ bool PortRequests::beginNext() {
   isTellingTimeout_ = false;
   ++turn_;
   if (countOfRequestsQueue() == 0) return false;
-  const Request next = objectInRequestsQueueAtIndex(0);
+  const Waiting next = objectInRequestsQueueAtIndex(0);
   removeObjectFromRequestsQueueAtIndex(0);
-  return begin(next);
+  return begin(next.request, next.opening);
 }
 
 void PortRequests::pendingRequestDidTimeout() {
@@ -218,12 +239,15 @@ PortRequests::Request PortRequests::pendingRequest() const {
 
 void PortRequests::setPendingRequest(Request request) {
   const std::lock_guard lock(mutex_);
+  pendingOpening_ = opening_;
   pendingRequest_.swap(request);  // the old one goes without the lock: it may hold anything
 }
 
 std::vector<PortRequests::Request> PortRequests::requestsQueue() const {
   const std::lock_guard lock(mutex_);
-  return {requestsQueue_.begin(), requestsQueue_.end()};
+  std::vector<Request> requests;
+  for (const Waiting &waiting : requestsQueue_) requests.push_back(waiting.request);
+  return requests;
 }
 
 std::size_t PortRequests::countOfRequestsQueue() const {
@@ -231,7 +255,7 @@ std::size_t PortRequests::countOfRequestsQueue() const {
   return requestsQueue_.size();
 }
 
-PortRequests::Request PortRequests::objectInRequestsQueueAtIndex(std::size_t index) const {
+PortRequests::Waiting PortRequests::objectInRequestsQueueAtIndex(std::size_t index) const {
   const std::lock_guard lock(mutex_);
   return requestsQueue_.at(index);
 }
@@ -239,7 +263,8 @@ PortRequests::Request PortRequests::objectInRequestsQueueAtIndex(std::size_t ind
 void PortRequests::insertObjectInRequestsQueueAtIndex(const Request &request, std::size_t index) {
   {
     const std::lock_guard lock(mutex_);
-    requestsQueue_.insert(requestsQueue_.begin() + static_cast<std::ptrdiff_t>(index), request);
+    requestsQueue_.insert(requestsQueue_.begin() + static_cast<std::ptrdiff_t>(index),
+                          Waiting{request, opening_});
   }
   changed_(QStringLiteral("requestsQueue"), {Change::Kind::Insertion, {index}});
 }

@@ -45,8 +45,13 @@ class PortRequests {
   /// refused.
   bool sendRequest(const Request &request);
   void receive(const QByteArray &bytes);
-  /// Drops the pending request and those that wait, and the pending one's time-out with it.
-  void forget();
+  /// The port has been opened: requests from now on are of a new opening.
+  void beginOpening();
+  /// Numbers the openings.
+  std::uint64_t opening() const;
+  /// Drops the requests of this opening and earlier ones, the pending one with its time-out. What was sent
+  /// after a later opening stays, and its first is sent now if it had to wait for one that is dropped.
+  void forget(std::uint64_t opening);
 
   Request pendingRequest() const;
   /// Only stores it: nothing is sent, and no time-out begins or ends.
@@ -54,13 +59,18 @@ class PortRequests {
   std::vector<Request> requestsQueue() const;
 
  private:
+  struct Waiting {
+    Request request;
+    std::uint64_t opening;
+  };
+
   template <typename Job>
   void onQueue(Job job);
   template <typename Tell>
   void onMainQueue(SerialPortCallback callback, Tell tell);
 
   bool reallySendRequest(const Request &request);
-  bool begin(const Request &request);
+  bool begin(const Request &request, std::uint64_t opening);
   void armTimeout(double timeoutInterval_s);
   void append(const QByteArray &bytes);
   void checkResponseToPendingRequestAndContinueIfValid();
@@ -70,7 +80,7 @@ class PortRequests {
   void pendingRequestDidTimeout();
   QByteArray received() const;
   std::size_t countOfRequestsQueue() const;
-  Request objectInRequestsQueueAtIndex(std::size_t index) const;
+  Waiting objectInRequestsQueueAtIndex(std::size_t index) const;
   void insertObjectInRequestsQueueAtIndex(const Request &request, std::size_t index);
   void removeObjectFromRequestsQueueAtIndex(std::size_t index);
   void setPendingRequestTimeoutTimer(std::shared_ptr<RepeatingWork> timer);
@@ -83,8 +93,10 @@ class PortRequests {
   /// Changed on the queue, under the lock since anybody may ask for a copy; what is received while no request
   /// is pending is added on any thread.
   mutable std::mutex mutex_;
-  std::deque<Request> requestsQueue_;
+  std::deque<Waiting> requestsQueue_;
   Request pendingRequest_;
+  std::uint64_t pendingOpening_ = 0;
+  std::uint64_t opening_ = 0;
   std::string receiveBuffer_;  // shares nothing: what is handed to other threads are copies
   std::size_t deliveriesOnQueue_ = 0;
 

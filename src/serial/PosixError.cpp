@@ -17,4 +17,8 @@ QString PosixError::description() const {
   return QStringLiteral("%1 (%2): %3").arg(localizedDescription, QString::number(code), filePath);
 }
 
+QString PosixError::logLine(const QString &port) const {
+  return QStringLiteral("Serial port %1 encountered an error: %2").arg(port, description());
+}
+
 }  // namespace tavril

@@ -13,6 +13,8 @@ struct PosixError {
 
   static PosixError make(int code, const QString &filePath);
   QString description() const;
+  /// How it stands in the log when it is that of a port; `port`: the description of that.
+  QString logLine(const QString &port) const;
 };
 
 }  // namespace tavril

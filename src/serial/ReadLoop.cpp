@@ -6,7 +6,9 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cstddef>
+#include <span>
 #include <utility>
 
 namespace tavril {
@@ -52,7 +54,7 @@ bool ReadLoop::readOnce(PortLine &line) {
   if (ready.value == 0) {
     // Only now: what has come by the end of the time counts, even if this thread had no time to read it.
     const bool isOver = assembler_.isWaiting() && assembler_.timeLeft(Clock::now()).count() == 0;
-    if (isOver && !session_->isClosing()) line.receiveData(assembler_.takeAsItIs(), place);
+    if (isOver && !session_->isClosing()) line.receiveData(assembler_.takeFirstRead(), place);
     return true;
   }
 
@@ -63,9 +65,10 @@ bool ReadLoop::readOnce(PortLine &line) {
                                 : calls_.read(descriptor, std::span(buffer).first(assembler_.room()));
   });
   if (got.value <= 0) {
-    // The rest will not come from a line like this.
-    if (assembler_.isWaiting() && !session_->isClosing()) line.receiveData(assembler_.takeAsItIs(), place);
-    return false;
+    // The rest will not come from a line like this. What else is held comes out in the next rounds.
+    if (!assembler_.isWaiting() || session_->isClosing()) return false;
+    line.receiveData(assembler_.takeFirstRead(), place);
+    return true;
   }
   assembler_.add(std::span(buffer).first(static_cast<std::size_t>(got.value)), Clock::now());
   deliver(line, assembler_.next(), place);

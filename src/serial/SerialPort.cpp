@@ -14,7 +14,9 @@
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <span>
+#include <utility>
 
 #include <termios.h>
 
@@ -25,7 +27,7 @@ namespace {
 constexpr std::chrono::milliseconds pinPollInterval{10};
 
 void reportMisuse(const SerialEnvironment &environment, const QString &text) {
-  environment.log.write(QStringLiteral("*** Assertion failure: ") + text);
+  environment.log.warn(QStringLiteral("*** Assertion failure: ") + text);
 }
 
 }  // namespace
@@ -177,6 +179,8 @@ CallResult SerialPort::openExclusively() {
 
 bool SerialPort::open() {
   if (isOpen()) return true;
+  awaitOlderClosing();
+  if (isOpen()) return true;  // the delegate has opened it when it heard of that
   const CallResult opened = openExclusively();
   if (opened.failed()) {
     notifyDelegateOfPosixError(opened.error);
@@ -184,13 +188,15 @@ bool SerialPort::open() {
   }
   const int descriptor = static_cast<int>(opened.value);
   if (const CallResult cleared = environment_.terminal.clearStatusFlags(descriptor); cleared.failed()) {
-    environment_.log.write(
+    environment_.log.warn(
         QStringLiteral("Could not make %1 blocking: error %2").arg(path()).arg(cleared.error));
   }
   const auto opening = std::make_shared<LineSession>(environment_.terminal, descriptor);
   originalPortAttributes_.reset();  // those of the opening before
   hasTakenLowLatency_ = false;
   setSession(opening);
+  latestSession_ = opening;
+  requests_->beginOpening();
   // Observers and the delegate hear of each of these steps, and may close the port or even open it anew.
   const std::array<void (SerialPort::*)(), 4> steps{&SerialPort::keepOriginalAttributes,
                                                     &SerialPort::setPortOptions, &SerialPort::takeLowLatency,
@@ -268,7 +274,11 @@ bool SerialPort::closeSession(const std::shared_ptr<LineSession> &closing) {
   restoreLine(fileDescriptor_);
   if (closing) closing->end();
   setSession(nullptr);
-  const CallResult closed = releaseDescriptor();
+  const std::uint64_t opening = requests_->opening();
+  // Meant: without that callback the requests survive the closing.
+  const auto told =
+      delegateRespondsTo(SerialPortCallback::WasClosed) ? std::make_shared<ToldOnce>(false) : nullptr;
+  const CallResult closed = giveUpDescriptor(told);
   if (closed.failed()) {
     // Meant: the semaphore is not signalled here, so a later close() of this port waits for good.
     notifyDelegateOfPosixError(closed.error);
@@ -276,16 +286,45 @@ bool SerialPort::closeSession(const std::shared_ptr<LineSession> &closing) {
   }
   selectSemaphore_.release();
 
-  if (delegateRespondsTo(SerialPortCallback::WasClosed)) {
-    onMainThreadAndWait([self = shared_from_this()] {
-      const auto delegate = self->delegate();
-      if (delegate && delegate->respondsTo(SerialPortCallback::WasClosed))
-        delegate->serialPortWasClosed(self);
-    });
-    // Meant: without that callback the requests survive the closing.
-    requests_->forget();
+  if (told) {
+    onMainThreadAndWait([self = shared_from_this(), told] { self->tellClosed(*told); });
+    requests_->forget(opening);
   }
   return true;
+}
+
+CallResult SerialPort::giveUpDescriptor(const std::shared_ptr<ToldOnce> &closed) {
+  const std::lock_guard giving(givingUp_);
+  givesUp_ = std::this_thread::get_id();
+  const CallResult released = releaseDescriptor();
+  if (!released.failed()) {
+    const std::lock_guard lock(identityMutex_);
+    closedToTell_ = closed;
+  }
+  givesUp_ = std::thread::id();
+  return released;
+}
+
+/// The port counts as closed a moment before its descriptor is given up: until then the terminal is still
+/// locked, by ourselves.
+void SerialPort::awaitOlderClosing() {
+  // An observer that opens the port as it closes would wait for itself; it is refused by the lock.
+  if (givesUp_ == std::this_thread::get_id()) return;
+  std::shared_ptr<ToldOnce> closed;
+  {
+    const std::lock_guard given(givingUp_);
+    const std::lock_guard lock(identityMutex_);
+    closed.swap(closedToTell_);
+  }
+  if (closed) tellClosed(*closed);
+}
+
+void SerialPort::tellClosed(ToldOnce &closed) {
+  if (closed.exchange(true)) return;
+  const auto heardBy = delegate();
+  if (heardBy && heardBy->respondsTo(SerialPortCallback::WasClosed)) {
+    heardBy->serialPortWasClosed(shared_from_this());
+  }
 }
 
 void SerialPort::restoreLine(int descriptor) {
@@ -316,13 +355,43 @@ CallResult SerialPort::releaseDescriptor() {
 }
 
 void SerialPort::cleanupAfterSystemRemoval() {
+  if (const auto latest = latestSession_.lock()) latest->claimRemoval();
   tellRemoved();
   close();
 }
 
+// Two may see a removal, in either order, each for itself: the pin poller of the port that was open, and the
+// registry. Whoever comes second finds a note of the first.
 void SerialPort::deviceHasGone(const std::shared_ptr<LineSession> &session) {
-  tellRemoved();
+  onMainThreadAndWait([self = shared_from_this(), session] {
+    const auto current = self->session();
+    const bool isOpenAnew = current && current != session;  // so that its device is there
+    if (isOpenAnew || !session->claimRemoval()) return;
+    self->polledRemoval_ = PolledRemoval{self->delegate(), session};
+    self->tellRemoved();
+  });
   if (!session->hasEnded()) closeSession(session);
+}
+
+void SerialPort::deviceWasTerminated() {
+  const auto polled = std::exchange(polledRemoval_, std::nullopt);
+  const auto current = session();
+  bool hasHeard = false;
+  if (polled) {
+    if (current && current != polled->session.lock()) return;
+    const auto heardBy = polled->heardBy.lock();
+    hasHeard = heardBy && heardBy == delegate();
+  }
+  if (const auto latest = latestSession_.lock()) latest->claimRemoval();
+  if (!hasHeard) tellRemoved();
+  const auto left = session();
+  if (!left || left == current) close();  // and not what the delegate has opened anew
+  awaitOlderClosing();                    // of the poller's: it is told before the port goes from the list
+}
+
+void SerialPort::deviceWasPublished(RegistryHandle device) {
+  setIOKitDevice(device);
+  polledRemoval_.reset();
 }
 
 void SerialPort::tellRemoved() {
@@ -332,7 +401,7 @@ void SerialPort::tellRemoved() {
 }
 
 void SerialPort::cleanup() {
-  environment_.log.write(QStringLiteral(
+  environment_.log.warn(QStringLiteral(
       "WARNING: Cleanup is deprecated and was never intended to be called publicly. You should "
       "update your code to avoid calling this method."));
   cleanupAfterSystemRemoval();
@@ -363,13 +432,17 @@ bool SerialPort::sendData(const QByteArray &bytes) {
   const auto sending = session();
   auto remaining = std::as_bytes(std::span(bytes.constData(), static_cast<std::size_t>(bytes.size())));
   while (!remaining.empty()) {
+    bool wasTried = false;
     const CallResult written = withDescriptor([&](int fd) {
       // What could not be sent before the port was closed is not sent once it has been opened anew.
-      return sending && sending->hasEnded() ? CallResult::failure(EBADF)
-                                            : environment_.terminal.write(fd, remaining);
+      if (sending && sending->hasEnded()) return CallResult::failure(EBADF);
+      wasTried = true;
+      return environment_.terminal.write(fd, remaining);
     });
     if (written.failed()) {
-      notifyDelegateOfPosixError(written.error);
+      // Closing lets go whoever is held up in a write. Neither that nor a port that is closed is an error.
+      const bool wasLetGo = written.error == EAGAIN && sending && sending->isClosing();
+      if (wasTried && !wasLetGo) notifyDelegateOfPosixError(written.error);
       return false;
     }
     remaining = remaining.subspan(static_cast<std::size_t>(written.value));

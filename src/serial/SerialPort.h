@@ -16,7 +16,9 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <shared_mutex>
+#include <thread>
 #include <vector>
 
 namespace tavril {
@@ -37,6 +39,7 @@ class SerialPort final : public NamedDevice,
                          public std::enable_shared_from_this<SerialPort>,
                          private PortLine {
   struct Token {};
+  using ToldOnce = std::atomic<bool>;
 
  public:
   using Ptr = std::shared_ptr<SerialPort>;
@@ -72,7 +75,8 @@ class SerialPort final : public NamedDevice,
   std::shared_ptr<SerialPortDelegate> delegate() const;
   void setDelegate(std::weak_ptr<SerialPortDelegate> delegate);
 
-  /// True when the port is open afterwards.
+  /// True when the port is open afterwards. Waits for a closing on another thread to give up its descriptor,
+  /// and tells the delegate of that closing first if it has not heard yet.
   bool open();
   /// True when the port is closed afterwards, at once when it was.
   bool close();
@@ -83,6 +87,11 @@ class SerialPort final : public NamedDevice,
   void cleanupAfterSystemRemoval();
   /// Deprecated; logs a warning and does what cleanupAfterSystemRemoval() does.
   void cleanup();
+  /// For whoever watches the devices. This port's device has come, maybe as another one at the same path.
+  void deviceWasPublished(RegistryHandle device);
+  /// It has gone: as cleanupAfterSystemRemoval(), but a delegate that has heard of this removal from the pin
+  /// poller is not told again, and a port that was opened anew since then stays open.
+  void deviceWasTerminated();
 
   QString path() const;
   void setPath(const QString &path);
@@ -173,6 +182,9 @@ class SerialPort final : public NamedDevice,
   void startLoops(const std::shared_ptr<LineSession> &running);
   void showPin(std::atomic<bool> &stored, const QString &key, bool on);
   bool closeSession(const std::shared_ptr<LineSession> &closing);
+  CallResult giveUpDescriptor(const std::shared_ptr<ToldOnce> &closed);
+  void awaitOlderClosing();
+  void tellClosed(ToldOnce &closed);
   void tellRemoved();
   void restoreLine(int descriptor);
   CallResult releaseDescriptor();
@@ -206,7 +218,20 @@ class SerialPort final : public NamedDevice,
   std::unique_ptr<termios> originalPortAttributes_;  // nothing when they could not be read
   bool hasTakenLowLatency_ = false;                  // and it was off before
   std::shared_ptr<LineSession> session_;             // guarded by identityMutex_
+  std::weak_ptr<LineSession> latestSession_;         // also when it has ended; main thread only
   Semaphore selectSemaphore_{1};                     // held by the read loop while it waits, and by close()
+
+  /// Held from the moment in which the port counts as closed until its descriptor is given up.
+  std::mutex givingUp_;
+  std::atomic<std::thread::id> givesUp_;    // who holds it
+  std::shared_ptr<ToldOnce> closedToTell_;  // by the last closing; guarded by identityMutex_
+
+  /// A removal that the pin poller has told and the registry has yet to tell of. Main thread only.
+  struct PolledRemoval {
+    std::weak_ptr<SerialPortDelegate> heardBy;
+    std::weak_ptr<LineSession> session;
+  };
+  std::optional<PolledRemoval> polledRemoval_;
 
   KeyValueObservers observers_;
   const std::unique_ptr<PortRequests> requests_;

@@ -4,6 +4,8 @@
 
 #include "serial/SerialEnvironment.h"
 
+#include <QString>
+
 namespace tavril {
 
 RegistryHandle SerialPort::deviceFromBSDPath(const SerialEnvironment &environment, const QString &path) {

@@ -25,9 +25,9 @@ std::weak_ptr<SerialPortManager> &sharedInstance() {
 
 void logUnexpectedContext(const SerialEnvironment &environment, const DeviceRegistry::Context *context,
                           const QString &function) {
-  environment.log.write(QStringLiteral("Unexpected context object %1 in %2. Context object should be an "
-                                       "instance of SerialPortManager")
-                            .arg(context ? context->description() : QStringLiteral("(null)"), function));
+  environment.log.warn(QStringLiteral("Unexpected context object %1 in %2. Context object should be an "
+                                      "instance of SerialPortManager")
+                           .arg(context ? context->description() : QStringLiteral("(null)"), function));
 }
 
 }  // namespace
@@ -130,6 +130,7 @@ void SerialPortManager::serialPortsWerePublished(RegistryHandle iterator) {
   while (const RegistryHandle device = environment_.devices.next(iterator)) {
     auto port = SerialPort::initWithDevice(environment_, device);
     const auto isThisPort = [&](const auto &other) { return other->isEqual(port.get()); };
+    if (port) port->deviceWasPublished(device);
     if (port && !isAvailable(*port) && !std::ranges::any_of(ports, isThisPort)) ports.push_back(port);
     environment_.devices.release(device);
   }
@@ -145,7 +146,7 @@ void SerialPortManager::serialPortsWereTerminated(RegistryHandle iterator) {
     if (auto port = SerialPort::initWithDevice(environment_, device)) ports.push_back(std::move(port));
     environment_.devices.release(device);
   }
-  for (const auto &port : ports) port->cleanupAfterSystemRemoval();
+  for (const auto &port : ports) port->deviceWasTerminated();
 
   std::vector<std::size_t> indexes;
   for (std::size_t i = 0; i < availablePorts_.size(); ++i) {
@@ -172,7 +173,7 @@ void SerialPortManager::registerForNotifications() {
     if (const auto manager = weak.lock()) manager->closeAllAtExit();
   });
   if (error != 0) {
-    environment_.log.write(
+    environment_.log.warn(
         QStringLiteral(
             "SerialPort was unable to register its termination handler for serial port cleanup: %1")
             .arg(error));

@@ -5,6 +5,9 @@
 #include "serial/LineSettings.h"
 #include "serial/SerialEnvironment.h"
 
+#include <atomic>
+#include <cstdint>
+
 #include <termios.h>
 
 namespace tavril {

@@ -3,6 +3,8 @@
 #include <QCommandLineOption>
 #include <QCommandLineParser>
 
+#include <chrono>
+#include <cstdint>
 #include <limits>
 
 namespace tavril::simulator {
@@ -33,6 +35,14 @@ class Arguments {
     add("wrong-length", "Make the length byte of replies one too large.");
     add("late-ends", "Send the end mark of replies late.");
     add("error", "Answer register reads with this error report.", "CODE");
+    add("write-error", "Answer register writes with this error report.", "CODE");
+    add("obey-ack-policy",
+        "Answer what ack_policy allows: 0 detection and registers 16 to 20, 1 all reads too, 2 everything. "
+        "This is "
+        "our guess; without this option everything is answered.");
+    add("from", "Start with the settings of this file, made by \"tavrilctl dump\".", "FILE");
+    add("state", "Keep the settings in this file: start with them if it exists, and save each change.",
+        "FILE");
     add("unplug-after", "Hang up at this frame, without answering it, and exit.", "N");
     add("pace", "Take the time of a wire of 115200 baud (this is so by default).");
     add("no-pace", "Reply at once.");
@@ -59,7 +69,9 @@ class Arguments {
                "  tavril-servo --link /tmp/servo                    a well-behaved servo; then, in another\n"
                "                                                    terminal: tavril --port /tmp/servo\n"
                "  tavril-servo --link /tmp/servo --lose 5 --noise   the same behind a bad cable\n"
-               "  tavril-servo --link /tmp/servo --two-servos       one too many on the line\n");
+               "  tavril-servo --link /tmp/servo --two-servos       one too many on the line\n"
+               "  tavril-servo --link /tmp/servo --state servo.json keeps its settings from one start to the "
+               "next\n");
   }
   QString complaint() const { return complaint_; }
 
@@ -129,6 +141,9 @@ Options faultsFrom(Arguments &arguments) {
   options.lateEnds = arguments.has("late-ends");
   if (arguments.has("error"))
     options.readError = static_cast<std::uint8_t>(arguments.number("error", 0, 0, 255));
+  if (arguments.has("write-error"))
+    options.writeError = static_cast<std::uint8_t>(arguments.number("write-error", 0, 0, 255));
+  options.obeysReplyPolicy = arguments.has("obey-ack-policy");
   options.unplugAfter =
       static_cast<int>(arguments.number("unplug-after", 0, 1, std::numeric_limits<int>::max()));
   options.pace = !arguments.has("no-pace");
@@ -148,10 +163,14 @@ CommandLine CommandLine::parse(const QStringList &list) {
   arguments.refuseBoth("pace", "no-pace");
   arguments.refuseEmpty("link");
   arguments.refuseEmpty("log");
+  arguments.refuseEmpty("from");
+  arguments.refuseEmpty("state");
   CommandLine result;
   result.options = faultsFrom(arguments);
   result.link = arguments.text("link");
   result.logFile = arguments.text("log");
+  result.from = arguments.text("from");
+  result.state = arguments.text("state");
   if (!arguments.complaint().isEmpty()) return showing(Action::Refuse, arguments.complaint());
   return result;
 }

@@ -19,6 +19,8 @@ struct CommandLine {
   /// Empty when none is wanted.
   QString link;
   QString logFile;
+  QString from;
+  QString state;
 
   /// `list` begins with the program's name.
   static CommandLine parse(const QStringList &list);

@@ -3,6 +3,8 @@
 #include "simulator/FrameWords.h"
 #include "simulator/ServoModel.h"
 
+#include <QString>
+
 #include <algorithm>
 #include <utility>
 
@@ -151,7 +153,21 @@ void FrameEndpoint::takeFrame(const Bytes &frame, nanoseconds answerAt) {
     log_.endLine();
     return;
   }
-  reply(answer(frame), answerAt);
+  Bytes reply = answer(frame);
+  if (isAnswered(frame)) {
+    this->reply(std::move(reply), answerAt);
+  } else {
+    log_.toHost(inHex(reply) + QStringLiteral("  not sent, by the reply policy"));
+  }
+}
+
+bool FrameEndpoint::isAnswered(const Bytes &frame) const {
+  const std::uint8_t code = frame[2];
+  if (!options_.obeysReplyPolicy || code == wire::detect) return true;
+  const std::uint16_t policy = model_.read(registers::replyPolicy).value_or(2);
+  if (policy == 0) return code == wire::readRegister && frame[3] >= registers::statusError;
+  if (policy == 1) return code == wire::readRegister || code == wire::readPosition;
+  return true;
 }
 
 void FrameEndpoint::reply(Bytes reply, nanoseconds answerAt) {
@@ -191,6 +207,7 @@ Bytes FrameEndpoint::answerForServo(const Bytes &frame) {
       return frameOf(code, {frame[3], highByte(*value), lowByte(*value)});
     }
     case wire::writeRegister:
+      if (options_.writeError) return frameOf(wire::errorReport, {*options_.writeError});
       if (!model_.write(frame[3], word(frame[4], frame[5]))) return report(wire::Error::OverRange);
       return frameOf(code, {frame[3]});
     case wire::setPosition:

@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstdint>
 #include <initializer_list>
 #include <optional>
 #include <random>
@@ -57,6 +58,7 @@ class FrameEndpoint {
   void take(const ParsedItem &item, std::chrono::nanoseconds answerAt);
   void takeFrame(const Bytes &frame, std::chrono::nanoseconds answerAt);
   Bytes answer(const Bytes &frame);
+  bool isAnswered(const Bytes &frame) const;
   Bytes answerForServo(const Bytes &frame);
   void giveUpFrame();
   void reply(Bytes reply, std::chrono::nanoseconds answerAt);

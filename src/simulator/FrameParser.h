@@ -2,6 +2,7 @@
 
 #include "simulator/Wire.h"
 
+#include <cstdint>
 #include <vector>
 
 namespace tavril::simulator {

@@ -2,6 +2,7 @@
 
 #include <QStringList>
 
+#include <QLatin1Char>
 #include <algorithm>
 
 namespace tavril::simulator {

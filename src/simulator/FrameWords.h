@@ -4,6 +4,7 @@
 
 #include <QString>
 
+#include <cstdint>
 #include <span>
 
 /// Frames in hex and in words, for the log.

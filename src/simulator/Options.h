@@ -39,6 +39,12 @@ struct Options {
   bool lateEnds = false;
   /// Register reads are answered with this error report.
   std::optional<std::uint8_t> readError = std::nullopt;
+  /// Register writes are answered with this error report, and have no effect.
+  std::optional<std::uint8_t> writeError = std::nullopt;
+  /// Whether the servo's reply policy decides what is answered. 0: only detection and reads of the registers
+  /// 16 to 20; 1: also all other reads and the position; 2: everything. Otherwise the bridge always answers.
+  /// Which of the two a real bridge does is not known; this is our guess of what the policy may mean.
+  bool obeysReplyPolicy = false;
   /// The plug is pulled when this many frames have come; the last of them is not answered. 0 never.
   int unplugAfter = 0;
   /// Bytes take the time they need on a wire of 115200 baud, in both directions.

@@ -1,5 +1,6 @@
 #include "simulator/PortLink.h"
 
+#include <QByteArray>
 #include <QFile>
 #include <QFileInfo>
 #include <QRandomGenerator>

@@ -1,18 +1,24 @@
 #include "simulator/PtyServer.h"
 
 #include "simulator/FrameEndpoint.h"
+#include "simulator/TerminalHolders.h"
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <optional>
+#include <span>
 #include <utility>
 #include <vector>
 
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/eventfd.h>
+#include <sys/inotify.h>
+#include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -75,6 +81,10 @@ bool PtyServer::openTerminal(QString *error) {
   FileDescriptor wake(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
   if (!wake.valid()) return fail(error, "eventfd");
 
+  FileDescriptor closings(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
+  if (closings.valid()) ::inotify_add_watch(closings.get(), name.data(), IN_CLOSE);
+
+  closings_ = std::move(closings);
   master_ = std::move(master);
   slave_ = std::move(slave);
   wake_ = std::move(wake);
@@ -190,12 +200,23 @@ void PtyServer::send(const Bytes &bytes) {
 }
 
 void PtyServer::waitForWork() const {
-  std::array<pollfd, 2> descriptors{{{master_.get(), POLLIN, 0}, {wake_.get(), POLLIN, 0}}};
+  std::array<pollfd, 3> descriptors{
+      {{master_.get(), POLLIN, 0}, {wake_.get(), POLLIN, 0}, {closings_.get(), POLLIN, 0}}};
   timespec timeout{};
   timeout.tv_sec = static_cast<time_t>(waitTime_.count() / 1'000'000'000);
   timeout.tv_nsec = static_cast<long>(waitTime_.count() % 1'000'000'000);
   // Whatever ended the wait, the loop looks at everything again.
   ::ppoll(descriptors.data(), descriptors.size(), waitTime_.count() < 0 ? nullptr : &timeout, nullptr);
+  if ((descriptors[2].revents & POLLIN) != 0) giveBackIfLeft();
+}
+
+void PtyServer::giveBackIfLeft() const {
+  alignas(inotify_event) std::array<char, 1024> events;
+  while (::read(closings_.get(), events.data(), events.size()) > 0) {
+  }
+  int isExclusive = 0;
+  if (::ioctl(slave_.get(), TIOCGEXCL, &isExclusive) != 0 || isExclusive == 0) return;
+  if (!isHeldByOthers(path().toStdString(), slave_.get())) ::ioctl(slave_.get(), TIOCNXCL);
 }
 
 bool PtyServer::receive() {

@@ -17,7 +17,8 @@ class FrameEndpoint;
 
 /// Serves an endpoint on a pseudo-terminal, raw and without echo, on a thread of its own that sleeps until
 /// bytes come or replies are due. Clients may come and go; a reply that nobody reads waits in the terminal
-/// for the next one. Thread-safe, except that start(), stop() and unplug() are for one
+/// for the next one. A client that was killed has left the terminal in exclusive mode: once nobody has it
+/// open, it is given back. Thread-safe, except that start(), stop() and unplug() are for one
 /// thread.
 class PtyServer {
  public:
@@ -54,6 +55,7 @@ class PtyServer {
   void send(const Bytes &bytes);
   void flushLog();
   void waitForWork() const;
+  void giveBackIfLeft() const;
   void wake() const;
 
   FrameEndpoint &endpoint_;
@@ -64,6 +66,8 @@ class PtyServer {
   FileDescriptor master_;
   FileDescriptor slave_;
   FileDescriptor wake_;
+  /// Tells when somebody closes the terminal; none where the system has no more of these.
+  FileDescriptor closings_;
   std::atomic<bool> serving_{false};
   std::atomic<bool> stopping_{false};
   std::atomic<std::thread::id> serverThread_;

@@ -7,7 +7,7 @@
 namespace tavril::simulator::registers {
 
 inline constexpr int servoId = 1;
-/// Kept, but without effect here: the bridge answers the host for the servo whatever the servo's policy is.
+/// Which commands are answered, if Options::obeysReplyPolicy; otherwise kept without effect.
 inline constexpr int replyPolicy = 2;
 inline constexpr int alarmLed = 3;
 /// 1 switches the torque off when a limit has been passed, 0 only tells.
@@ -42,25 +42,26 @@ struct SettingRow {
   int lowest;
   int highest;
   int factory;
+  const char *key;  ///< its name in files, which is the system's own, odd spellings included
 };
 
-/// Range and factory value of registers 1 to 15, in their order.
+/// Range, factory value and name of registers 1 to 15, in their order.
 inline constexpr std::array<SettingRow, settingCount> settings{{
-    {0, 253, 1},
-    {0, 2, 2},
-    {0, 1, 0},
-    {0, 1, 1},
-    {0, 253, 80},
-    {0, 253, 60},
-    {0, 253, 84},
-    {0, 512, 400},
-    {0, 32766, 440},
-    {0, 32766, 10},
-    {0, 32766, 8000},
-    {0, 255, 12},
-    {0, 255, 20},
-    {0, 255, 30},
-    {-20, 20, 0},
+    {0, 253, 1, "sid"},
+    {0, 2, 2, "ack_policy"},
+    {0, 1, 0, "alarm_led_policy"},
+    {0, 1, 1, "torque_policy"},
+    {0, 253, 80, "max_tempertaure"},
+    {0, 253, 60, "min_voltage"},
+    {0, 253, 84, "max_voltage"},
+    {0, 512, 400, "max_load"},
+    {0, 32766, 440, "kp"},
+    {0, 32766, 10, "ki"},
+    {0, 32766, 8000, "kd"},
+    {0, 255, 12, "over_temperature"},
+    {0, 255, 20, "over_voltage"},
+    {0, 255, 30, "over_load"},
+    {-20, 20, 0, "calibration_angle"},
 }};
 
 }  // namespace tavril::simulator::registers

@@ -3,6 +3,7 @@
 #include "simulator/FrameWords.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <iterator>
 #include <utility>
 

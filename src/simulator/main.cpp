@@ -1,11 +1,17 @@
 #include "simulator/CommandLine.h"
 #include "simulator/PortLink.h"
+#include "simulator/StateFile.h"
 #include "simulator/VirtualServo.h"
 
+#include <QByteArray>
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QFile>
+#include <QFileInfo>
+#include <QIODevice>
+#include <QObject>
 #include <QSocketNotifier>
+#include <QString>
 
 #include <cerrno>
 #include <csignal>
@@ -54,7 +60,30 @@ int serve(CommandLine &commandLine, const FileDescriptor &signals) {
     return refuse(QStringLiteral("cannot write %1: %2").arg(commandLine.logFile, log.errorString()),
                   exitFailed);
   }
-  commandLine.options.log = [&log](const QString &line) { writeLine(log, line); };
+  VirtualServo *running = nullptr;
+  QByteArray saved;
+  QString lastProblem;
+  // Says whether the file has the settings as they are.
+  const auto keepState = [&] {
+    if (commandLine.state.isEmpty() || !running) return true;
+    QByteArray text;
+    running->withModel([&](const ServoModel &model) { text = stateText(model); });
+    if (text == saved) return true;
+    QString why;
+    const bool isSaved = saveState(commandLine.state, text, &why);
+    if (isSaved) {
+      saved = text;
+    } else if (why != lastProblem) {
+      refuse(QStringLiteral("the settings could not be saved: ") + why, 0);
+    }
+    lastProblem = why;
+    return isSaved;
+  };
+  // Comes on the server's thread, with each command and reply.
+  commandLine.options.log = [&](const QString &line) {
+    writeLine(log, line);
+    keepState();
+  };
   const FileDescriptor plugPulled(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
   if (!plugPulled.valid()) {
     return refuse(QStringLiteral("cannot wait for the plug: %1").arg(qt_error_string(errno)), exitFailed);
@@ -66,6 +95,14 @@ int serve(CommandLine &commandLine, const FileDescriptor &signals) {
   PortLink link;
   VirtualServo servo(commandLine.options);
   QString error;
+  for (const QString &file : {commandLine.from, commandLine.state}) {
+    if (file.isEmpty() || (file == commandLine.state && !QFileInfo::exists(file))) continue;
+    bool isLoaded = false;
+    servo.withModel([&](ServoModel &model) { isLoaded = loadState(file, model, &error); });
+    if (!isLoaded) return refuse(error, exitFailed);
+  }
+  running = &servo;
+  keepState();
   if (!servo.start(&error)) return refuse(error, exitFailed);
   if (!commandLine.link.isEmpty() && !link.create(commandLine.link, servo.path(), &error)) {
     return refuse(error, exitFailed);
@@ -79,7 +116,9 @@ int serve(CommandLine &commandLine, const FileDescriptor &signals) {
   for (const QSocketNotifier *end : {&ending, &unplugged}) {
     QObject::connect(end, &QSocketNotifier::activated, QCoreApplication::instance(), &QCoreApplication::quit);
   }
-  return QCoreApplication::exec();
+  const int status = QCoreApplication::exec();
+  servo.stop();
+  return keepState() ? status : exitFailed;
 }
 
 }  // namespace

@@ -1,8 +1,13 @@
 #include "tools/ConverterWindow.h"
 
+#include "platform/PlainTitle.h"
 #include "platform/StringTable.h"
 #include "tools/WindowTexts.h"
 #include "ui_ConverterWindow.h"
+
+#include <QLineEdit>
+#include <QPushButton>
+#include <QString>
 
 namespace tavril {
 
@@ -47,20 +52,20 @@ void ConverterWindow::setTexts(const StringTable &strings) {
   const QString values = strings.text(u"value_file");
   setWindowTitle(windowTitleFor(strings.text(u"strings_converter")));
   ui_->hint->setText(strings.text(u"converter_hint"));
-  ui_->keyCaption->setText(keys);
-  ui_->valueCaption->setText(values);
+  ui_->keyCaption->setText(plainTitle(keys));
+  ui_->valueCaption->setText(plainTitle(values));
   for (QLineEdit *path : {ui_->keypath, ui_->valuepath}) {
     path->setPlaceholderText(strings.text(u"no_file_chosen"));
   }
   ui_->keypath->setAccessibleName(keys);
   ui_->valuepath->setAccessibleName(values);
-  ui_->key->setText(choose);
-  ui_->value->setText(choose);
+  ui_->key->setText(plainTitle(choose));
+  ui_->value->setText(plainTitle(choose));
   // Two buttons of one text have to be told apart by ear.
   ui_->key->setAccessibleName(QStringLiteral("%1: %2").arg(keys, choose));
   ui_->value->setAccessibleName(QStringLiteral("%1: %2").arg(values, choose));
-  ui_->converter->setText(strings.text(u"convert"));
-  ui_->close->setText(strings.text(u"close"));
+  ui_->converter->setText(plainTitle(strings.text(u"convert")));
+  ui_->close->setText(plainTitle(strings.text(u"close")));
 }
 
 void ConverterWindow::chosen() {

@@ -4,6 +4,7 @@
 #include "tools/PathElement.h"
 
 #include <QDialog>
+#include <QWidget>
 
 #include <memory>
 

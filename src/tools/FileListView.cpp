@@ -24,6 +24,8 @@ FileListView::~FileListView() = default;
 void FileListView::viewDidLoad() {
   FileSystem_ = std::make_unique<FileSystem>(files_, log_);
   FileSystem_->delegate = this;
+  folder_ = tables_.filepath();
+  SelectFileName_.clear();
   list();
   constexpr int rowHeight = 30;
   FileTableView_.setRowHeight(rowHeight);
@@ -34,7 +36,7 @@ void FileListView::viewDidLoad() {
 void FileListView::list() {
   hFiles_.clear();
   // By the letters of the name alone, so ".H" is not listed: meant.
-  for (const QString &name : files_.names(tables_.filepath())) {
+  for (const QString &name : files_.names(folder_)) {
     if (name.endsWith(u".h", Qt::CaseSensitive)) hFiles_.append(name);
   }
   log_.write(listText(hFiles_));
@@ -56,7 +58,7 @@ void FileListView::open() {
 }
 
 void FileListView::cancel() {
-  FileSystem_->DeleteFile(tables_.filepath(), SelectFileName_);
+  if (!SelectFileName_.isEmpty()) FileSystem_->DeleteFile(folder_, SelectFileName_);
   list();
   FileTableView_.reloadData();
 }
@@ -75,7 +77,7 @@ void FileListView::tableViewSelectionDidChange(int row) {
   if (row < 0 || row >= hFiles_.size()) return;
   const QString name = hFiles_[row];
   log_.write(QStringLiteral("Select Row is %1,FileName=%2").arg(QString::number(row), name));
-  FileSystem_->ReadFile(tables_.filepath(), name);
+  FileSystem_->ReadFile(folder_, name);
   SelectFileName_ = name;
 }
 

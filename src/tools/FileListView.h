@@ -2,6 +2,7 @@
 
 #include "tools/FileSystemFunction.h"
 
+#include <QString>
 #include <QStringList>
 
 #include <memory>
@@ -17,14 +18,15 @@ class TableFolder;
 class UserFiles;
 
 /// Lists the string tables of a folder, reads the one that is selected into the log, and deletes it. What
-/// goes wrong is logged and not shown. Main thread only; owns nothing that it is given.
+/// goes wrong is logged and not shown. Reading and deleting act on the folder that was listed, also when the
+/// last conversion went to another one since. Main thread only; owns nothing that it is given.
 class FileListView final : public FileSystemFunction {
  public:
   FileListView(FileTable &FileTableView, FilePanels &panels, UserFiles &files, const TableFolder &tables,
                const StringTable &strings, Log &log);
   ~FileListView() override;
 
-  /// Lists the files; the table has to be loaded after it.
+  /// Lists the folder of the last conversion; the table has to be loaded after it.
   void viewDidLoad();
 
   /// Lets the user choose a file, with which nothing is done: meant.
@@ -40,6 +42,8 @@ class FileListView final : public FileSystemFunction {
 
   void FileResult(const QString &result) override;
 
+  /// The folder that was listed.
+  const QString &folder() const { return folder_; }
   const QStringList &hFiles() const { return hFiles_; }
   const QStringList &a() const { return a_; }
   const QString &SelectFileName() const { return SelectFileName_; }
@@ -53,6 +57,7 @@ class FileListView final : public FileSystemFunction {
   const TableFolder &tables_;
   const StringTable &strings_;
   Log &log_;
+  QString folder_;
   QStringList hFiles_;
   QStringList a_;
   QString SelectFileName_;

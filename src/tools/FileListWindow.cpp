@@ -1,11 +1,18 @@
 #include "tools/FileListWindow.h"
 
+#include "platform/PlainTitle.h"
 #include "platform/StringTable.h"
 #include "tools/TableFolder.h"
 #include "tools/WindowTexts.h"
 #include "ui_FileListWindow.h"
 
+#include <QHeaderView>
+#include <QList>
+#include <QPushButton>
 #include <QSignalBlocker>
+#include <QString>
+#include <QTableWidget>
+#include <QTableWidgetItem>
 
 #include <array>
 
@@ -21,7 +28,6 @@ constexpr std::array<const char16_t *, 2> columns{u"name", u"number"};
 FileListWindow::FileListWindow(FilePanels &panels, UserFiles &files, const TableFolder &tables,
                                const StringTable &strings, Log &log, QWidget *parent)
     : QDialog(parent),
-      tables_(tables),
       ui_(std::make_unique<Ui::FileListWindow>()),
       controller_(*this, panels, files, tables, strings, log) {
   ui_->setupUi(this);
@@ -42,8 +48,8 @@ FileListWindow::FileListWindow(FilePanels &panels, UserFiles &files, const Table
 FileListWindow::~FileListWindow() = default;
 
 void FileListWindow::load() {
-  ui_->folder->setText(tables_.filepath());
   controller_.viewDidLoad();
+  ui_->folder->setText(controller_.folder());
   reloadData();
 }
 
@@ -54,9 +60,9 @@ void FileListWindow::setTexts(const StringTable &strings) {
   ui_->folder->setAccessibleName(strings.text(u"tables_folder"));
   ui_->FileTableView->setHorizontalHeaderLabels({strings.text(u"file_name"), strings.text(u"file_number")});
   ui_->empty->setText(strings.text(u"no_string_tables"));
-  ui_->open->setText(strings.text(u"open_file"));
-  ui_->cancel->setText(strings.text(u"delete_file"));
-  ui_->close->setText(strings.text(u"close"));
+  ui_->open->setText(plainTitle(strings.text(u"open_file")));
+  ui_->cancel->setText(plainTitle(strings.text(u"delete_file")));
+  ui_->close->setText(plainTitle(strings.text(u"close")));
 }
 
 void FileListWindow::setRowHeight(int points) {

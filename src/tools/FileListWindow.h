@@ -4,6 +4,7 @@
 #include "tools/FileTable.h"
 
 #include <QDialog>
+#include <QWidget>
 
 #include <memory>
 
@@ -37,7 +38,6 @@ class FileListWindow final : public QDialog, private FileTable {
   int selectedRow() const;
   void selectionDidChange();
 
-  const TableFolder &tables_;
   std::unique_ptr<Ui::FileListWindow> ui_;
   FileListView controller_;
 };

@@ -28,7 +28,7 @@ void FileSystem::DeleteFile(const QString &folder, const QString &FileName) {
   // Without a name the path is that of the folder itself.
   if (FileName.isEmpty() || !files_.isDeletable(path)) return;
   if (const auto error = files_.remove(path)) {
-    log_.write(QStringLiteral("Error removing file at path: ") + error->localizedDescription);
+    log_.warn(QStringLiteral("Error removing file at path: ") + error->localizedDescription);
     report(QStringLiteral("Delete %1 is Fail").arg(FileName));
     return;
   }

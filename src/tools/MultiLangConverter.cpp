@@ -10,6 +10,8 @@
 #include "tools/TableFolder.h"
 #include "tools/TextFile.h"
 
+#include <QLatin1String>
+
 namespace tavril {
 
 namespace {
@@ -85,16 +87,16 @@ void MultiLangConverter::write(const QString &folder, const QString &name) {
   const QString path = folder + u'/' + name;
   // Opened before the lines are paired: where it cannot be, or a value is missing, an empty file is left.
   if (const auto error = files_.write(path, {})) {
-    log_.write(error->localizedDescription);
+    log_.warn(error->localizedDescription);
     return;
   }
   tables_.setFilepath(folder);
   const LinePairing pairing = LinePairing::of(keyArray_, valueArray_);
   if (pairing.missing) {
-    log_.write(QStringLiteral("Out of range: line %1 has a key but no value").arg(*pairing.missing + 1));
+    log_.warn(QStringLiteral("Out of range: line %1 has a key but no value").arg(*pairing.missing + 1));
     return;
   }
-  if (const auto error = files_.write(path, pairing.table.toUtf8())) log_.write(error->localizedDescription);
+  if (const auto error = files_.write(path, pairing.table.toUtf8())) log_.warn(error->localizedDescription);
 }
 
 void MultiLangConverter::FileResult(const QString &result) {

@@ -2,7 +2,9 @@
 
 #include "tools/FileSystemFunction.h"
 
+#include <QString>
 #include <QStringList>
+#include <QStringView>
 
 #include <memory>
 

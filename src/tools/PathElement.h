@@ -2,6 +2,8 @@
 
 #include "platform/ScreenElement.h"
 
+#include <QString>
+
 class QLineEdit;
 
 namespace tavril {

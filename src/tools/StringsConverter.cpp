@@ -5,6 +5,9 @@
 #include "tools/ConverterWindow.h"
 #include "tools/FileListWindow.h"
 
+#include <QDialog>
+#include <QString>
+
 #include <utility>
 
 namespace tavril {
@@ -30,6 +33,9 @@ StringsConverter::StringsConverter(FilePanels &panels, UserFiles &files, TableFo
       log_(log) {
   notifications_.addObserver(this, QString::fromUtf16(LanguageDidChangeNotification),
                              [this](const Notification &) { setTexts(); });
+  tables_.setChanged([this] {
+    if (list_) list_->load();
+  });
 }
 
 StringsConverter::~StringsConverter() {

@@ -16,6 +16,7 @@ QString TableFolder::filepath() const {
 
 void TableFolder::setFilepath(const QString &folder) {
   remember_(folder);
+  if (changed_) changed_();
 }
 
 }  // namespace tavril

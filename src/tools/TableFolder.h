@@ -3,6 +3,7 @@
 #include <QString>
 
 #include <functional>
+#include <utility>
 
 namespace tavril {
 
@@ -15,10 +16,13 @@ class TableFolder {
 
   QString filepath() const;
   void setFilepath(const QString &folder);
+  /// Called after each conversion, when the folder is set.
+  void setChanged(std::function<void()> changed) { changed_ = std::move(changed); }
 
  private:
   std::function<QString()> remembered_;
   std::function<void(const QString &)> remember_;
+  std::function<void()> changed_;
 };
 
 }  // namespace tavril

@@ -2,7 +2,10 @@
 
 #include "platform/UserFiles.h"
 
+#include <QByteArray>
 #include <QStringDecoder>
+
+#include <utility>
 
 namespace tavril {
 

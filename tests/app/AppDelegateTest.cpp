@@ -116,6 +116,27 @@ TEST_F(AppDelegateLink, ConnectingAgainClosesThePortFirstAndOpensItAnew) {
   EXPECT_EQ(bench.terminal.count(Call::Open), 2);
 }
 
+TEST_F(AppDelegateLink, ConnectingWhileAnotherPortIsOpenClosesThatOneAndOpensTheFirstOfTheList) {
+  launchOnPty();
+  connect(pty);
+  const auto earlier = application->serialPort();
+  const Pty otherPty;
+  const auto other = bench.port("usbport-other", otherPty.path());
+  state.allSerialPortsInfo = {other, earlier};
+  elements.at("ConnectStatus").setText("old");
+  application->serialFormat();
+  EXPECT_FALSE(earlier->isOpen());
+  EXPECT_EQ(earlier->delegate(), nullptr);
+  EXPECT_EQ(textOf("ConnectStatus"), "[Not_connect]")
+      << "the closing was told before the delegate was cleared";
+  EXPECT_EQ(application->serialPort(), other);
+  EXPECT_EQ(other->delegate(), application);
+  EXPECT_TRUE(other->isOpen());
+  EXPECT_EQ(other->baudRate(), 115200u);
+  ASSERT_TRUE(bench.mainQueue.runUntil([&] { return wait.waits.size() == 4; }));
+  EXPECT_EQ(otherPty.read(4), QByteArray::fromHex("FF0490FE"));
+}
+
 TEST_F(AppDelegateLink, ConnectingWithoutAPortDoesNothing) {
   launch();
   application->serialFormat();
@@ -139,7 +160,7 @@ TEST_F(AppDelegateLink, APortThatCannotBeOpenedIsLoggedAndWaitedForAllTheSame) {
   EXPECT_EQ(wait.waits, std::vector{50ms});
   ASSERT_TRUE(application->lastSerialError().has_value());
   EXPECT_EQ(application->lastSerialError()->code, EACCES);
-  EXPECT_EQ(bench.log.lines().filter("Serial port usbport-test encountered an error: ").size(), 1);
+  EXPECT_EQ(bench.log.warnings().filter("Serial port usbport-test encountered an error: ").size(), 1);
   bench.terminal.heal(Call::Open);
   application->serialFormat();
   EXPECT_FALSE(application->lastSerialError().has_value());
@@ -208,6 +229,30 @@ TEST_F(AppDelegateLink, AWholeFrameIsTracedAndDecoded) {
   EXPECT_EQ(textOf("RXcmd"), "RX: 255 5 144 1 254 ff 05 90 01 fe");
   EXPECT_EQ(state.CanUseTavril, "true");
   EXPECT_EQ(textOf("TXcmd"), "sID_valueTX: ff 5 91 1 fe");
+}
+
+TEST_F(AppDelegateLink, AReplyOneByteShortIsShownWithItsEndMarkAsTheLastByte) {
+  launch();
+  deliver("FF06910801FE");
+  EXPECT_EQ(textOf("MaxLoad_value"), "510");
+  EXPECT_EQ(textOf("TXcmd"), "Kp_valueTX: ff 5 91 9 fe");
+}
+
+TEST_F(AppDelegateLink, WhereNobodyLooksOnlyRepliesOfExactlyTheRightLengthAreTaken) {
+  launch();
+  application->takeExactRepliesOnly();
+  bench.log.clear();
+  for (const char *frame : {"FF06910801FE", "FF08910801012CFE", "FF0490FE", "FF059703FE", "FF0442FE"}) {
+    deliver(frame);
+  }
+  EXPECT_EQ(textOf("MaxLoad_value"), "");
+  EXPECT_EQ(textOf("ConnectStatus"), "");
+  EXPECT_EQ(textOf("TXcmd"), "") << "nor does the reading begin again";
+  EXPECT_EQ(state.returnSTR, "");
+  EXPECT_EQ(bench.log.lines().count("Not a reply, ignored: (255, 6, 145, 8, 1, 254)"), 1);
+  EXPECT_EQ(bench.log.lines().size(), 5);
+  deliver("FF079108012CFE");
+  EXPECT_EQ(textOf("MaxLoad_value"), "300");
 }
 
 TEST_F(AppDelegateLink, WhatCameSinceTheLastDetectionIsRememberedForTheDoctor) {
@@ -432,6 +477,24 @@ TEST_F(AppDelegateLink, APortWhoseNameDoesNotBeginWithUsbRaisesNoAlert) {
   bench.mainQueue.runAll();
   EXPECT_TRUE(alert.contents.empty());
   ASSERT_EQ(userNotifications.delivered.size(), 1u);
+}
+
+TEST_F(AppDelegateLink, OnlyTheFirstOfSeveralConnectedPortsDecidesOnTheAlert) {
+  launch();
+  bench.devices.plugIn("ttyS4", "/dev/ttyS4");
+  bench.devices.plugIn("usbserial-ttyUSB0", "/dev/ttyUSB0");
+  bench.mainQueue.runAll();
+  EXPECT_TRUE(alert.contents.empty()) << "the first is no USB port";
+  EXPECT_EQ(userNotifications.delivered.size(), 2u);
+
+  state.allSerialPortsInfo.clear();
+  bench.devices.plugIn("usbserial-ttyUSB1", "/dev/ttyUSB1");
+  bench.devices.plugIn("ttyS5", "/dev/ttyS5");
+  bench.devices.plugIn("usbserial-ttyUSB2", "/dev/ttyUSB2");
+  alert.whileUp = [&] { state.allSerialPortsInfo.clear(); };
+  bench.mainQueue.runAll();
+  EXPECT_EQ(alert.contents.size(), 1u) << "one alert for all of them";
+  EXPECT_EQ(portNames(), QStringList{"usbserial-ttyUSB1"}) << "and only the first is taken up";
 }
 
 TEST_F(AppDelegateLink, AnEmptyListOfConnectedPortsRaisesNothing) {

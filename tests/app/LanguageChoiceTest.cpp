@@ -118,8 +118,8 @@ TEST_F(LanguageChoiceTest, ARememberedLanguageThatIsNotThereAnyMoreFallsBackToTh
   EXPECT_TRUE(choice.begin(""));
   EXPECT_EQ(choice.language(), "ja");
   EXPECT_TRUE(choice.followsSystem());
-  ASSERT_EQ(log.lines().size(), 1);
-  EXPECT_TRUE(log.lines().first().contains("\"xx\""));
+  ASSERT_EQ(log.warnings().size(), 1);
+  EXPECT_TRUE(log.warnings().first().contains("\"xx\""));
   EXPECT_EQ(preferences.values["language"], "xx") << "the table may come back";
 }
 

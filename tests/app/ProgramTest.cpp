@@ -51,11 +51,11 @@ TEST(TavrilProgram, RefusesWhatItDoesNotUnderstandWithOneLine) {
   constexpr int usage = 2;
   expectComplaint(run({QStringLiteral("--bogus")}), "Unknown option 'bogus'." + help, usage);
   expectComplaint(run({QStringLiteral("/dev/ttyUSB0")}), "\"/dev/ttyUSB0\" is not an option." + help, usage);
-  expectComplaint(run({QStringLiteral("--demo"), QStringLiteral("--json")}),
-                  "--json goes with --report." + help, usage);
+  expectComplaint(run({QStringLiteral("--demo"), QStringLiteral("--json")}), "--json needs --report." + help,
+                  usage);
   expectComplaint(
       run(demo + QStringList{QStringLiteral("--port"), QStringLiteral("/dev/ttyUSB0")}),
-      "--demo and --port exclude each other: the one is the virtual servo, the other a real one." + help,
+      "--demo and --port cannot be used together: --demo is the virtual servo, --port a real one." + help,
       usage);
   expectComplaint(run({QStringLiteral("--report"), QStringLiteral("--port")}),
                   "Missing value after '--port'." + help, usage);
@@ -70,9 +70,9 @@ TEST(TavrilProgram, ListsTheLanguagesWhenTheOneWantedIsNotThere) {
 
 TEST(TavrilProgram, SaysInItsHelpWhatDecidesTheLanguage) {
   QString help = QString::fromStdString(run({QStringLiteral("--help")}).out).simplified();
-  EXPECT_TRUE(
-      help.contains(QStringLiteral("in this run. Without it: what was chosen in the menu, else what the "
-                                   "system says, else English.")))
+  EXPECT_TRUE(help.contains(
+      QStringLiteral("By default, Tavril uses the language that was chosen in the menu, else the "
+                     "system's language, else English.")))
       << help.toStdString();
 }
 

@@ -129,7 +129,7 @@ std::string factoryJson(const ServoReading &reading) {
 }
 
 std::string silentAfter(int registers, const std::string &port) {
-  return port + " fell silent after " + std::to_string(registers) +
+  return port + " stopped answering after " + std::to_string(registers) +
          " of 20 registers: check the servo's cable and power, then retry.";
 }
 
@@ -159,8 +159,14 @@ TEST(ReportDeliveries, AReplyInTwoPiecesMakesTheReadingBeginAgain) {
   expectRightValues(runs->cutLongBefore, readings({5, 20}));
 }
 
-TEST(ReportDeliveries, ADetectionWhoseEndComesLateIsMadeGoodByTheReading) {
-  expectRightValues(runs->cutDetectionLongBefore, readings({20}));
+TEST(ReportDeliveries, ADetectionWhoseEndComesLateIsAskedForAgainAfterTheReading) {
+  Reading &reading = runs->cutDetectionLongBefore;
+  expectSuccess(reading.program.outcome(), ScriptedBridge::json(portName(reading.bridge.path())));
+  std::vector<int> expected = readings({20});
+  expected.push_back(0);
+  const auto &commands = reading.bridge.commands();
+  ASSERT_GE(commands.size(), expected.size());
+  EXPECT_EQ(std::vector(commands.begin(), commands.begin() + 22), expected);
 }
 
 TEST(ReportDeliveries, OfTwoRepliesThatComeTogetherBothCount) {
@@ -224,7 +230,7 @@ TEST(ReportDeliveries, ALineThatSpoilsEveryReplyGivesTheRightValuesOrOneLineThat
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.out, "");
     const std::regex line("tavril: (no answer from " + port + " within 30 s: |" + port +
-                          " fell silent after \\d+ of 20 registers: )[^\n]+\n");
+                          " stopped answering after \\d+ of 20 registers: )[^\n]+\n");
     EXPECT_TRUE(std::regex_match(outcome.err, line)) << outcome.err;
   }
 }
@@ -233,7 +239,7 @@ TEST(ReportDeliveries, RepliesOfWhichNoneIsWholeCountAsNoAnswer) {
   expectComplaint(runs->wrongLength.program.outcome(),
                   "no answer from " + portName(runs->wrongLength.servo.path()) +
                       " within 30 s: check that it is the servo's adapter, that the bridge has power and "
-                      "that its cable is in.");
+                      "that its cable is plugged in.");
 }
 
 TEST(ReportDeliveries, ErrorReportsInsteadOfValuesCountAsSilence) {

@@ -1,4 +1,5 @@
 #include "tests/support/Ownership.h"
+#include "tests/support/PlainUserProgram.h"
 #include "tests/support/Program.h"
 #include "tests/support/ScriptedBridge.h"
 
@@ -64,20 +65,6 @@ std::string removed(const std::string &port) {
          " was removed while it was being read: check the cable, plug the adapter in again and retry.";
 }
 
-/// A copy of the application that any user can reach, wherever the build tree may be.
-class ReachableProgram {
- public:
-  ReachableProgram() {
-    ::chmod(QFile::encodeName(folder_.path()).constData(), 0755);
-    EXPECT_TRUE(QFile::copy(QStringLiteral(TAVRIL_PROGRAM), path()));
-    ::chmod(QFile::encodeName(path()).constData(), 0755);
-  }
-  QString path() const { return folder_.filePath(QStringLiteral("tavril")); }
-
- private:
-  QTemporaryDir folder_;
-};
-
 TEST(ReportFailures, AMachineWithoutSerialPortsIsToldWhatCanBeDone) {
   // Whatever hangs on this machine, a mocked one without any device has no port.
   Program program(QStringLiteral("umockdev-run"),
@@ -130,28 +117,22 @@ TEST(ReportFailures, ACharacterDeviceOfAnotherKindIsNoTerminal) {
 TEST(ReportFailures, ADeniedPortTellsTheGroupAndTheCommandThatHelps) {
   const Pty port;
   const std::string path = port.path().toStdString();
-  const ReachableProgram copy;
-  QString command = copy.path();
-  QStringList arguments = TavrilProgram::reportOf(port.path());
   mode_t mode = 0;
   if (::geteuid() == 0) {
-    // Nothing is denied to the superuser, so the program has to run as somebody else.
+    // As the nodes of adapters are.
     const group *const dialout = ::getgrnam("dialout");
     ASSERT_NE(dialout, nullptr);
     ASSERT_EQ(::chown(path.c_str(), 0, dialout->gr_gid), 0);
     mode = 0600;
-    arguments = QStringList{QStringLiteral("--reuid=65534"), QStringLiteral("--regid=65534"),
-                            QStringLiteral("--clear-groups"), command} +
-                arguments;
-    command = QStringLiteral("setpriv");
   }
   ASSERT_EQ(::chmod(path.c_str(), mode), 0);
   const std::string owners = QFileInfo(port.path()).group().toStdString();
   ASSERT_NE(owners, "root");
-  Program program(command, arguments);
-  expectComplaint(program.outcome(), "permission denied on " + path + ": it belongs to the group \"" +
-                                         owners + "\". Add yourself to the group with \"sudo usermod -aG " +
-                                         owners + " $USER\", then log out and in again.");
+  const PlainUserProgram program{QStringLiteral(TAVRIL_PROGRAM)};
+  expectComplaint(program.run(TavrilProgram::reportOf(port.path())),
+                  "permission denied on " + path + ": it belongs to the group \"" + owners +
+                      "\". Add yourself to the group with \"sudo usermod -aG " + owners +
+                      " $USER\", then log out and in again.");
   EXPECT_FALSE(isExclusive(port));
 }
 
@@ -207,7 +188,7 @@ TEST(ReportFailures, APortThatAnotherTavrilReadsIsInUse) {
 TEST(ReportFailures, ASilentBridgeIsReportedAndItsLineGivenBack) {
   const std::string advice =
       " within 30 s: check that it is the servo's adapter, that the bridge has power and that its cable is "
-      "in.";
+      "plugged in.";
   expectComplaint(runs->mute.program.outcome(), "no answer from " + runs->mute.port() + advice);
   expectComplaint(runs->ofSilent.outcome(), "no answer from " + portName(runs->silent.path()) + advice);
   EXPECT_EQ(runs->silent.commands(), (std::vector<int>{0}));

@@ -134,7 +134,53 @@ TEST_F(ReportOnPty, AServoThatFallsSilentIsGivenUpThirtySecondsLater) {
   timers.advance(29s);
   EXPECT_TRUE(outcomes.empty());
   timers.advance(2s);
-  EXPECT_TRUE(onlyText().contains("fell silent after 7 of 20 registers")) << onlyText().toStdString();
+  EXPECT_TRUE(onlyText().contains("stopped answering after 7 of 20 registers")) << onlyText().toStdString();
+}
+
+TEST_F(ReportOnPty, RegistersWithoutAnAnsweredDetectionAreNoSuccess) {
+  startOnPty();
+  answer("FF059001", 20);
+  EXPECT_TRUE(outcomes.empty());
+  EXPECT_EQ(pty.read(50).first(4), QByteArray::fromHex("FF0490FE")) << "it is asked once more";
+  timers.advance(29s);
+  EXPECT_TRUE(outcomes.empty());
+  timers.advance(2s);
+  EXPECT_EQ(onlyText(),
+            "usbport-test answered, but did not tell whether exactly one servo is there: check the servo's "
+            "cable and "
+            "power, then retry.");
+  EXPECT_FALSE(outcomes[0].succeeded);
+  EXPECT_EQ(pty.readPending(), "") << "once only";
+}
+
+TEST_F(ReportOnPty, ADetectionThatIsAnsweredAtTheSecondAttemptIsMadeGood) {
+  startOnPty();
+  answer("FF059001", 20);
+  ASSERT_EQ(pty.read(50).first(4), QByteArray::fromHex("FF0490FE"));
+  pty.write(QByteArray::fromHex("FF059001FE"));
+  ASSERT_TRUE(bench.mainQueue.runNext());
+  timers.advance(10ms);
+  EXPECT_TRUE(outcomes.size() == 1 && outcomes[0].succeeded) << onlyText().toStdString();
+}
+
+TEST_F(ReportOnPty, SeveralServosAtTheSecondAttemptAreAnError) {
+  startOnPty();
+  answer("FF059001", 20);
+  ASSERT_EQ(pty.read(50).first(4), QByteArray::fromHex("FF0490FE"));
+  pty.write(QByteArray::fromHex("FF059002FE"));
+  ASSERT_TRUE(bench.mainQueue.runNext());
+  timers.advance(10ms);
+  EXPECT_TRUE(onlyText().startsWith("more than one servo")) << onlyText().toStdString();
+}
+
+TEST_F(ReportOnPty, AReplyOneByteShortIsNotPrinted) {
+  startOnPty();
+  answer("FF059001FE", 7);
+  ASSERT_EQ(pty.read(50).first(5), QByteArray::fromHex("FF059108FE"));
+  pty.write(QByteArray::fromHex("FF06910801FE"));
+  ASSERT_TRUE(bench.mainQueue.runNext());
+  timers.advance(30s);
+  EXPECT_TRUE(onlyText().contains("stopped answering after 7 of 20 registers")) << onlyText().toStdString();
 }
 
 TEST_F(ReportOnPty, AnUnpluggedPortEndsTheReport) {

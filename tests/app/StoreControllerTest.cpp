@@ -189,8 +189,8 @@ TEST_F(Store, ThatIsALinkIsReportedAndNotFollowed) {
 TEST_F(Store, WithoutAModelMakesNothing) {
   ASSERT_TRUE(QFile::remove(model));
   EXPECT_FALSE(store.managedObjectModel());
-  ASSERT_EQ(desktop.log.lines().size(), 1);
-  EXPECT_TRUE(desktop.log.lines()[0].startsWith(u"The data model could not be loaded. "));
+  ASSERT_EQ(desktop.log.warnings().size(), 1);
+  EXPECT_TRUE(desktop.log.warnings()[0].startsWith(u"The data model could not be loaded. "));
   EXPECT_TRUE(presenter.errors.empty());
   EXPECT_FALSE(store.persistentStoreCoordinator());
   expectNotInitialised(QStringLiteral("The data model could not be loaded."));
@@ -252,7 +252,7 @@ TEST_F(Store, IsSavedWithoutTheEditsThatCannotBeCommitted) {
   change();
   context().objectDidBeginEditing(editor);
   store.saveAction();
-  EXPECT_EQ(desktop.log.lines(),
+  EXPECT_EQ(desktop.log.warnings(),
             QStringList{QStringLiteral("AppDelegate:saveAction: unable to commit editing before saving")});
   EXPECT_EQ(objectsNextTime().size(), 1u);
 }
@@ -273,7 +273,7 @@ TEST_F(Store, ThatCannotBeMadeCannotBeSaved) {
   write(folder, "in the way");
   store.saveAction();
   EXPECT_EQ(presenter.errors.size(), 1u);
-  EXPECT_EQ(desktop.log.lines(),
+  EXPECT_EQ(desktop.log.warnings(),
             QStringList{QStringLiteral("AppDelegate:saveAction: unable to commit editing before saving")});
 }
 
@@ -316,7 +316,7 @@ TEST_F(Store, KeepsTheProgramRunningWhileEditsCannotBeCommitted) {
   change();
   context().objectDidBeginEditing(editor);
   EXPECT_EQ(store.applicationShouldTerminate(), TerminateReply::TerminateCancel);
-  EXPECT_EQ(desktop.log.lines(),
+  EXPECT_EQ(desktop.log.warnings(),
             QStringList{QStringLiteral(
                 "AppDelegate:applicationShouldTerminate: unable to commit editing to terminate")});
   EXPECT_FALSE(QFile::exists(file));

@@ -10,6 +10,7 @@
 #include <deque>
 #include <optional>
 #include <random>
+#include <vector>
 
 namespace tavril::cli {
 
@@ -32,7 +33,9 @@ class BridgeInTime final : public Line {
   Heard request(const QByteArray &data, Time timeout, Rule rule) override {
     ++sent;
     dropWhatCame();
-    const bool arrives = !happens(faults.lostCommands) && (silentAfter == 0 || sent < silentAfter);
+    askedAt.push_back(clock_);
+    const bool arrives =
+        clock_ >= deafUntil && !happens(faults.lostCommands) && (silentAfter == 0 || sent < silentAfter);
     if (arrives) answer(data);
     const Time deadline = clock_ + timeout;
     QByteArray received;
@@ -60,7 +63,12 @@ class BridgeInTime final : public Line {
   int silentAfter = 0;   ///< this command and all later ones are lost; 0: none is
   int stuck = 0;         ///< a register that takes values and does not keep them
   int refused = 0;       ///< a register whose values are refused
+  int refusedCode = 0;   ///< a command that is unknown
+  bool answersWrites = true;
+  Time deafUntil{0};  ///< all that comes before is lost
+  int goal = 0;
   int sent = 0;
+  std::vector<Time> askedAt;
 
  private:
   struct Piece {
@@ -79,6 +87,7 @@ class BridgeInTime final : public Line {
   void answer(const QByteArray &data) {
     ASSERT_EQ(data.size(), 50);
     const QByteArray reply = replyTo(data);
+    if (reply.isEmpty()) return;
     if (happens(faults.lostReplies)) return;
     Time due = clock_ + Time(1);
     if (faults.longestDelay_ms > 0) due += Time(draw(static_cast<unsigned>(faults.longestDelay_ms)));
@@ -97,6 +106,7 @@ class BridgeInTime final : public Line {
 
   QByteArray replyTo(const QByteArray &data) {
     const auto byte = [&](qsizetype index) { return static_cast<unsigned char>(data[index]); };
+    if (refusedCode == byte(2)) return QByteArray("\xFF\x05\xF9\x00\xFE", 5);
     switch (byte(2)) {
       case 0x90:
         return QByteArray("\xFF\x05\x90", 3) + servos + '\xFE';
@@ -109,9 +119,10 @@ class BridgeInTime final : public Line {
       case 0x92:
         if (refused == byte(3)) return QByteArray("\xFF\x05\xF9\x03\xFE", 5);
         if (stuck != byte(3)) registers[byte(3)] = byte(4) * 256 + byte(5);
-        return QByteArray("\xFF\x05\x92", 3) + data[3] + '\xFE';
+        return answersWrites ? QByteArray("\xFF\x05\x92", 3) + data[3] + '\xFE' : QByteArray();
       case 0x96:
-        if (!blocked) position = byte(3) * 256 + byte(4);
+        goal = byte(3) * 256 + byte(4);
+        if (!blocked) position = goal;
         return QByteArray("\xFF\x04\x96\xFE", 4);
       case 0x97:
         return QByteArray("\xFF\x06\x97", 3) + static_cast<char>(position >> 8) +

@@ -1,4 +1,5 @@
 #include "cli/CommandLine.h"
+#include "cli/Files.h"
 
 #include <gtest/gtest.h>
 
@@ -35,11 +36,13 @@ TEST(CtlCommandLine, HasDefaults) {
 
 TEST(CtlCommandLine, KnowsEveryCommand) {
   const std::vector<std::pair<const char *, Verb>> commands{
-      {"ports", Verb::Ports},       {"doctor", Verb::Doctor},    {"detect", Verb::Detect},
-      {"read", Verb::Read},         {"write kp=1", Verb::Write}, {"dump f", Verb::Dump},
-      {"restore f", Verb::Restore}, {"diff f", Verb::Diff},      {"position", Verb::Position},
-      {"move 5", Verb::Move},       {"release", Verb::Release},  {"reboot", Verb::Reboot},
-      {"reset --yes", Verb::Reset}, {"monitor", Verb::Monitor},  {"send FF", Verb::Send}};
+      {"ports", Verb::Ports},         {"set-id 4", Verb::SetId},    {"stop", Verb::Stop},
+      {"run f", Verb::Run},           {"shell", Verb::Shell},       {"doctor", Verb::Doctor},
+      {"detect", Verb::Detect},       {"read", Verb::Read},         {"write kp=1", Verb::Write},
+      {"dump f", Verb::Dump},         {"restore f", Verb::Restore}, {"diff f", Verb::Diff},
+      {"position", Verb::Position},   {"move 5", Verb::Move},       {"release", Verb::Release},
+      {"reboot --yes", Verb::Reboot}, {"reset --yes", Verb::Reset}, {"monitor", Verb::Monitor},
+      {"send FF", Verb::Send}};
   for (const auto &[line, verb] : commands) EXPECT_EQ(optionsOf(line).verb, verb) << line;
   EXPECT_EQ(CommandLine::book(QStringLiteral("1")).commands.size(), commands.size());
 }
@@ -96,11 +99,17 @@ TEST(CtlCommandLine, HasTheOptionsOfItsCommands) {
 TEST(CtlCommandLine, RefusesWhatCannotBeMeantAsAUsageError) {
   const std::string help = " \"tavrilctl --help\" lists the commands and options.";
   for (const auto &[line, text] : {
-           Refused{"", "a command is missing."},
-           Refused{"bogus", "The following argument was not expected: bogus."},
-           Refused{"read --bogus", "The following argument was not expected: --bogus."},
-           Refused{"write", "REGISTER=VALUE is required."},
-           Refused{"dump", "FILE is required."},
+           Refused{"", "no command was given."},
+           Refused{"bogus", "there is no command \"bogus\"."},
+           Refused{"montor", "there is no command \"montor\". Did you mean monitor?"},
+           Refused{"detect x", "detect takes no further argument, but \"x\" was given."},
+           Refused{"detect --port", "--port lacks its value, NAME|PATH."},
+           Refused{"detect --port a --port b", "--port was given more than once."},
+           Refused{"read --jsn", "read has no option \"--jsn\". Did you mean --json?"},
+           Refused{"read --bogus", "read has no option \"--bogus\"."},
+           Refused{"--bogus", "tavrilctl has no option \"--bogus\"."},
+           Refused{"write", "write lacks its argument ASSIGNMENT."},
+           Refused{"dump", "dump lacks its argument FILE."},
            Refused{"diff a b c", "diff takes one file or two."},
            Refused{"detect --timeout 0", "--timeout takes a time from 1 ms to 60000 ms, not \"0\"."},
            Refused{"detect --timeout soon", "--timeout takes a time from 1 ms to 60000 ms, not \"soon\"."},
@@ -110,8 +119,8 @@ TEST(CtlCommandLine, RefusesWhatCannotBeMeantAsAUsageError) {
            Refused{"monitor --count 0", "--count takes a number from 1 to 2147483647, not \"0\"."},
            Refused{
                "detect --demo --port x",
-               "--demo and --port exclude each other: the one is the virtual servo, the other a real one."},
-           Refused{"detect --generate x", "--generate takes bash, zsh, fish or man."},
+               "--demo and --port cannot be used together: --demo is the virtual servo, --port a real one."},
+           Refused{"detect --generate x", "--generate takes bash, zsh, fish, man or registers."},
        }) {
     const CommandLine parsed = parse(line);
     ASSERT_TRUE(parsed.answer) << line;
@@ -125,6 +134,73 @@ TEST(CtlCommandLine, ResetsOnlyWhenToldThatItIsMeant) {
   ASSERT_TRUE(parsed.answer);
   EXPECT_EQ(parsed.answer->status, 2);
   EXPECT_TRUE(parsed.answer->text.contains(QStringLiteral("--yes")));
+}
+
+TEST(CtlCommandLine, HasTheShortOptionsThatSuchToolsHave) {
+  EXPECT_EQ(optionsOf("read -p x").port, QStringLiteral("x"));
+  EXPECT_TRUE(optionsOf("read -v").verbose);
+  EXPECT_TRUE(optionsOf("read -q").quiet);
+  EXPECT_TRUE(optionsOf("write kp=1 -n").dryRun);
+  EXPECT_TRUE(optionsOf("reset -y").yes);
+}
+
+TEST(CtlCommandLine, TakesSettingsToLeaveOutOneByOneOrInAList) {
+  EXPECT_EQ(optionsOf("restore f --except sid --except kp,ki").except,
+            (QStringList{QStringLiteral("sid"), QStringLiteral("kp"), QStringLiteral("ki")}));
+}
+
+TEST(CtlCommandLine, TakesBracketsAndBracesAsTheyWereTyped) {
+  for (const char *name : {"[x]", "[a,b]", "[]", "[[x]]", "[", "{}", "[\xFF]", "--except=[x]"}) {
+    const QString typed = textOf(name);
+    const QStringList arguments{QStringLiteral("dump"), QStringLiteral("--"), typed};
+    EXPECT_EQ(CommandLine::parse(arguments, QStringLiteral("1")).options.operands, QStringList{typed})
+        << name;
+  }
+  EXPECT_EQ(optionsOf("read [kp,ki] [x]").operands,
+            (QStringList{QStringLiteral("[kp,ki]"), QStringLiteral("[x]")}));
+  EXPECT_EQ(optionsOf("restore f --except [sid] --except=[kp]").except,
+            (QStringList{QStringLiteral("[sid]"), QStringLiteral("[kp]")}));
+  EXPECT_EQ(optionsOf("read -p [[x]]").port, QStringLiteral("[[x]]"));
+  EXPECT_TRUE(parse("detect [x]").answer->text.contains(QStringLiteral("\"[x]\" was given.")));
+}
+
+TEST(CtlCommandLine, LeavesNoSettingOutThatHasNoName) {
+  for (const QString &keys : {QString(), QStringLiteral(","), QStringLiteral("kp,")}) {
+    const CommandLine parsed =
+        CommandLine::parse({QStringLiteral("restore"), QStringLiteral("f"), QStringLiteral("--except"), keys},
+                           QStringLiteral("1"));
+    ASSERT_TRUE(parsed.answer) << keys.toStdString();
+    EXPECT_EQ(parsed.answer->status, 2);
+    EXPECT_TRUE(
+        parsed.answer->text.startsWith(QStringLiteral("--except needs the key of a setting, such as sid.")))
+        << parsed.answer->text.toStdString();
+  }
+}
+
+TEST(CtlCommandLine, SaysWhichCommonOptionsWereGiven) {
+  EXPECT_EQ(parse("read kp -v --timeout 5").common,
+            (QStringList{QStringLiteral("--timeout"), QStringLiteral("--verbose")}));
+}
+
+TEST(CtlCommandLine, RefusesOptionsThatContradictEachOther) {
+  for (const char *line : {"read -q -v", "monitor --csv - --json", "ports --names --json", "diff - -",
+                           "detect --demo --port x"}) {
+    const CommandLine parsed = parse(line);
+    ASSERT_TRUE(parsed.answer) << line;
+    EXPECT_EQ(parsed.answer->status, 2) << line;
+  }
+}
+
+TEST(CtlCommandLine, NeedsANameForAFile) {
+  for (const char *command : {"dump", "restore", "diff", "run"}) {
+    const CommandLine parsed =
+        CommandLine::parse({QString::fromLatin1(command), QString()}, QStringLiteral("1"));
+    ASSERT_TRUE(parsed.answer) << command;
+    EXPECT_EQ(parsed.answer->status, 2);
+    EXPECT_TRUE(parsed.answer->text.startsWith(QString::fromLatin1(command) +
+                                               QStringLiteral(" needs the name of a file.")))
+        << parsed.answer->text.toStdString();
+  }
 }
 
 TEST(CtlCommandLine, NeedsANameForThePort) {

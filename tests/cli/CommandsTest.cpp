@@ -1,10 +1,12 @@
 // What the commands make of what was typed, and what they decide by themselves.
+#include "cli/Changes.h"
 #include "cli/Console.h"
 #include "cli/Conversation.h"
 #include "cli/Monitor.h"
 #include "cli/MotionCommands.h"
 #include "cli/Progress.h"
 #include "cli/RegisterCommands.h"
+#include "cli/Script.h"
 #include "cli/SendCommand.h"
 #include "cli/Servo.h"
 #include "cli/Session.h"
@@ -46,8 +48,8 @@ TEST(Assignments, KeepToTheRanges) {
 }
 
 TEST(Assignments, AreWrongAltogetherWithoutANumber) {
-  for (const char *text : {"kp", "=5", "kp=", "kp=-", "kp=12a", "kp=1.5", "kp= 5", "kp=+5", "kp=0x10", "kq=5",
-                           "present_load=5", "kp=5=6"}) {
+  for (const char *text : {"kp", "=5", "kp=", "kp=-", "kp=12a", "kp=1.5", "kp= 5", "kp=+5", "kp=0x10",
+                           "kp=5ms", "over_load=5V", "kq=5", "present_load=5", "kp=5=6"}) {
     EXPECT_EQ(assigning({QString::fromLatin1(text)}).code, ExitCode::Usage) << text;
   }
 }
@@ -62,6 +64,41 @@ TEST(Assignments, AreAllCheckedAndEveryProblemNamed) {
 
 TEST(Assignments, GoToARegisterOnce) {
   EXPECT_EQ(assigning({QStringLiteral("kp=5"), QStringLiteral("9=6")}).code, ExitCode::Usage);
+}
+
+TEST(Assignments, TakeTheUnitWhereItIsKnown) {
+  const auto valueOf = [](const char *text) {
+    return assignmentsFrom({QString::fromUtf8(text)}).front().value;
+  };
+  EXPECT_EQ(valueOf("over_load=300ms"), 30);
+  EXPECT_EQ(valueOf("over_load=0.3s"), 30);
+  EXPECT_EQ(valueOf("over_load=30"), 30);
+  EXPECT_EQ(valueOf("max_temperature=75C"), 75);
+  EXPECT_EQ(valueOf("max_tempertaure=75°C"), 75);
+  EXPECT_EQ(assigning({QStringLiteral("max_temperature=warm")}).text.toStdString(),
+            "max_tempertaure takes a whole number from 0 to 253, or a value with its unit such as 80°C, not "
+            "\"warm\". Nothing was written.");
+  EXPECT_TRUE(assigning({QStringLiteral("over_load=long")}).text.contains(QStringLiteral("such as 300ms")));
+  EXPECT_EQ(assigning({QStringLiteral("over_load=305ms")}).text.toStdString(),
+            "over_load: 305ms is not a multiple of 10 ms. Nothing was written.");
+  EXPECT_EQ(assigning({QStringLiteral("over_load=2560ms")}).code, ExitCode::BadValue);
+}
+
+TEST(Assignments, AreNotEchoedWithControlCharacters) {
+  EXPECT_EQ(assigning({QStringLiteral("kp=\x1b[2J\n")}).text.toStdString(),
+            "kp takes a whole number from 0 to 32766, not \"\\u001b[2J\\u000a\". Nothing was written.");
+}
+
+TEST(RegistersNamed, AreTakenOnce) {
+  EXPECT_EQ(registersNamed({QStringLiteral("kp"), QStringLiteral("ki"), QStringLiteral("9")}).size(), 2U);
+}
+
+TEST(Positions, MayBeGivenInDegrees) {
+  EXPECT_EQ(positionFrom(QStringLiteral("90deg")), 307);
+  EXPECT_EQ(positionFrom(QStringLiteral("0.5°")), 2);
+  EXPECT_EQ(positionFrom(QStringLiteral("300deg")), 1023);
+  EXPECT_EQ(failureOf([] { positionFrom(QStringLiteral("301deg")); }).code, ExitCode::BadValue);
+  EXPECT_EQ(failureOf([] { positionFrom(QStringLiteral("90rad")); }).code, ExitCode::Usage);
 }
 
 TEST(Positions, GoFrom0To1023) {
@@ -102,25 +139,45 @@ TEST(FrameToSend, IsCheckedLikeAnyOther) {
   const auto refused = [](const char *hex) {
     return failureOf([&] { commandFromHex({QString::fromLatin1(hex)}); });
   };
-  EXPECT_EQ(refused("FF0591G8FE").text.toStdString(),
-            "this is no frame: \"FF0591G8FE\" is no byte: write two hexadecimal digits for each.");
-  EXPECT_EQ(refused("FF FE").text.toStdString(), "this is no frame: 2 bytes are too few.");
-  EXPECT_EQ(refused("FE 04 90 FE").text.toStdString(), "this is no frame: it must begin with FF.");
-  EXPECT_EQ(refused("FF 04 90 FF").text.toStdString(), "this is no frame: it must end with FE.");
+  EXPECT_EQ(
+      refused("FF0591G8FE").text.toStdString(),
+      "this is not a valid frame: \"FF0591G8FE\" is not a byte. Write two hexadecimal digits for each byte.");
+  EXPECT_EQ(refused("FF FE").text.toStdString(),
+            "this is not a valid frame: 2 bytes cannot be a whole frame.");
+  EXPECT_EQ(refused("FE 04 90 FE").text.toStdString(), "this is not a valid frame: it must begin with FF.");
+  EXPECT_EQ(refused("FF 04 90 FF").text.toStdString(), "this is not a valid frame: it must end with FE.");
   EXPECT_EQ(refused("FF 05 90 FE").text.toStdString(),
-            "this is no frame: the second byte says 5 bytes, but there are 4.");
-  EXPECT_EQ(refused("FF 04 98 FE").text.toStdString(), "this is no frame: 98 is the code of no command.");
+            "this is not a valid frame: the second byte says 5 bytes, but there are 4.");
+  EXPECT_EQ(refused("FF 04 98 FE").text.toStdString(),
+            "this is not a valid frame: there is no command with the code 98.");
   EXPECT_EQ(refused("FF 04 91 FE").text.toStdString(),
-            "this is no frame: a command of code 91 has 5 bytes, not 4.");
+            "this is not a valid frame: a command of code 91 has 5 bytes, not 4.");
   EXPECT_EQ(refused("FF 05 91 15 FE").text.toStdString(),
-            "this is no frame: there is no register 21; they go from 1 to 20.");
+            "this is not a valid frame: there is no register 21; they go from 1 to 20.");
   EXPECT_EQ(refused("FF 07 92 10 00 01 FE").text.toStdString(),
-            "this is no frame: status_error is a live value, which cannot be written.");
+            "this is not a valid frame: status_error is measured by the servo and cannot be written.");
   EXPECT_EQ(refused("FF 04 98 FE").code, ExitCode::Usage);
   EXPECT_EQ(refused("FF 07 92 09 7F FF FE").code, ExitCode::BadValue);
   EXPECT_EQ(refused("FF 06 96 04 00 FE").code, ExitCode::BadValue);
   EXPECT_EQ(refused("FF 07 92 0F FF EB FE").code, ExitCode::BadValue);
   EXPECT_EQ(refused("FF 07 92 0F FF EC FE").code, ExitCode::Done);
+}
+
+TEST(FrameToSend, IsConfirmedWhereItsValueMayDoHarm) {
+  const auto unconfirmed = [](const char *hex) {
+    const Command command = commandFromHex({QString::fromLatin1(hex)});
+    EXPECT_EQ(failureOf([&] { expectConfirmed(command, true); }).code, ExitCode::Done) << hex;
+    return failureOf([&] { expectConfirmed(command, false); });
+  };
+  const Failure failure = unconfirmed("FF 07 92 02 00 00 FE");
+  EXPECT_EQ(failure.code, ExitCode::BadValue);
+  EXPECT_EQ(failure.text.toStdString(),
+            "ack_policy=0 may keep the servo from answering, and then Tavril can no longer set it up.\n"
+            "Nothing was sent. Confirm with --yes.");
+  EXPECT_EQ(unconfirmed("FF 07 92 08 00 00 FE").code, ExitCode::BadValue);
+  for (const char *harmless : {"FF 07 92 02 00 01 FE", "FF 07 92 09 00 00 FE", "FF 05 91 02 FE"}) {
+    EXPECT_EQ(unconfirmed(harmless).code, ExitCode::Done) << harmless;
+  }
 }
 
 TEST(Table, AlignsItsColumns) {
@@ -133,10 +190,15 @@ TEST(Table, AlignsItsColumns) {
 class ScreenConsole final : public Console {
  public:
   explicit ScreenConsole(bool isTerminal) : isTerminal_(isTerminal) {}
-  void data(const QString &text) override { printed += text; }
+  void data(const QString &text) override {
+    if (isFull) throw Failure{ExitCode::Failed, QStringLiteral("the disk is full.")};
+    printed += text;
+  }
   void status(const QString &line) override { told.append(line); }
+  void note(const QString &line) override { told.append(line); }
   void transient(const QString &line) override { shown.append(line); }
   bool isTerminal() const override { return isTerminal_; }
+  bool isFull = false;
   QStringList shown;
   QString printed;
   QStringList told;
@@ -180,57 +242,344 @@ struct CommandBench {
   Session session{servo, bridge, console, strings};
 };
 
+std::vector<Assignment> assignmentsOf(const char *text) {
+  return assignmentsFrom(QString::fromLatin1(text).split(u' '));
+}
+
+TEST(Writing, TellsOldAndNewValuesOnceAllIsDone) {
+  CommandBench bench;
+  bench.bridge.registers[9] = 440;
+  writeRegisters(bench.session, assignmentsOf("kp=5 ki=6"), {});
+  EXPECT_EQ(bench.console.printed, QStringLiteral("kp: 440 -> 5\nki: 0 -> 6\n"));
+  EXPECT_EQ(bench.console.told, QStringList());
+}
+
 TEST(Writing, TellsOfEachValueThatTheServoDoesNotKeep) {
   CommandBench bench;
   bench.bridge.stuck = 9;
   bench.bridge.refused = 10;
-  const auto assignments =
-      assignmentsFrom({QStringLiteral("kp=5"), QStringLiteral("ki=6"), QStringLiteral("kd=7")});
-  const Failure failure = failureOf([&] { writeRegisters(bench.session, assignments); });
+  const Failure failure =
+      failureOf([&] { writeRegisters(bench.session, assignmentsOf("kp=5 ki=6 kd=7"), {}); });
   EXPECT_EQ(failure.code, ExitCode::BadValue);
-  EXPECT_EQ(failure.text, QStringLiteral("2 of 3 values could not be set."));
-  EXPECT_EQ(bench.console.told,
-            (QStringList{QStringLiteral("kp: 5 was written, but the servo holds 0."),
-                         QStringLiteral("ki: 6 was written, but the servo refused it.")}));
-  EXPECT_EQ(bench.console.printed, QStringLiteral("kd=7\n"));
+  EXPECT_EQ(failure.text.toStdString(),
+            "2 of 3 values could not be set:\n"
+            "kp: not changed, it is 0 (the servo did not keep 5)\n"
+            "ki: not changed, it is 0 (the servo refused 6: value out of range (error 3))\n"
+            "kd: changed, 0 -> 7");
+  EXPECT_EQ(bench.console.printed, QString());
+}
+
+TEST(Writing, SaysOfEachValueWhatBecameOfItWhenTheLineFails) {
+  CommandBench bench;
+  bench.bridge.silentAfter = 3 + 2 + 1;  // three reads, one write that is read back, and another write
+  const Failure failure =
+      failureOf([&] { writeRegisters(bench.session, assignmentsOf("kp=5 ki=6 kd=7"), {}); });
+  EXPECT_EQ(failure.code, ExitCode::Failed);
+  EXPECT_TRUE(
+      failure.text.endsWith(QStringLiteral("\nkp: changed, 0 -> 5\n"
+                                           "ki: unknown, it was 0 and 6 was sent\n"
+                                           "kd: not changed, it is 0")))
+      << failure.text.toStdString();
+}
+
+TEST(Writing, SaysThatNothingIsChangedWhereTheLineFailsBeforeTheFirstWrite) {
+  const auto failing = [](const char *texts, int silentAfter) {
+    CommandBench bench;
+    bench.bridge.silentAfter = silentAfter;
+    return failureOf([&] { writeRegisters(bench.session, assignmentsOf(texts), {}); }).text;
+  };
+  EXPECT_TRUE(failing("kp=5 ki=6", 2).endsWith(QStringLiteral("\nkp: not changed\nki: not changed")))
+      << failing("kp=5 ki=6", 2).toStdString();
+  // The present load, with which the limit is compared.
+  EXPECT_TRUE(failing("max_load=5", 2).endsWith(QStringLiteral("\nmax_load: not changed, it is 0")))
+      << failing("max_load=5", 2).toStdString();
+  CommandBench bench;
+  bench.bridge.silentAfter = 1;
+  const QString restoring = failureOf([&] { restore(bench.session, {{9, 5}, {11, 7}}, {}); }).text;
+  EXPECT_TRUE(restoring.endsWith(QStringLiteral("\nkp: not changed\nkd: not changed")))
+      << restoring.toStdString();
+  CommandBench dry;
+  dry.bridge.silentAfter = 1;
+  EXPECT_FALSE(failureOf([&] {
+                 restore(dry.session, {{9, 5}}, {.dryRun = true});
+               }).text.contains(QStringLiteral("not changed")));
+}
+
+TEST(Writing, TellsTheValueThatTheServoTookInstead) {
+  Change change{.number = 9, .from = 440, .to = 5};
+  change.state = Change::State::NotKept;
+  change.held = 7;
+  EXPECT_EQ(change.outcome().toStdString(), "kp: changed, 440 -> 7 (5 was sent)");
+}
+
+TEST(Writing, SaysOfEachValueWhatBecameOfItWhenTheDiskIsFull) {
+  CommandBench bench;
+  bench.console.isFull = true;
+  const Failure failure = failureOf([&] { writeRegisters(bench.session, assignmentsOf("kp=5"), {}); });
+  EXPECT_EQ(failure.text.toStdString(), "the disk is full.\nkp: changed, 0 -> 5");
+  EXPECT_EQ(bench.bridge.registers[9], 5);
+}
+
+TEST(Writing, IsDoneAlsoWhereTheServoAnswersNoWrites) {
+  CommandBench bench;
+  bench.bridge.answersWrites = false;
+  writeRegisters(bench.session, assignmentsOf("kp=5"), {});
+  EXPECT_EQ(bench.console.printed, QStringLiteral("kp: 0 -> 5\n"));
+}
+
+TEST(Writing, FailsWhereAWriteWithoutAReplyIsNotSeenInTheReading) {
+  CommandBench bench;
+  bench.bridge.answersWrites = false;
+  bench.bridge.stuck = 9;
+  const Failure failure = failureOf([&] { writeRegisters(bench.session, assignmentsOf("kp=5"), {}); });
+  EXPECT_EQ(failure.code, ExitCode::Failed);
+  EXPECT_TRUE(failure.text.startsWith(QStringLiteral("no answer from usbserial-test to \"write 5 to kp\"")))
+      << failure.text.toStdString();
+}
+
+TEST(Writing, WantsToBeForcedWhereItMayDoHarm) {
+  CommandBench bench;
+  bench.bridge.registers[18] = 74;
+  bench.bridge.registers[6] = 60;
+  bench.bridge.registers[7] = 84;
+  const Failure failure =
+      failureOf([&] { writeRegisters(bench.session, assignmentsOf("max_voltage=70"), {}); });
+  EXPECT_EQ(failure.code, ExitCode::BadValue);
+  EXPECT_EQ(failure.text.toStdString(),
+            "max_voltage=70 is below present_voltage, which is 74 now.\n"
+            "Nothing was written. To write it nevertheless, add --force.");
+  EXPECT_EQ(bench.bridge.registers[7], 84);
+  writeRegisters(bench.session, assignmentsOf("max_voltage=70"), {.force = true});
+  EXPECT_EQ(bench.bridge.registers[7], 70);
+  EXPECT_EQ(
+      bench.console.told,
+      QStringList{QStringLiteral("Warning: max_voltage=70 is below present_voltage, which is 74 now.")});
+}
+
+TEST(SettingTheId, LooksForTheServoUnderItsNewOne) {
+  CommandBench bench;
+  setServoId(bench.session, assignmentsOf("sid=42").front(), {});
+  EXPECT_EQ(bench.bridge.registers[1], 42);
+  EXPECT_EQ(bench.bridge.sent, 4);  // read, written, read back, and the servo detected
+  bench.bridge.servos = 0;
+  EXPECT_EQ(failureOf([&] { setServoId(bench.session, assignmentsOf("sid=43").front(), {}); }).code,
+            ExitCode::NoServo);
+}
+
+std::vector<QString> dangers(const Settings &wanted, const Settings &present) {
+  const QStringList texts = dangersOf(wanted, present);
+  return {texts.begin(), texts.end()};
+}
+
+TEST(Dangers, AreValuesThatMayLockTheServoUp) {
+  EXPECT_EQ(dangers({{2, 0}}, {}).size(), 1U);
+  EXPECT_EQ(dangers({{2, 1}}, {}).size(), 0U);
+  for (const int limit : {5, 7, 8}) EXPECT_EQ(dangers({{limit, 0}}, {}).size(), 1U) << limit;
+  EXPECT_EQ(dangers({{6, 0}}, {}).size(), 0U);
+}
+
+TEST(Dangers, AreVoltagesTheWrongWayRound) {
+  EXPECT_EQ(dangers({{6, 85}}, {{7, 84}}).size(), 1U);
+  EXPECT_EQ(dangers({{7, 59}}, {{6, 60}}).size(), 1U);
+  EXPECT_EQ(dangers({{6, 70}, {7, 60}}, {{6, 10}, {7, 90}}).size(), 1U);
+  EXPECT_EQ(dangers({{6, 60}, {7, 60}}, {}).size(), 0U);
+  // What was so before is not this change's doing.
+  EXPECT_EQ(dangers({{9, 5}}, {{6, 85}, {7, 60}}).size(), 0U);
+}
+
+TEST(Dangers, AreLimitsThatArePassedNow) {
+  EXPECT_EQ(dangers({{5, 40}}, {{19, 41}}).size(), 1U);
+  EXPECT_EQ(dangers({{5, 40}}, {{19, 40}}).size(), 0U);
+  EXPECT_EQ(dangers({{6, 75}}, {{18, 74}}).size(), 1U);
+  EXPECT_EQ(dangers({{8, 5}}, {{20, 10}}).size(), 1U);
+}
+
+TEST(SafeOrder, HasWiderLimitsFirstAndTheReplyPolicyLast) {
+  std::vector<Change> changes;
+  for (int number = 1; number <= 15; ++number) changes.push_back({.number = number, .from = 10, .to = 20});
+  changes[6].to = 5;  // max_voltage becomes narrower, and so does min_voltage, which rises
+  std::vector<int> order;
+  for (const Change &change : inSafeOrder(changes)) order.push_back(change.number);
+  EXPECT_EQ(order, (std::vector<int>{5, 8, 6, 7, 12, 13, 14, 9, 10, 11, 15, 4, 3, 1, 2}));
 }
 
 TEST(Restoring, SaysWhatCouldNotBeSetAndSetsTheRest) {
   CommandBench bench;
   bench.bridge.stuck = 9;
-  const Failure failure = failureOf([&] { restore(bench.session, {{9, 5}, {10, 0}, {11, 7}}, false); });
+  const Failure failure = failureOf([&] { restore(bench.session, {{9, 5}, {10, 0}, {11, 7}}, {}); });
   EXPECT_EQ(failure.code, ExitCode::BadValue);
-  EXPECT_EQ(failure.text, QStringLiteral("1 of 2 settings could not be set."));
-  EXPECT_EQ(bench.console.printed, QStringLiteral("kp: 0 -> 5\nkd: 0 -> 7\n"));
+  EXPECT_EQ(failure.text.toStdString(),
+            "1 of 2 values could not be set:\n"
+            "kp: not changed, it is 0 (the servo did not keep 5)\nkd: changed, 0 -> 7");
   EXPECT_EQ(bench.bridge.registers[11], 7);
 }
 
-TEST(Restoring, WritesOnlyWhatDiffersAndTheServoIdLast) {
+TEST(Restoring, WritesOnlyWhatDiffersAndTheReplyPolicyLast) {
   CommandBench bench;
   bench.bridge.registers[10] = 3;
-  restore(bench.session, {{1, 42}, {9, 5}, {10, 3}}, false);
-  EXPECT_EQ(bench.console.printed, QStringLiteral("kp: 0 -> 5\nsid: 0 -> 42\n"));
-  // Three reads, then two writes that are read back.
-  EXPECT_EQ(bench.bridge.sent, 7);
+  restore(bench.session, {{1, 42}, {2, 1}, {9, 5}, {10, 3}}, {});
+  EXPECT_EQ(bench.console.printed, QStringLiteral("kp: 0 -> 5\nsid: 0 -> 42\nack_policy: 0 -> 1\n"));
+  EXPECT_EQ(bench.console.told, QStringList{QStringLiteral("3 of 4 settings were changed.")});
+  // Four reads, then three writes that are read back.
+  EXPECT_EQ(bench.bridge.sent, 10);
   EXPECT_EQ(bench.bridge.registers[1], 42);
 }
 
 TEST(Restoring, WritesNothingWhereNothingDiffersOrInADryRun) {
   CommandBench bench;
-  restore(bench.session, {{9, 0}}, false);
-  restore(bench.session, {{9, 1}}, true);
+  restore(bench.session, {{9, 0}}, {});
+  restore(bench.session, {{9, 1}}, {.dryRun = true});
   EXPECT_EQ(bench.bridge.sent, 2);
   EXPECT_EQ(bench.bridge.registers[9], 0);
+  EXPECT_EQ(bench.console.printed, QStringLiteral("kp: 0 -> 1\n"));
 }
 
 TEST(Restoring, SaysHowFarItCameWhenTheLineFails) {
   CommandBench bench;
   bench.bridge.silentAfter = 5;  // two reads, then one write that is read back, and another write
-  const Failure failure = failureOf([&] { restore(bench.session, {{9, 5}, {11, 7}}, false); });
+  const Failure failure = failureOf([&] { restore(bench.session, {{9, 5}, {11, 7}}, {}); });
   EXPECT_EQ(failure.code, ExitCode::Failed);
-  EXPECT_TRUE(failure.text.endsWith(
-      QStringLiteral("\n1 of 2 changes had been made before; kd may or may not have been.")))
+  EXPECT_TRUE(
+      failure.text.endsWith(QStringLiteral("\nkp: changed, 0 -> 5\nkd: unknown, it was 0 and 7 was sent")))
       << failure.text.toStdString();
+}
+
+TEST(Releasing, SucceedsWithoutAReplyAndWaitsForNoneForLong) {
+  CommandBench bench;
+  bench.bridge.faults.lostReplies = 100;
+  bench.servo.release();
+  EXPECT_EQ(bench.bridge.sent, 1);
+  EXPECT_EQ(bench.bridge.now(), milliseconds(100));
+}
+
+TEST(Releasing, FailsWhereTheBridgeReportsAnError) {
+  CommandBench bench;
+  bench.bridge.refusedCode = 0x93;
+  EXPECT_EQ(failureOf([&] { bench.servo.release(); }).text.toStdString(),
+            "the bridge on usbserial-test answered \"release the servo\" with: unknown command (error 0).");
+}
+
+TEST(Releasing, FailsWhereTheBridgeReportsAnErrorThoughItHasRestartedBefore) {
+  CommandBench bench;
+  bench.bridge.deafUntil = milliseconds(100);
+  waitForBridge(bench.session, milliseconds(5000));
+  bench.bridge.refusedCode = 0x93;
+  EXPECT_TRUE(failureOf([&] {
+                bench.servo.release();
+              }).text.contains(QStringLiteral("\"release the servo\" with: unknown command (error 0).")));
+}
+
+/// Lines that a user types; the servo is unplugged before the first of them.
+class TypedLines final : public CommandSource {
+ public:
+  TypedLines(BridgeInTime &bridge, const QStringList &lines) : bridge_(bridge), lines_(lines) {}
+  std::optional<QString> next() override {
+    bridge_.servos = 0;
+    if (lines_.isEmpty()) return std::nullopt;
+    return lines_.takeFirst();
+  }
+  QString place() const override { return {}; }
+
+ private:
+  BridgeInTime &bridge_;
+  QStringList lines_;
+};
+
+TEST(TypedCommands, ArePlainAboutAServoThatIsGoneSinceThePortWasOpened) {
+  for (const bool inShell : {true, false}) {
+    CommandBench bench;
+    waitForBridge(bench.session, milliseconds(5000));
+    TypedLines lines(bench.bridge, {QStringLiteral("detect")});
+    if (inShell) {
+      runShell(bench.session, lines);
+    } else {
+      EXPECT_EQ(failureOf([&] { runCommands(bench.session, lines, false); }).code, ExitCode::NoServo);
+    }
+    EXPECT_EQ(bench.console.printed, QStringLiteral("none\n"));
+  }
+}
+
+TEST(TypedCommands, HaveAHelpWithWhatCanBeTyped) {
+  CommandBench bench;
+  TypedLines lines(bench.bridge, {QStringLiteral("help"), QStringLiteral("read --help")});
+  runShell(bench.session, lines);
+  const QString printed = bench.console.printed;
+  EXPECT_TRUE(printed.contains(QStringLiteral("\n  exit "))) << printed.toStdString();
+  EXPECT_TRUE(printed.contains(QStringLiteral("\n  read "))) << printed.toStdString();
+  for (const char *refused : {"ports", "doctor", "run", "shell"}) {
+    EXPECT_FALSE(printed.contains(QStringLiteral("  %1 ").arg(QString::fromLatin1(refused)))) << refused;
+  }
+  EXPECT_TRUE(printed.contains(QStringLiteral("tavrilctl read"))) << printed.toStdString();
+  EXPECT_EQ(bench.console.told, QStringList());
+}
+
+TEST(WaitingForTheBridge, TakesNoTimeWhereItAnswers) {
+  CommandBench bench;
+  waitForBridge(bench.session, milliseconds(5000));
+  EXPECT_LT(bench.bridge.now(), milliseconds(50));
+  EXPECT_EQ(bench.bridge.sent, 1);
+  // The answer was also that to the question whether there is one servo.
+  bench.servo.expectOne();
+  EXPECT_EQ(bench.bridge.sent, 1);
+}
+
+TEST(WaitingForTheBridge, LeavesABootLoaderInPeaceAndThenAsksEveryHalfSecond) {
+  CommandBench bench;
+  bench.bridge.deafUntil = milliseconds(3200);
+  waitForBridge(bench.session, milliseconds(5000));
+  EXPECT_EQ(bench.bridge.askedAt,
+            (std::vector<milliseconds>{milliseconds(20), milliseconds(2020), milliseconds(2520),
+                                       milliseconds(3020), milliseconds(3520)}));
+  EXPECT_LT(bench.bridge.now(), milliseconds(3600));
+}
+
+TEST(WaitingForTheBridge, IsNoLongerWherePatienceWithRepliesIs) {
+  CommandBench bench;
+  Conversation patient(bench.bridge, {milliseconds(60'000), 0});
+  Servo servo(patient, bench.bridge.name());
+  Session session{servo, bench.bridge, bench.console, bench.strings};
+  bench.bridge.deafUntil = milliseconds(60'000);
+  waitForBridge(session, milliseconds(2700));
+  EXPECT_EQ(bench.bridge.askedAt,
+            (std::vector<milliseconds>{milliseconds(20), milliseconds(2020), milliseconds(2520)}));
+  EXPECT_EQ(bench.bridge.now(), milliseconds(2720));
+}
+
+TEST(WaitingForTheBridge, EndsAndLeavesTheCommandToFail) {
+  CommandBench bench;
+  bench.bridge.deafUntil = milliseconds(60'000);
+  waitForBridge(bench.session, milliseconds(5000));
+  EXPECT_EQ(bench.bridge.now(), milliseconds(5020));
+  EXPECT_TRUE(failureOf([&] {
+                bench.servo.expectOne();
+              }).text.startsWith(QStringLiteral("no answer from usbserial-test to \"detect the servo\"")));
+}
+
+TEST(WaitingForTheBridge, ShowsHowLongItHasWaited) {
+  CommandBench bench;
+  ScreenConsole terminal(true);
+  Session session{bench.servo, bench.bridge, terminal, bench.strings};
+  bench.bridge.deafUntil = milliseconds(60'000);
+  waitForBridge(session, milliseconds(5000));
+  EXPECT_TRUE(terminal.shown.contains(QStringLiteral("waiting for the bridge: 1 of at most 5 s")))
+      << terminal.shown.join(u'\n').toStdString();
+  EXPECT_EQ(terminal.shown.back(), QString());
+}
+
+TEST(WaitingForTheBridge, DropsAnswersThatComeLate) {
+  CommandBench bench;
+  bench.bridge.faults.longestDelay_ms = 1;
+  bench.bridge.deafUntil = milliseconds(2100);
+  // The answer to the first question comes while nobody listens.
+  bench.bridge.deliver(QByteArray("\xFF\x05\x90\x02\xFE", 5), milliseconds(1000));
+  waitForBridge(bench.session, milliseconds(5000));
+  EXPECT_EQ(bench.servo.detect(), Servo::Count::One);
+}
+
+TEST(WaitingForTheBridge, AsksNothingWhereThereIsNoWait) {
+  CommandBench bench;
+  waitForBridge(bench.session, milliseconds(0));
+  EXPECT_EQ(bench.bridge.sent, 0);
 }
 
 TEST(Monitoring, LeavesOutASampleThatGotNoAnswerAndEndsAfterThree) {
@@ -256,14 +605,63 @@ TEST(Monitoring, KeepsToItsInterval) {
   EXPECT_TRUE(lines[2].contains(QStringLiteral("0.500 s")));
 }
 
+/// A line on which the user presses Ctrl-C while the position is read for the third time.
+class Interrupted final : public Line {
+ public:
+  Heard request(const QByteArray &data, Time timeout, Rule rule) override {
+    if (++requests == 4) throw Failure{ExitCode::Interrupted, QStringLiteral("interrupted.")};
+    return bridge.request(data, timeout, std::move(rule));
+  }
+  void pause(Time duration) override { bridge.pause(duration); }
+  Time now() const override { return bridge.now(); }
+  QString name() const override { return bridge.name(); }
+
+  BridgeInTime bridge;
+  int requests = 0;
+};
+
+TEST(Moving, SaysWhenItIsInterruptedThatTheServoGoesOn) {
+  Interrupted line;
+  line.bridge.blocked = true;
+  Conversation conversation(line, {});
+  Servo servo(conversation, line.name());
+  ScreenConsole console(false);
+  const KeyTable strings;
+  Session session{servo, line, console, strings};
+  const Failure failure = failureOf([&] { moveTo(session, 900, true, false); });
+  EXPECT_EQ(failure.code, ExitCode::Interrupted);
+  EXPECT_EQ(failure.text.toStdString(),
+            "interrupted; the servo goes on to 900. It was at 512. \"tavrilctl stop\" stops it.");
+}
+
+TEST(Moving, SaysThatTheServoMayGoOnWhereTheBridgeFallsSilent) {
+  CommandBench bench;
+  bench.bridge.blocked = true;
+  bench.bridge.silentAfter = 3;
+  const Failure failure = failureOf([&] { moveTo(bench.session, 900, true, false); });
+  EXPECT_EQ(failure.code, ExitCode::Failed);
+  EXPECT_TRUE(failure.text.startsWith(QStringLiteral("no answer from "))) << failure.text.toStdString();
+  EXPECT_TRUE(failure.text.endsWith(
+      QStringLiteral("\nThe servo may still be moving to 900. It was at 512. \"tavrilctl stop\" stops it.")))
+      << failure.text.toStdString();
+}
+
+TEST(Stopping, SetsTheGoalToWhereTheServoIs) {
+  CommandBench bench;
+  bench.bridge.position = 613;
+  bench.bridge.blocked = true;
+  stopMoving(bench.session, false);
+  EXPECT_EQ(bench.console.printed, QStringLiteral("613\n"));
+  EXPECT_EQ(bench.bridge.goal, 613);
+}
+
 TEST(Moving, FailsWhereTheServoComesToRestElsewhere) {
   CommandBench bench;
   bench.bridge.blocked = true;
-  const Failure failure = failureOf([&] { moveTo(bench.session, 900, true); });
+  const Failure failure = failureOf([&] { moveTo(bench.session, 900, true, false); });
   EXPECT_EQ(failure.code, ExitCode::Failed);
   EXPECT_EQ(bench.console.printed, QStringLiteral("512\n"));
-  EXPECT_TRUE(
-      failure.text.startsWith(QStringLiteral("the servo came to rest at 512 and not at 900: see with")))
+  EXPECT_TRUE(failure.text.startsWith(QStringLiteral("the servo came to rest at 512 and not at 900. ")))
       << failure.text.toStdString();
 }
 
@@ -288,11 +686,11 @@ TEST(Moving, FailsWhereTheServoDoesNotComeToRest) {
   ScreenConsole console(false);
   const KeyTable strings;
   Session session{servo, line, console, strings};
-  const Failure failure = failureOf([&] { moveTo(session, 900, true); });
+  const Failure failure = failureOf([&] { moveTo(session, 900, true, false); });
   EXPECT_EQ(failure.code, ExitCode::Failed);
-  EXPECT_TRUE(failure.text.startsWith(QStringLiteral("the servo has not come to rest within ")))
+  EXPECT_TRUE(failure.text.startsWith(QStringLiteral("the servo was still moving after 30 s; it is at ")))
       << failure.text.toStdString();
-  EXPECT_TRUE(failure.text.contains(QStringLiteral(": see with \"monitor\" what it does.")));
+  EXPECT_TRUE(failure.text.contains(QStringLiteral("\"tavrilctl stop\" stops it.")));
 }
 
 }  // namespace

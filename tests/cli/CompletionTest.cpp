@@ -52,7 +52,8 @@ void expectEverythingIn(const QString &text, const std::function<QString(const Q
   };
   expectOptions(book.commonOptions);
   for (const CommandEntry &command : book.commands) {
-    EXPECT_TRUE(text.contains(command.name)) << command.name.toStdString();
+    const QString inTroff = QString(command.name).replace(u'-', QStringLiteral("\\-"));
+    EXPECT_TRUE(text.contains(command.name) || text.contains(inTroff)) << command.name.toStdString();
     expectOptions(command.options);
   }
   for (const RegisterRow &row : registerCatalogue()) EXPECT_TRUE(text.contains(row.nameKey));
@@ -67,7 +68,8 @@ QStringList offered(const Script &script, const QString &words) {
   const QString line =
       QStringLiteral(
           "shopt -s extglob; . '%1'; COMP_WORDS=(%2); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); "
-          "compopt() { :; }; _tavrilctl; printf '%s\\n' \"${COMPREPLY[@]}\"")
+          "compopt() { :; }; named() { echo usbserial-ttyUSB7; }; _tavrilctl; printf '%s\\n' "
+          "\"${COMPREPLY[@]}\"")
           .arg(script.path, words);
   return QString::fromStdString(outputOf(QStringLiteral("bash"), {QStringLiteral("-c"), line}))
       .split(u'\n', Qt::SkipEmptyParts);
@@ -118,17 +120,66 @@ TEST(FishCompletion, OffersCommandsAndRegisters) {
   EXPECT_EQ(completed("tavrilctl write sid"), "sid=\n");
 }
 
+TEST(Document, HasEveryCommandEveryOptionAndTheListOfRegisters) {
+  QFile file(QStringLiteral(TAVRILCTL_DOCUMENT));
+  ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+  const QString text = QString::fromUtf8(file.readAll());
+  const auto expectNames = [&](const OptionEntry &option) {
+    for (const QString &name : option.names) {
+      // A short one is also the beginning or the end of many other words.
+      const QString asWritten = name.startsWith(u"--") ? name : u'`' + name + u'`';
+      EXPECT_TRUE(text.contains(asWritten) || (!option.value.isEmpty() && text.contains(u'`' + name + u' ')))
+          << name.toStdString();
+    }
+  };
+  EXPECT_TRUE(text.contains(generated("registers"))) << generated("registers").toStdString();
+  const CommandBook book = CommandLine::book(QStringLiteral(TAVRIL_VERSION));
+  for (const CommandEntry &command : book.commands) {
+    EXPECT_TRUE(text.contains(u'`' + command.name)) << command.name.toStdString();
+    for (const OptionEntry &option : command.options) {
+      expectNames(option);
+    }
+  }
+  for (const OptionEntry &option : book.commonOptions) expectNames(option);
+}
+
+TEST(BashCompletion, OffersNoRegisterTwiceAndThePorts) {
+  const Script script("bash");
+  EXPECT_EQ(offered(script, QStringLiteral("tavrilctl read kp k")),
+            (QStringList{QStringLiteral("ki"), QStringLiteral("kd")}));
+  EXPECT_EQ(offered(script, QStringLiteral("tavrilctl write kp=5 k")),
+            (QStringList{QStringLiteral("ki="), QStringLiteral("kd=")}));
+  EXPECT_EQ(offered(script, QStringLiteral("tavrilctl restore f --except si")),
+            QStringList{QStringLiteral("sid")});
+  // Whatever "ports --names" prints is offered.
+  EXPECT_EQ(offered(script, QStringLiteral("named --port usbserial-tty")),
+            QStringList{QStringLiteral("usbserial-ttyUSB7")});
+}
+
+TEST(FishCompletion, OffersNoRegisterTwice) {
+  const Script script("fish");
+  EXPECT_EQ(outputOf(QStringLiteral("fish"),
+                     {QStringLiteral("-N"), QStringLiteral("-c"),
+                      QStringLiteral("source '%1'; complete -C 'tavrilctl write kp=5 k'").arg(script.path)}),
+            "kd=\nki=\n");
+}
+
 TEST(ManPage, IsReadByManWithoutAWordOfWarningAndHasEveryOption) {
   const Script script("man");
   expectEverythingIn(script.text, [](QString name) { return name.replace(u'-', QStringLiteral("\\-")); });
   const std::string printed = outputOf(
       QStringLiteral("man"), {QStringLiteral("--warnings"), QStringLiteral("-E"), QStringLiteral("UTF-8"),
                               QStringLiteral("-l"), QStringLiteral("-Tutf8"), script.path});
-  // Without the backspaces by which a letter is printed on top of itself.
-  const std::string shown = std::regex_replace(printed, std::regex(".\b"), "");
+  // Without the backspaces by which a letter is printed on top of itself, or what a newer groff makes bold
+  // with.
+  const std::string shown = std::regex_replace(printed, std::regex(".\b|\x1b\\[[0-9;]*m"), "");
   EXPECT_NE(shown.find("--boot-wait"), std::string::npos) << shown;
-  EXPECT_NE(shown.find("EXIT STATUS"), std::string::npos);
-  EXPECT_NE(shown.find("tavrilctl write kp=440 ki=12"), std::string::npos);
+  for (const char *heading : {"EXIT STATUS", "WRITING", "SEVERAL COMMANDS", "JSON", "FILES"}) {
+    EXPECT_NE(shown.find(std::string("\n") + heading + "\n"), std::string::npos) << heading;
+  }
+  const std::string inOneLine = std::regex_replace(shown, std::regex("\\s+"), " ");
+  EXPECT_NE(inOneLine.find("default of the virtual servo: 440"), std::string::npos) << shown;
+  EXPECT_NE(shown.find("tavrilctl write kp=440 over_load=300ms"), std::string::npos);
 }
 
 }  // namespace

@@ -50,7 +50,7 @@ TEST(Conversation, GivesUpAfterTheRetriesAndNotLater) {
   ASSERT_TRUE(failure);
   EXPECT_EQ(failure->code, ExitCode::Failed);
   EXPECT_TRUE(failure->text.startsWith(
-      QStringLiteral("no answer from usbserial-test to \"read kp\" within 300 ms, sent 3 times: check")))
+      QStringLiteral("no answer from usbserial-test to \"read kp\" within 300 ms, sent 3 times. Check")))
       << failure->text.toStdString();
   EXPECT_EQ(bench.bridge.sent, 3);
   EXPECT_EQ(bench.bridge.now(), milliseconds(900));
@@ -63,8 +63,8 @@ TEST(Conversation, GivesUpWhereRepliesCannotBeToldApart) {
   }
   const auto failure = failureOf([&] { bench.servo.read(kp()); });
   ASSERT_TRUE(failure);
-  EXPECT_TRUE(
-      failure->text.contains(QStringLiteral("that its replies cannot be told apart: check the cable")))
+  EXPECT_TRUE(failure->text.contains(
+      QStringLiteral("that late replies cannot be told from new ones. Check the cable")))
       << failure->text.toStdString();
 }
 
@@ -96,7 +96,7 @@ TEST(Conversation, KnowsThatNothingIsLateAnyMoreOnceALaterCommandWasAnswered) {
   bench.bridge.deliver(QByteArray("\xFF\x07\x91\x09\x01\xB8\xFE", 7), milliseconds(400));
   EXPECT_EQ(bench.servo.read(kp()), 440);
   bench.bridge.faults.lostReplies = 0;
-  EXPECT_EQ(bench.servo.write(kp(), 500), 500);
+  EXPECT_EQ(bench.servo.write(kp(), 500).held, 500);
   EXPECT_EQ(bench.bridge.sent, 2 + 2);
 }
 
@@ -113,7 +113,7 @@ TEST(Conversation, NeverReportsAWrongValueOverALineThatLosesAndDelaysAndAddsNois
       const bool writes = random() % 3 == 0;
       const auto failure = failureOf([&] {
         if (writes && number != 15) {
-          EXPECT_EQ(bench.servo.write(row, value), value) << "seed " << seed << " step " << step;
+          EXPECT_EQ(bench.servo.write(row, value).held, value) << "seed " << seed << " step " << step;
         } else {
           // Changed behind our back, so that a late reply to an earlier reading has another value.
           bench.bridge.registers[static_cast<std::size_t>(number)] = value;

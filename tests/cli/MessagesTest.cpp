@@ -45,26 +45,36 @@ std::string nameOf(const testing::TestParamInfo<Said> &parameter) {
 INSTANTIATE_TEST_SUITE_P(
     Tavrilctl, Messages,
     testing::Values(
-        Said{"NoPosition", "move fast", 2, "\"fast\" is no position: write a number from 0 to 1023."},
-        Said{"PositionOutOfRange", "move 1024", 5, "position 1024 is out of range (0 to 1023)."},
-        Said{"NoAssignment", "write kp", 2, "\"kp\" is no assignment: write REGISTER=VALUE, such as kp=440."},
+        Said{"NoPosition", "move fast", 2,
+             "\"fast\" is not a position: write a number from 0 to 1023, or degrees such as 90deg."},
+        Said{"PositionOutOfRange", "move 1024", 5,
+             "position 1024 is out of range (0 to 1023, or 0deg to 300deg)."},
+        Said{"NoAssignment", "write kp", 2,
+             "\"kp\" is not an assignment: write a register, = and its value, such as kp=440."},
         Said{"LiveValue", "write present_load=5", 2,
-             "present_load is a live value, which cannot be written."},
+             "present_load is measured by the servo and cannot be written."},
         Said{"NoNumber", "write kp=high", 2, "kp takes a whole number from 0 to 32766, not \"high\"."},
-        Said{"AssignedTwice", "write kp=5 kp=6", 2, "kp is assigned to twice: write it once."},
-        Said{"NoFile", "restore /dev/null", 1,
-             "/dev/null is no file that could be read: name one that dump has made."},
-        Said{"AFolder", "dump /", 1, "/ is a folder: name a file."},
-        Said{"NotWritten", "dump /nowhere/at/all.json --demo", 1,
-             "Name a file in a folder that you may write to."},
-        Said{"SamplesNotWritten", "monitor --count 1 --csv /nowhere/at/all.csv --demo", 1,
-             "Name a file in a folder that you may write to."},
+        Said{"AssignedTwice", "write kp=5 kp=6", 2, "kp is there twice: give it one value."},
+        Said{"NoFile", "restore /dev/null", 6,
+             "/dev/null is not a regular file, so it was not read. For a stream, write - instead."},
+        Said{"AFolder", "dump /", 6, "/ is a folder: name a file."},
+        Said{"NotWritten", "dump /nowhere/at/all.json --demo", 6,
+             "/nowhere/at/all.json could not be written: No such file or directory."},
+        Said{"SamplesNotWritten", "monitor --count 1 --csv /nowhere/at/all.csv --demo", 6,
+             "/nowhere/at/all.csv could not be written: No such file or directory."},
         Said{"NoTerminal", "detect --port /dev/null", 3,
              "/dev/null: is not a terminal but a device of kind \"mem\". Name a serial terminal, such as "
              "/dev/ttyUSB0."},
         Said{"ResetAsks", "reset", 2,
-             "reset overwrites all fifteen settings, the servo ID included: say --yes"},
-        Said{"NoCommand", "--demo", 2, "a command is missing."}),
+             "reset overwrites all fifteen settings, the servo ID included. Save them with dump first"},
+        Said{"RebootAsks", "reboot", 2, "reboot restarts the servo. Confirm with --yes."},
+        Said{"FrameOfAResetAsks", "send FF0495FE", 2,
+             "this is the frame to restore the factory settings. Confirm with --yes."},
+        Said{"FrameOfARebootAsks", "send FF0494FE", 2, "this is the frame to reboot. Confirm with --yes."},
+        Said{"Danger", "write ack_policy=0 --port /dev/nothing", 5,
+             "ack_policy=0 may keep the servo from answering, and then Tavril can no longer set it up."},
+        Said{"ZeroLimit", "write max_load=0 --port /dev/nothing", 5, "max_load=0 allows nothing at all."},
+        Said{"NoCommand", "--demo", 2, "no command was given."}),
     nameOf);
 
 TEST(MessagesOfTavrilctl, TellAFileThatMayNotBeRead) {
@@ -77,7 +87,7 @@ TEST(MessagesOfTavrilctl, TellAFileThatMayNotBeRead) {
   ASSERT_TRUE(file.remove());
   ASSERT_TRUE(QFile::link(path, path));
   CtlProgram program(QStringLiteral("restore ") + path);
-  expectSaid(program, 1, path.toStdString());
+  expectSaid(program, 6, path.toStdString());
 }
 
 TEST(MessagesOfTavrilctl, TellAFileThatIsTooLarge) {
@@ -88,7 +98,7 @@ TEST(MessagesOfTavrilctl, TellAFileThatIsTooLarge) {
   ASSERT_TRUE(file.resize(qint64(1) << 30));
   file.close();
   CtlProgram program(QStringLiteral("restore ") + path);
-  expectSaid(program, 1, "is too large to be a file of settings: name one that dump has made.");
+  expectSaid(program, 6, "is too large: at most 1048576 bytes are read.");
 }
 
 TEST(MessagesOfTavrilctl, TellWhatAFileReplaces) {
@@ -98,7 +108,7 @@ TEST(MessagesOfTavrilctl, TellWhatAFileReplaces) {
   ASSERT_TRUE(file.open(QIODevice::WriteOnly));
   file.close();
   CtlProgram program(QStringLiteral("dump ") + path);
-  expectSaid(program, 1, "is there already: name another file, or replace it with --force.");
+  expectSaid(program, 6, "already exists: name another file, or replace it with --force.");
 }
 
 TEST(MessagesOfTavrilctl, CountTheSettingsThatDiffer) {
@@ -112,7 +122,7 @@ TEST(MessagesOfTavrilctl, CountTheSettingsThatDiffer) {
                kp + "}}");
   }
   CtlProgram program(QStringLiteral("diff ") + paths.join(u' '));
-  expectSaid(program, 5, "1 of 1 settings differ.");
+  expectSaid(program, 1, "1 of 1 setting differs.");
 }
 
 // Sanitizers need descriptors of their own: that of undefined behaviour takes objects for wrong that it
@@ -147,7 +157,7 @@ TEST(MessagesOfTavril, TellThatThereIsNoDisplay) {
 TEST(MessagesOfTavril, TellThatThePictureCannotBeWritten) {
   TavrilProgram program(
       {QStringLiteral("--demo"), QStringLiteral("--snapshot"), QStringLiteral("/nowhere/at/all.png")});
-  expectSaid(program, 1, "name a file in a folder that you may write to, ending in .png.");
+  expectSaid(program, 1, "name a .png file in a folder that you may write to.");
 }
 #endif
 

@@ -25,20 +25,25 @@ const PortInfo first = port("usbserial-ttyUSB0", "/dev/ttyUSB0");
 const PortInfo second = port("usbmodem-ttyACM0", "/dev/ttyACM0");
 const PortInfo builtIn = port("ttyS0", "/dev/ttyS0");
 
+bool nowhere(const QString &) {
+  return false;
+}
+
 Failure choosing(const std::vector<PortInfo> &ports, const QString &wanted = {}) {
-  return failureOf([&] { choosePort(ports, wanted); });
+  return failureOf([&] { choosePort(ports, wanted, nowhere); });
 }
 
 TEST(ChoosingAPort, TakesTheOnlyUsbPort) {
-  EXPECT_EQ(choosePort({builtIn, first}, {}), first.path);
+  EXPECT_EQ(choosePort({builtIn, first}, {}, nowhere), first.path);
 }
 
 TEST(ChoosingAPort, ListsThemWhereThereAreSeveral) {
   const Failure failure = choosing({first, second});
   EXPECT_EQ(failure.code, ExitCode::NoPort);
-  EXPECT_EQ(failure.text.toStdString(),
-            "there are several ports: choose one with --port. There are: usbserial-ttyUSB0 (/dev/ttyUSB0), "
-            "usbmodem-ttyACM0 (/dev/ttyACM0).");
+  EXPECT_EQ(
+      failure.text.toStdString(),
+      "there are several ports. Choose one with --port. The ports are: usbserial-ttyUSB0 (/dev/ttyUSB0), "
+      "usbmodem-ttyACM0 (/dev/ttyACM0).");
 }
 
 TEST(ChoosingAPort, SaysWhatToDoWhereThereIsNone) {
@@ -46,13 +51,27 @@ TEST(ChoosingAPort, SaysWhatToDoWhereThereIsNone) {
   EXPECT_EQ(choosing({builtIn}).code, ExitCode::NoPort);
 }
 
+TEST(ChoosingAPort, TakesTheNamesOfNodesAndOfLinksById) {
+  EXPECT_EQ(choosePort({first, second}, QStringLiteral("ttyACM0"), nowhere), second.path);
+  const auto byId = [](const QString &path) { return path == u"/dev/serial/by-id/usb-FTDI_A600-if00-port0"; };
+  EXPECT_EQ(choosePort({}, QStringLiteral("usb-FTDI_A600-if00-port0"), byId),
+            QStringLiteral("/dev/serial/by-id/usb-FTDI_A600-if00-port0"));
+}
+
+TEST(ChoosingAPort, TakesTheNameThatIsPrintedForATerminalNamedByTheUser) {
+  const auto isPts = [](const QString &path) { return path == u"/dev/pts/5"; };
+  EXPECT_EQ(choosePort({}, QStringLiteral("usbport-pts-5"), isPts), QStringLiteral("/dev/pts/5"));
+  const auto isTty = [](const QString &path) { return path == u"/dev/my-tty"; };
+  EXPECT_EQ(choosePort({}, QStringLiteral("usbport-my-tty"), isTty), QStringLiteral("/dev/my-tty"));
+}
+
 TEST(ChoosingAPort, GoesByNameOrPath) {
-  EXPECT_EQ(choosePort({first, second}, second.name), second.path);
-  EXPECT_EQ(choosePort({first, second}, first.path), first.path);
-  EXPECT_EQ(choosePort({first}, builtIn.path), builtIn.path);
-  EXPECT_EQ(choosePort({first, builtIn}, builtIn.name), builtIn.path);
+  EXPECT_EQ(choosePort({first, second}, second.name, nowhere), second.path);
+  EXPECT_EQ(choosePort({first, second}, first.path, nowhere), first.path);
+  EXPECT_EQ(choosePort({first}, builtIn.path, nowhere), builtIn.path);
+  EXPECT_EQ(choosePort({first, builtIn}, builtIn.name, nowhere), builtIn.path);
   EXPECT_EQ(choosing({first}, QStringLiteral("usbserial-ttyUSB7")).text.toStdString(),
-            "there is no port \"usbserial-ttyUSB7\". There are: usbserial-ttyUSB0 (/dev/ttyUSB0).");
+            "there is no port \"usbserial-ttyUSB7\". The ports are: usbserial-ttyUSB0 (/dev/ttyUSB0).");
   EXPECT_EQ(choosing({}, QStringLiteral("nothing")).code, ExitCode::NoPort);
 }
 

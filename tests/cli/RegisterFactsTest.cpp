@@ -1,8 +1,14 @@
 #include "cli/RegisterFacts.h"
 #include "platform/StringTable.h"
+#include "protocol/RegisterCatalogue.h"
+#include "simulator/Registers.h"
 #include "tests/support/KeyTable.h"
 
+#include <QString>
+
 #include <gtest/gtest.h>
+
+#include <iterator>
 
 namespace tavril::cli {
 namespace {
@@ -10,6 +16,18 @@ namespace {
 int numberOf(const QString &text) {
   const RegisterRow *row = registerNamed(text);
   return row ? row->number : 0;
+}
+
+TEST(RegisterNames, AreThoseOfTheVirtualServo) {
+  const auto rows = settingRegisters();
+  ASSERT_EQ(std::size(rows), simulator::registers::settings.size());
+  for (std::size_t i = 0; i < simulator::registers::settings.size(); ++i) {
+    const RegisterRow &row = *findRegister(static_cast<int>(i) + 1);
+    const simulator::registers::SettingRow &setting = simulator::registers::settings[i];
+    EXPECT_EQ(row.nameKey.toString(), QString::fromLatin1(setting.key));
+    EXPECT_EQ(settingRange(row).minimum, setting.lowest) << setting.key;
+    EXPECT_EQ(settingRange(row).maximum, setting.highest) << setting.key;
+  }
 }
 
 TEST(RegisterNames, AreTheKeysAndTheNumbers) {

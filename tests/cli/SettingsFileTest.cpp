@@ -1,7 +1,10 @@
+#include "cli/Files.h"
 #include "cli/JsonPlaces.h"
 #include "cli/SettingsFile.h"
 #include "tests/cli/FailureOf.h"
 #include "tests/support/ChildProcess.h"
+#include "tests/support/FileSizeLimit.h"
+#include "tests/support/Pty.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -10,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace tavril::cli {
 namespace {
@@ -102,13 +106,28 @@ TEST(SettingsCheck, NamesEveryProblemWithItsPlace) {
                    QStringLiteral("6:28: settings.kp.step is an unknown key"),
                    QStringLiteral("7:12: settings.ki.value must be a number"),
                    QStringLiteral("8:5: settings.kd must be a whole number"),
-                   QStringLiteral("9:5: settings.kq is no setting"),
-                   QStringLiteral("10:5: settings.present_load is a live value, which cannot be set"),
+                   QStringLiteral("9:5: settings.kq is not a setting. Did you mean kp?"),
+                   QStringLiteral("10:5: settings.present_load is measured by the servo and cannot be set"),
                    QStringLiteral("11:5: settings.sid has no value"),
-                   QStringLiteral("12:30: settings.max_load.unit must be \"\""),
-                   QStringLiteral("12:43: settings.max_load.range must be [0, 512]"),
                    QStringLiteral("13:5: settings.over_load must be a number")}));
   EXPECT_TRUE(checkSettings(document).settings.empty());
+}
+
+TEST(SettingsCheck, RemarksOnAnotherUnitOrRangeAndTakesTheValue) {
+  const CheckedSettings checked =
+      checkSettings(with("\"max_load\": {\"value\": 1, \"unit\": \"A\", \"range\": [0, 5]}"));
+  EXPECT_EQ(checked.problems, QStringList());
+  EXPECT_EQ(checked.settings, (Settings{{8, 1}}));
+  EXPECT_EQ(
+      checked.remarks,
+      (QStringList{
+          QStringLiteral("2:39: settings.max_load.unit is not \"\"; the value is taken as it is"),
+          QStringLiteral("2:52: settings.max_load.range is not [0, 512]; the value is taken as it is")}));
+}
+
+TEST(SettingsCheck, UnderstandsTheTemperatureSpeltRightToo) {
+  EXPECT_EQ(checkSettings(with("\"max_temperature\": 75")).settings, (Settings{{5, 75}}));
+  EXPECT_EQ(problemsOf(with("\"max_temperature\": 75, \"max_tempertaure\": 76")).size(), 1);
 }
 
 TEST(SettingsCheck, MissesNothingThatMustBeThere) {
@@ -156,7 +175,7 @@ TEST(SettingsFile, IsLoadedOrAllItsProblemsAreTold) {
   const Folder folder;
   const QString path = folder.path("servo.json");
   write(path, settingsText(all));
-  EXPECT_EQ(loadSettings(path), all);
+  EXPECT_EQ(loadSettings(path).settings, all);
   write(path, with("\"sid\": 254,\n\"kp\": -1"));
   const Failure failure = failureOf([&] { loadSettings(path); });
   EXPECT_EQ(failure.code, ExitCode::BadValue);
@@ -200,6 +219,89 @@ TEST(SavedFile, IsReplacedWhereALinkLeads) {
   saveFile(folder.path("link"), "new", true);
   EXPECT_TRUE(QFileInfo(folder.path("link")).isSymLink());
   EXPECT_EQ(contentOf(folder.path("target")), "new");
+}
+
+TEST(SavedFile, NeverReplacesWhatIsNoRegularFile) {
+  const Folder folder;
+  ASSERT_EQ(::mkfifo(qPrintable(folder.path("pipe")), 0600), 0);
+  QFile::link(folder.path("pipe"), folder.path("link"));
+  const Pty terminal;
+  QFile::link(terminal.path(), folder.path("terminal"));
+  for (const char *name : {"pipe", "link", "terminal"}) {
+    for (const bool mayReplace : {false, true}) {
+      EXPECT_EQ(failureOf([&] { saveFile(folder.path(name), "new", mayReplace); }).code, ExitCode::Failed)
+          << name;
+      EXPECT_EQ(failureOf([&] { expectNewFile(folder.path(name), mayReplace); }).code, ExitCode::Failed)
+          << name;
+      EXPECT_EQ(failureOf([&] { GrowingFile(folder.path(name), mayReplace); }).code, ExitCode::Failed)
+          << name;
+    }
+  }
+  struct stat status {};
+  ASSERT_EQ(::stat(qPrintable(folder.path("link")), &status), 0);
+  EXPECT_TRUE(S_ISFIFO(status.st_mode));
+  ASSERT_EQ(::stat(qPrintable(folder.path("terminal")), &status), 0);
+  EXPECT_TRUE(S_ISCHR(status.st_mode));
+  EXPECT_EQ(
+      QDir(folder.folder.path()).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot).size(), 3);
+}
+
+TEST(SavedFile, KeepsModeAndOwnerOfTheOneItReplaces) {
+  const Folder folder;
+  const QString path = folder.path("a.json");
+  write(path, "old");
+  ASSERT_EQ(::chmod(qPrintable(path), 0640), 0);
+  // Only the superuser can give a file away; the others have the mode to keep.
+  const bool isSuperuser = ::geteuid() == 0;
+  ASSERT_TRUE(!isSuperuser || ::chown(qPrintable(path), 65534, 65534) == 0);
+  saveFile(path, "new", true);
+  struct stat status {};
+  ASSERT_EQ(::stat(qPrintable(path), &status), 0);
+  EXPECT_EQ(status.st_mode & 07777, 0640U);
+  EXPECT_EQ(status.st_uid, isSuperuser ? 65534U : ::geteuid());
+  EXPECT_EQ(contentOf(path), "new");
+}
+
+TEST(SavedFile, StaysAsItWasWhenTheDiskIsFull) {
+  const Folder folder;
+  const QString path = folder.path("a.json");
+  write(path, "old");
+  const int status = exitStatusOfChild([&] {
+    const FileSizeLimit limit(10);
+    return failureOf([&] { saveFile(path, QByteArray(1000, 'x'), true); }).code == ExitCode::Failed ? 0 : 1;
+  });
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(contentOf(path), "old");
+  EXPECT_EQ(QDir(folder.folder.path()).entryList(QDir::Files | QDir::Hidden).size(), 1);
+}
+
+TEST(GrowingFile, HasNoHalfOfALineWhenTheDiskIsFull) {
+  const Folder folder;
+  const QString path = folder.path("a.csv");
+  const int status = exitStatusOfChild([&] {
+    const FileSizeLimit limit(10);
+    GrowingFile file(path, false);
+    file.add("1,2,3\n");
+    return failureOf([&] { file.add("4,5,6\n"); }).code == ExitCode::Failed ? 0 : 1;
+  });
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(contentOf(path), "1,2,3\n");
+}
+
+TEST(FileNames, AreKeptByteForByte) {
+  const Folder folder;
+  const QByteArray name = "\xFF\xC3\xA4 \xF0\x9F\x98\x80\xED\xB2\x80\xEF\xBF\xBD\xEF\xBB\xBF";
+  EXPECT_EQ(bytesOf(textOf(name)), name);
+  const QByteArray path = folder.folder.path().toUtf8() + '/' + name;
+  saveFile(textOf(path), "content", false);
+  struct stat status {};
+  EXPECT_EQ(::stat(path.constData(), &status), 0);
+  EXPECT_EQ(readFile(textOf(path), 100), "content");
+  EXPECT_EQ(::unlink(path.constData()), 0);  // Qt could not remove it with its folder
+}
+
+TEST(ShownTexts, HaveNoControlCharactersAndNoHalvesOfCharacters) {
+  EXPECT_EQ(shown(textOf("a\x1b[2J\n\xFF\xC3\xA4")).toStdString(), "a\\u001b[2J\\u000a\\udcff\xC3\xA4");
 }
 
 TEST(SavedFile, IsNoFolderAndNeedsOneToBeIn) {

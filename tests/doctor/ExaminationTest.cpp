@@ -237,6 +237,11 @@ const Case cases[] = {
        ward.faults([](Options &options) { options.wrongLength = true; });
        ward.request.timeout = milliseconds(100);
      }},
+    {"frame_unfinished", CheckId::Frame, State::Failed, "",
+     [](Ward &ward) {
+       ward.examineServo();
+       ward.request.link = OwnLink{ward.servo.path(), Heard::in(QByteArray("\xFF\x05\x90", 3))};
+     }},
     {"frame_noise", CheckId::Frame, State::Warning, "",
      [](Ward &ward) {
        ward.examineServo();

@@ -52,6 +52,21 @@ TEST(ShellWord, IsQuotedWhereItHasToBe) {
   EXPECT_EQ(shellWord(QString()), QStringLiteral("''"));
 }
 
+TEST(Heard, TakesNoSlowBridgeForANoisyOne) {
+  const QByteArray reply("\xFF\x05\x90\x01\xFE", 5);
+  // It greets after it was asked, and the end of its second answer is not there yet.
+  const Heard heard = Heard::in("Bridge 1.2 ready\r\n" + reply + reply.first(3));
+  EXPECT_EQ(heard.noise, 0);
+  EXPECT_TRUE(heard.isFrame && heard.isUnfinished);
+  EXPECT_EQ(heard.servos, 1);
+  for (qsizetype size = 1; size < reply.size(); ++size) {
+    const Heard beginning = Heard::in(reply.first(size));
+    EXPECT_TRUE(beginning.isUnfinished && !beginning.isFrame) << size;
+    EXPECT_EQ(beginning.noise, 0) << size;
+  }
+  EXPECT_FALSE(Heard::in(QByteArray("\xFF\x06\x90\x01\xFE", 5)).isUnfinished);
+}
+
 TEST(Heard, TellsFramesFromNoise) {
   const Heard heard = Heard::in(QByteArray("\xFF\x00", 2) + QByteArray("\xFF\x05\x90\x02\xFE", 5) + "hi");
   EXPECT_EQ(heard.bytes, 9);
@@ -62,6 +77,12 @@ TEST(Heard, TellsFramesFromNoise) {
   EXPECT_FALSE(Heard::in("hello").isFrame);
   EXPECT_EQ(Heard::in({}).bytes, 0);
   EXPECT_EQ(Heard::in(QByteArray(100, 'x')).beginning.size(), 16);
+}
+
+TEST(Heard, TakesNoReplyOfAnotherLengthThanItsCodeHas) {
+  EXPECT_FALSE(Heard::in(QByteArray("\xFF\x04\x90\xFE", 4)).isFrame);
+  EXPECT_FALSE(Heard::in(QByteArray("\xFF\x04\xF9\xFE", 4)).isFrame);
+  EXPECT_FALSE(Heard::in(QByteArray("\xFF\x06\x90\x01\x00\xFE", 6)).isFrame);
 }
 
 }  // namespace

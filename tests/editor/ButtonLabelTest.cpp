@@ -1,11 +1,16 @@
 #include "editor/ButtonLabel.h"
 #include "editor/Style.h"
 #include "editor/ValueField.h"
+#include "platform/linux/QtMainQueue.h"
+#include "platform/linux/QtModalAlert.h"
+#include "tests/support/ActiveWindow.h"
 
 #include <QAccessible>
 #include <QApplication>
+#include <QMessageBox>
 #include <QSignalSpy>
 #include <QTest>
+#include <QTimer>
 
 #include <gtest/gtest.h>
 
@@ -19,12 +24,24 @@ class ButtonLabelTest : public testing::Test {
     button_.setGeometry(0, 40, 120, 30);
     button_.setText(QStringLiteral("Read"));
     window_.show();
-    QApplication::setActiveWindow(&window_);
+    makeActive(&window_);
     EXPECT_TRUE(QTest::qWaitForWindowActive(&window_));
     field_.setFocus();
   }
 
   QImage picture() { return button_.grab().toImage(); }
+
+  /// A real alert, in the middle of which the user does something before pressing Enter.
+  void runAlert(std::function<void()> meanwhile = {}) {
+    QTimer::singleShot(0, [&] {
+      if (meanwhile) meanwhile();
+      ASSERT_NE(QApplication::activeModalWidget(), nullptr);
+      QTest::keyClick(QApplication::activeModalWidget(), Qt::Key_Return);
+    });
+    QtMainQueue queue;
+    QtModalAlert(queue).run({QStringLiteral("Error"), QStringLiteral("0~253"), {QStringLiteral("OK")}});
+    makeActive(&window_);
+  }
 
   QWidget window_;
   ValueField field_{&window_};
@@ -87,6 +104,32 @@ TEST_F(ButtonLabelTest, AFieldThatIsBeingEditedCommitsBeforeTheClick) {
   QTest::keyClicks(&field_, QStringLiteral("42"));
   QTest::mouseClick(&button_, Qt::LeftButton);
   EXPECT_EQ(order, QStringList({QStringLiteral("committed"), QStringLiteral("clicked")}));
+}
+
+TEST_F(ButtonLabelTest, AClickThatLeavesARejectedEntryIsNotCarriedOutAndTheButtonIsUpAgain) {
+  QObject::connect(&field_, &ValueField::committed, &field_, [&] { runAlert(); });
+  QTest::keyClicks(&field_, QStringLiteral("999"));
+  QTest::mousePress(&button_, Qt::LeftButton);
+  EXPECT_FALSE(button_.isDown());
+  EXPECT_TRUE(button_.hasFocus());
+  QTest::mouseRelease(&button_, Qt::LeftButton);  // held beyond the alert
+  EXPECT_EQ(clicked_.size(), 0);
+  QTest::mouseClick(&button_, Qt::LeftButton);
+  EXPECT_EQ(clicked_.size(), 1);
+}
+
+TEST_F(ButtonLabelTest, AnAlertThatComesUpDuringAPressEndsItForGood) {
+  QTest::mousePress(&button_, Qt::LeftButton);
+  ASSERT_TRUE(button_.isDown());
+  bool wasDown = true;
+  runAlert([&] { wasDown = button_.isDown(); });
+  EXPECT_FALSE(wasDown);
+  QMouseEvent move(QEvent::MouseMove, QPointF(5, 5), button_.mapToGlobal(QPointF(5, 5)), Qt::NoButton,
+                   Qt::LeftButton, {});
+  QApplication::sendEvent(&button_, &move);  // still held
+  EXPECT_FALSE(button_.isDown());
+  QTest::mouseRelease(&button_, Qt::LeftButton);
+  EXPECT_EQ(clicked_.size(), 0);
 }
 
 TEST_F(ButtonLabelTest, ItsTextIsWhiteAtRestOnADarkFaceAndBlackOnALightOneWhenClicked) {

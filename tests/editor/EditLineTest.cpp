@@ -1,10 +1,13 @@
 #include "editor/EntryField.h"
 #include "editor/ValueField.h"
+#include "editor/WidgetElement.h"
 #include "platform/linux/QtMainQueue.h"
 #include "platform/linux/QtModalAlert.h"
+#include "tests/support/ActiveWindow.h"
 #include "tests/support/WaitFor.h"
 
 #include <QApplication>
+#include <QClipboard>
 #include <QMenu>
 #include <QMessageBox>
 #include <QPushButton>
@@ -29,7 +32,7 @@ class FieldTest : public testing::Test {
     other_->move(0, 40);
     window_.resize(300, 100);
     window_.show();
-    QApplication::setActiveWindow(&window_);
+    makeActive(&window_);
     EXPECT_TRUE(QTest::qWaitForWindowActive(&window_));
     field_->setFocus();
   }
@@ -41,9 +44,9 @@ class FieldTest : public testing::Test {
   void leaveWindowAndComeBack() {
     QWidget another;
     another.show();
-    QApplication::setActiveWindow(&another);
+    makeActive(&another);
     EXPECT_TRUE(waitFor([this] { return !field_->hasFocus(); }));
-    QApplication::setActiveWindow(&window_);
+    makeActive(&window_);
     EXPECT_TRUE(waitFor([this] { return field_->hasFocus(); }));
   }
 
@@ -57,7 +60,7 @@ class FieldTest : public testing::Test {
     });
     alert_.run({QStringLiteral("Error"), QStringLiteral("0~253"), {QStringLiteral("OK")}});
     // What a window manager does, of which there is none here.
-    QApplication::setActiveWindow(&window_);
+    makeActive(&window_);
     ++alerts_;
   }
 
@@ -276,6 +279,38 @@ TEST_F(EntryFieldTest, AnAlertRaisedByTheEndOnLeavingDoesNotEndAgain) {
   goToOther();
   EXPECT_THAT(told_, ElementsAre("began", "9", "ended"));
   EXPECT_EQ(alerts_, 1);
+}
+
+TEST(EditLine, RefusesAnEntryOfMoreThan32CharactersAndCutsNone) {
+  ValueField field;
+  WidgetElement::over(field)->setText(QStringLiteral("7"));
+  QSignalSpy edited(&field, &QLineEdit::textEdited);
+  const QString longest(32, u'0');
+  const auto paste = [&](const QString &text) {
+    field.selectAll();
+    QGuiApplication::clipboard()->setText(text);
+    QTest::keyClick(&field, Qt::Key_V, Qt::ControlModifier);
+  };
+  paste(longest + u'5');
+  EXPECT_EQ(field.text(), QStringLiteral("7")) << "and not 32 zeros";
+  EXPECT_EQ(edited.size(), 0);
+  paste(longest);
+  EXPECT_EQ(field.text(), longest);
+  QTest::keyClicks(&field, QStringLiteral("5"));
+  EXPECT_EQ(field.text(), longest);
+  QTest::keyClick(&field, Qt::Key_Backspace);
+  QTest::keyClicks(&field, QStringLiteral("5"));
+  EXPECT_EQ(field.text(), QString(31, u'0') + u'5');
+}
+
+TEST(EditLine, ShowsWhateverTheProgramPutsIntoIt) {
+  ValueField field;
+  const QString text(40, u'9');
+  WidgetElement::over(field)->setText(text);
+  EXPECT_EQ(field.text(), text);
+  QSignalSpy returned(&field, &QLineEdit::returnPressed);
+  QTest::keyClick(&field, Qt::Key_Return);
+  EXPECT_EQ(field.text(), text);
 }
 
 }  // namespace

@@ -33,7 +33,10 @@ class FakeView final : public EditorView, public PanelView {
   void setLabelColor(ButtonName button, LabelColor color) override { colors[button] = color; }
   void setLabelColor(int tag, LabelColor color) override { tagColors[tag] = color; }
   void setTitle(const QString &text) override { title = text; }
-  void setLabelFontSize(QStringView label, double size_pt) override { fontSizes[label.toString()] = size_pt; }
+  void setLabelFontSize(QStringView label, double size_pt) override {
+    fontSizes[label.toString()] = size_pt;
+    labelPass.append(label.toString() + u'=' + element(label).text());
+  }
   void setTextLook(QStringView textView, double size_pt, LabelColor color) override {
     textLooks[textView.toString()] = {size_pt, color};
   }
@@ -46,6 +49,8 @@ class FakeView final : public EditorView, public PanelView {
   std::map<ButtonName, LabelColor> colors;
   std::map<int, LabelColor> tagColors;
   std::map<QString, double> fontSizes;
+  /// The labels in the order in which their font sizes were set, with the texts that they had then.
+  QStringList labelPass;
   std::map<QString, std::pair<double, LabelColor>> textLooks;
   QString title;
   DesignRect knob{806, 593, 22, 22};

@@ -119,6 +119,25 @@ TEST_F(HoverNoticesTest, TheTestOfTheNoticeAreaStandsOutsideTheScreenAndTherefor
   EXPECT_EQ(state.TextMouseFlag, "");
 }
 
+TEST_F(HoverNoticesTest, TheFieldThatGetsTheFocusShowsItsNoticeUntilTheNextRow) {
+  for (const auto &[base, key] : listedRows) {
+    view.textLooks.clear();
+    controller.focusCame(QString::fromLatin1(key));
+    EXPECT_EQ(view["NoticeMSGview"].text(), shown(key));
+    EXPECT_EQ(view.textLooks.at("NoticeMSGview"), std::pair(18.0, LabelColor::White));
+    EXPECT_EQ(noticeAt(20, 20), shown(key)) << "a pointer that is over no row changes nothing";
+  }
+  EXPECT_EQ(noticeAt(500, 600), "[NoticeMsg_ack_policy]");
+  controller.focusCame(u"NoticeMsg_nothing");
+  EXPECT_EQ(noticeAt(20, 20), "[NoticeMsg_ack_policy]");
+}
+
+TEST_F(HoverNoticesTest, TheFocusShowsTheStatusListsAsThePointerDoes) {
+  state.ErrorMsgShowToMegView["Error"] = "\n1. too hot";
+  controller.focusCame(u"NoticeMsg_status_error");
+  EXPECT_EQ(view["NoticeMSGview"].text(), "[NoticeMsg_status_error]\n1. too hot\n");
+}
+
 TEST_F(HoverNoticesTest, HoveringTheDialDoesNotTurnIt) {
   state.CanUseTavril = "true";
   noticeAt(850, 539);

@@ -110,6 +110,43 @@ TEST_F(PanelBackdropTest, TheFocusGoesToCancelAndBackWhereItWas) {
   EXPECT_TRUE(field.hasFocus());
 }
 
+TEST_F(PanelBackdropTest, TheFocusOfTheWaitPanelGoesToItsCancelButton) {
+  wait_.show();
+  EXPECT_TRUE(shipped_.widget("cancel").hasFocus());
+}
+
+TEST_F(PanelBackdropTest, AnUnfinishedEditIsLeftAsItIsAndGoesOnAfterThePanel) {
+  auto &field = shipped_.widget<ValueField>("sID_value");
+  const QSignalSpy committed(&field, &ValueField::committed);
+  field.setEnabled(true);
+  field.setFocus();
+  QTest::keyClicks(&field, QStringLiteral("25"));
+  for (PanelBackdrop *panel : {&question_, &wait_}) {
+    panel->show();
+    EXPECT_FALSE(field.hasFocus());
+    panel->hide();
+    EXPECT_TRUE(field.hasFocus());
+    EXPECT_TRUE(field.isModified());
+    EXPECT_EQ(committed.size(), 0);
+  }
+  QTest::keyClicks(&field, QStringLiteral("3"));
+  QTest::keyClick(&field, Qt::Key_Return);
+  EXPECT_EQ(field.text(), QStringLiteral("253"));
+  EXPECT_EQ(committed.size(), 1);
+}
+
+TEST_F(PanelBackdropTest, AButtonThatIsHeldDownWhenAPanelComesUpIsNotClicked) {
+  auto &button = shipped_.widget<ButtonLabel>("read");
+  const QSignalSpy clicked(&button, &ButtonLabel::clicked);
+  button.setEnabled(true);
+  QTest::mousePress(&button, Qt::LeftButton);
+  ASSERT_TRUE(button.isDown());
+  question_.show();
+  EXPECT_FALSE(button.isDown());
+  QTest::mouseRelease(&button, Qt::LeftButton);
+  EXPECT_EQ(clicked.size(), 0);
+}
+
 TEST_F(PanelBackdropTest, TabStaysAmongThePanelsButtons) {
   question_.show();
   QStringList visited;
@@ -146,6 +183,11 @@ TEST_F(PanelBackdropTest, EscapeIsTheCancelButton) {
   wait_.show();
   QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
   EXPECT_EQ(waitCancelled.size(), 1);
+
+  shipped_.widget("CloseButtonView").show();
+  QSignalSpy givenUp(&shipped_.widget<ButtonLabel>("CloseButton"), &ButtonLabel::clicked);
+  QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+  EXPECT_EQ(waitCancelled.size() + givenUp.size(), 2) << "one of the two, which do the same";
 }
 
 TEST_F(PanelBackdropTest, AButtonThatWasClickedIsWhiteAgainWhenThePanelComesBack) {

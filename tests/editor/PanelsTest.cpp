@@ -58,18 +58,24 @@ TEST_F(Panels, CancelAndCloseHideThePanelAndSendNothing) {
 
 TEST_F(Panels, TheWaitPanelsCloseButtonHidesItAndGivesTheAttemptUp) {
   view["ContrainerView_WaitView"].setHidden(false);
+  view["ConnectStatus"].setText("connecting");
   waiting.WaitButton("close");
+  EXPECT_EQ(view["ConnectStatus"].text(), "[Not_connect]");
   EXPECT_EQ(state.ToolbarFlag, "MotorInitFail");
   EXPECT_EQ(state.CancelConnectFlag, "disconnect");
   EXPECT_TRUE(view["ContrainerView_WaitView"].isHidden());
 }
 
-TEST_F(Panels, TheWaitPanelsOtherButtonsOnlyHideIt) {
-  view["ContrainerView_WaitView"].setHidden(false);
-  waiting.WaitButton("cancel");
-  EXPECT_EQ(state.ToolbarFlag, "");
-  EXPECT_EQ(state.CancelConnectFlag, "");
-  EXPECT_TRUE(view["ContrainerView_WaitView"].isHidden());
+TEST_F(Panels, AnyOtherIdentifierOnlyHidesTheWaitPanel) {
+  for (const char *identifier : {"cancel", "ok", ""}) {
+    view["ContrainerView_WaitView"].setHidden(false);
+    view["ConnectStatus"].setText("connecting");
+    waiting.WaitButton(QString::fromLatin1(identifier));
+    EXPECT_EQ(state.ToolbarFlag, "") << identifier;
+    EXPECT_EQ(state.CancelConnectFlag, "") << identifier;
+    EXPECT_EQ(view["ConnectStatus"].text(), "connecting") << identifier;
+    EXPECT_TRUE(view["ContrainerView_WaitView"].isHidden()) << identifier;
+  }
 }
 
 TEST_F(Panels, ClosingTheMainWindowEndsTheProcessWithStatus0) {

@@ -35,6 +35,7 @@ TEST_F(PositionEntryTest, Typing1024RaisesTheAlertAtTheFourthKeystrokeAnd102Move
 
 TEST_F(PositionEntryTest, ACharacterThatIsNoDigitRaisesTheAlert) {
   EXPECT_EQ(type("-"), 1u);
+  EXPECT_EQ(type("5-"), 1u) << "also where the number would do";
   EXPECT_EQ(type("x"), 1u);
 }
 
@@ -70,7 +71,7 @@ TEST_F(PositionEntryTest, EndingWhileMouseDownIsSetSendsNothingAndShowsNoAlert) 
 
 TEST_F(PositionEntryTest, EndingABadEntryRaisesTheAlertAndSendsNothing) {
   state.CanUseTavril = "true";
-  for (const char *text : {"1024", "12a", "-5", "99999999999"}) {
+  for (const char *text : {"1024", "12a", "-5", "5-", "99999999999"}) {
     end(text);
     EXPECT_EQ(fakes.alert.contents.size(), 1u) << text;
   }

@@ -20,13 +20,13 @@ TEST(ScreenCoordinates, FractionsOfAPointerLocationAreKept) {
 }
 
 TEST(ScreenCoordinates, AFrameIsGivenByItsLowerLeftCorner) {
-  EXPECT_EQ(ScreenCoordinates::frameToQt(806, 593, 22, 22), QRect(806, 153, 22, 22));
+  EXPECT_EQ(ScreenCoordinates::frameToQt(806, 593, 22, 22), QRectF(806, 153, 22, 22));
   EXPECT_EQ(ScreenCoordinates::frameFromQt(QRect(806, 153, 22, 22)), QRectF(806, 593, 22, 22));
 }
 
-TEST(ScreenCoordinates, AFrameGoesToTheNearestWholePixels) {
-  EXPECT_EQ(ScreenCoordinates::frameToQt(805.6, 592.7, 22, 22), QRect(806, 153, 22, 22));
-  EXPECT_EQ(ScreenCoordinates::frameToQt(806.4, 593.4, 22, 22), QRect(806, 153, 22, 22));
+TEST(ScreenCoordinates, FractionsOfAFrameAreKept) {
+  EXPECT_EQ(ScreenCoordinates::frameToQt(805.5, 592.75, 22, 22), QRectF(805.5, 153.25, 22, 22));
+  EXPECT_EQ(ScreenCoordinates::frameFromQt(QRectF(805.5, 153.25, 22, 22)), QRectF(805.5, 592.75, 22, 22));
 }
 
 }  // namespace

@@ -116,6 +116,51 @@ TEST_P(ScreenTextsTest, ALabelsSizeCanBeChangedWhileTheScreenIsShown) {
   EXPECT_EQ(shipped_.widget("product").font().pixelSize(), 26) << "the other labels keep theirs";
 }
 
+TEST_P(ScreenTextsTest, ALabelsSizeMayHaveAFraction) {
+  const auto inkOf = [this](const char *name, double size) {
+    QWidget &label = shipped_.widget(name);
+    Style::setLabelSize(label, size);
+    const QImage picture = label.grab().toImage();
+    const QRgb ground = picture.pixel(picture.width() / 2, 4);
+    int left = picture.width();
+    int right = 0;
+    for (int y = 4; y < picture.height() - 4; ++y) {
+      for (int x = 6; x < picture.width() - 6; ++x) {
+        if (std::abs(qGray(picture.pixel(x, y)) - qGray(ground)) < 40) continue;
+        left = std::min(left, x);
+        right = std::max(right, x);
+      }
+    }
+    return right - left;
+  };
+  for (const char *name : {"max_temperature", "detail_set"}) {
+    const double sizes[]{11, 11.5, 12};
+    std::vector<int> widths;
+    for (const double size : sizes) widths.push_back(inkOf(name, size));
+    EXPECT_LT(widths[0], widths[1]) << name;
+    EXPECT_LT(widths[1], widths[2]) << name;
+  }
+}
+
+TEST_P(ScreenTextsTest, ALabelsSizeIsBounded) {
+  QWidget &label = shipped_.widget("kp");
+  for (const auto &[size, expected] : {std::pair(1e9, 24),
+                                       {24.5, 24},
+                                       {7.9, 8},
+                                       {0.001, 8},
+                                       {0.0, Style::defaultLabelSize},
+                                       {-5.0, Style::defaultLabelSize}}) {
+    Style::setLabelSize(label, size);
+    EXPECT_EQ(label.font().pixelSize(), expected) << size;
+  }
+  for (const char *text : {"inf", "nan", "", "fontsize"}) {
+    Style::setLabelSize(label, QString::fromLatin1(text).toDouble());
+    EXPECT_EQ(label.font().pixelSize(),
+              QLatin1String(text) == QLatin1String("inf") ? 24 : Style::defaultLabelSize)
+        << text;
+  }
+}
+
 TEST_P(ScreenTextsTest, EveryStateAndQuestionFitsInItsPlace) {
   auto &connection = shipped_.widget<QLabel>("ConnectStatus");
   for (const QString &state : {text(u"Not_connect"), text(u"Serial_port_start_initialization"),
@@ -251,10 +296,12 @@ TEST_P(ScreenTextsTest, AFieldIsReadOutAsItsCaption) {
   EXPECT_EQ(field->text(QAccessible::Name), text(u"kp"));
 }
 
-TEST_P(ScreenTextsTest, AFieldIsDescribedByItsToolTip) {
-  shipped_.widget("Kp_value").setToolTip(text(u"ToolTip_kp"));
-  QAccessibleInterface *field = QAccessible::queryAccessibleInterface(&shipped_.widget("Kp_value"));
-  EXPECT_EQ(field->text(QAccessible::Description), text(u"ToolTip_kp"));
+TEST_P(ScreenTextsTest, AFieldIsDescribedByItsToolTipAndItsNotice) {
+  for (const RegisterRow &row : settingRegisters()) {
+    QAccessibleInterface *field =
+        QAccessible::queryAccessibleInterface(&shipped_.widget(row.valueKey.toString()));
+    EXPECT_EQ(field->text(QAccessible::Description), text(row.toolTipKey()) + u'\n' + text(row.noticeKey()));
+  }
 }
 
 TEST_P(ScreenTextsTest, ElementsWithoutACaptionHaveAName) {

@@ -160,7 +160,7 @@ TEST_F(ScreensTest, ThePanelsHaveTheirElementsWithIdentifiersAndTags) {
   EXPECT_EQ(identifierOf(shipped_.widget<ButtonLabel>("ok_lab")), QStringLiteral("ok"));
   EXPECT_EQ(shipped_.widget("ok_lab").property("tag").toInt(), 1000);
   EXPECT_EQ(identifierOf(shipped_.widget<ButtonLabel>("close")), QStringLiteral("close"));
-  EXPECT_EQ(identifierOf(shipped_.widget<ButtonLabel>("cancel")), QStringLiteral("cancel"));
+  EXPECT_EQ(identifierOf(shipped_.widget<ButtonLabel>("cancel")), QStringLiteral("close"));
   EXPECT_EQ(identifierOf(shipped_.widget<ButtonLabel>("CloseButton")), QStringLiteral("close"));
   EXPECT_TRUE(shipped_.widget("CloseButtonView").isAncestorOf(&shipped_.widget("CloseButton")));
   EXPECT_TRUE(shipped_.widget("CloseButtonView").isHidden());
@@ -276,6 +276,22 @@ TEST_F(ScreensTest, TheKnobIsDrawnInTheMiddleOfItsFrame) {
   const QPointF centre = drawnCentre(picture, Style::text, picture.devicePixelRatio());
   EXPECT_NEAR(centre.x(), 11, 0.5);
   EXPECT_NEAR(768 - centre.y(), 11, 0.5);
+}
+
+TEST_F(ScreensTest, TheKnobIsDrawnBetweenWholePointsToo) {
+  auto &knob = shipped_.widget<KnobView>(QStringLiteral("MotorPoint"));
+  knob.setKnown(true);
+  constexpr int ratio = 8;
+  for (const QPointF &at : {QPointF(806.5, 153.25), QPointF(852.669, 171.331), QPointF(740, 218)}) {
+    knob.setFrame(QRectF(at, QSizeF(22, 22)));
+    EXPECT_TRUE(QRectF(knob.geometry()).contains(knob.frame()));
+    QImage picture(knob.size() * ratio, QImage::Format_RGB32);
+    picture.setDevicePixelRatio(ratio);
+    knob.render(&picture);
+    const QPointF centre = drawnCentre(picture, Style::text, ratio) - QPointF(0, 768);
+    EXPECT_NEAR(knob.x() + centre.x(), at.x() + 11, 0.1);
+    EXPECT_NEAR(knob.y() - centre.y(), at.y() + 11, 0.1);
+  }
 }
 
 /// Whether the left and the right half of the lamp are filled: the states differ in shape, not in colour

@@ -9,6 +9,10 @@
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QRegularExpression>
+#include <QStyleHints>
+#if QT_VERSION >= QT_VERSION_CHECK(6, 10, 0)
+#include <QAccessibilityHints>
+#endif
 
 #include <cstdio>
 #include <tuple>
@@ -42,9 +46,8 @@ TEST(Style, EveryMarkStandsOutFromItsGround) {
   }
 }
 
-TEST(Style, EveryTextHasEnoughContrastAsItIsDrawnEnabledAndDisabled) {
-  ShippedScreen shipped;
-  shipped.show();
+/// Expects of each text on the screen, enabled and disabled, that it has this contrast as it is drawn.
+void expectContrastAsDrawn(ShippedScreen &shipped, double enough) {
   for (auto *field : shipped.screen.findChildren<QLineEdit *>()) field->setText(QStringLiteral("88888"));
   shipped.widget<QPlainTextEdit>("MsgView").setPlainText(shipped.strings.text(u"NoticeMsg_kp"));
   for (const bool enabled : {false, true}) {
@@ -59,11 +62,58 @@ TEST(Style, EveryTextHasEnoughContrastAsItIsDrawnEnabledAndDisabled) {
       const int margin = widget->objectName() == QStringLiteral("ConnectStatus") ? 10 : 3;
       QRect place = placeIn(shipped.screen, *widget, margin);
       if (margin == 10) place.setLeft(place.left() + 40);
-      EXPECT_GE(drawnContrast(shipped.screen.grab(place).toImage()), enoughForText)
+      EXPECT_GE(drawnContrast(shipped.screen.grab(place).toImage()), enough)
           << qPrintable(widget->objectName());
     }
   }
 }
+
+TEST(Style, EveryTextHasEnoughContrastAsItIsDrawnEnabledAndDisabled) {
+  ShippedScreen shipped;
+  shipped.show();
+  expectContrastAsDrawn(shipped, enoughForText);
+}
+
+TEST(Style, WhereHighContrastIsWantedTheScreenThatIsThereChangesToItAndBack) {
+  ShippedScreen shipped;
+  shipped.show();
+  const QImage usual = shipped.screen.grab().toImage();
+  Style::setContrast(Style::Contrast::High);
+  expectContrastAsDrawn(shipped, enoughForTextInHighContrast);
+  const auto edge = [&](const char *name) {
+    const QRect line = placeIn(shipped.screen, shipped.widget(name), 0);
+    return shipped.screen.grab(QRect(line.x() + 10, line.y(), 1, 1)).toImage().pixelColor(0, 0);
+  };
+  shipped.widget("sID_value").setEnabled(true);
+  EXPECT_GE(contrast(edge("sID_value"), Style::card), enoughForText);
+  Style::setContrast(Style::Contrast::Usual);
+  ShippedScreen another;
+  another.show();
+  EXPECT_EQ(another.screen.grab().toImage(), usual);
+}
+
+TEST(Style, EveryPairOfTextAndGroundHasMoreContrastWhereThatIsWanted) {
+  Style::setContrast(Style::Contrast::High);
+  for (const Style::TextPair &pair : Style::textPairs()) {
+    EXPECT_GE(contrast(Style::shown(pair.text), Style::shown(pair.ground)), enoughForTextInHighContrast)
+        << pair.where;
+  }
+  for (const Style::MarkPair &pair : Style::markPairs()) {
+    EXPECT_GE(contrast(Style::shown(pair.mark), Style::shown(pair.ground)), enoughForMarks) << pair.where;
+  }
+  Style::setContrast(Style::Contrast::Usual);
+}
+
+#if QT_VERSION >= QT_VERSION_CHECK(6, 10, 0)
+TEST(Style, TheContrastIsThatWhichTheDesktopWants) {
+  Style::apply(*qApp);
+  auto *hints = const_cast<QAccessibilityHints *>(QGuiApplication::styleHints()->accessibility());
+  Q_EMIT hints->contrastPreferenceChanged(Qt::ContrastPreference::HighContrast);
+  EXPECT_NE(Style::shown(Style::edge), Style::edge);
+  Q_EMIT hints->contrastPreferenceChanged(Qt::ContrastPreference::NoPreference);
+  EXPECT_EQ(Style::shown(Style::edge), Style::edge);
+}
+#endif
 
 TEST(Style, NoMenuOrToolTipMovesOrFades) {
   Style::apply(*qApp);

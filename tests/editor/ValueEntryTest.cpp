@@ -74,6 +74,16 @@ TEST_F(ValueEntryTest, MinusFiveInMaximumLoadIsRejected) {
   EXPECT_FALSE(commit("MaxLoad_value", "-5"));
 }
 
+TEST_F(ValueEntryTest, AMinusSignIsRejectedWhereverNoneIsAllowed) {
+  // Behind the number, where its value would be in the range.
+  for (const char *field :
+       {"sID_value", "MaxTemp_value", "MinVolt_value", "MaxVolt_value", "MaxLoad_value", "Kp_value",
+        "Ki_value", "Kd_value", "OverTemp_value", "OverVolt_value", "OverLoad_value"}) {
+    EXPECT_FALSE(commit(field, "5-")) << field;
+    EXPECT_FALSE(commit(field, "-")) << field;
+  }
+}
+
 TEST_F(ValueEntryTest, AnEmptyFieldIsAcceptedAndWrittenAsZero) {
   EXPECT_TRUE(commit("Kp_value", ""));
   controller.FunctionCMD()->WriteMotorParameter(9);

@@ -1,5 +1,6 @@
 #include "protocol/RegisterCatalogue.h"
 #include "tests/editor/EditorBench.h"
+#include "tests/editor/LabelTexts.h"
 
 #include <cmath>
 
@@ -195,6 +196,16 @@ TEST_F(ViewControllerTest, ALayoutPassSetsTitleTextsAndFontSizes) {
   for (const auto &[label, size] : view.fontSizes) EXPECT_EQ(size, 13.5) << label.toStdString();
 }
 
+TEST_F(ViewControllerTest, ALayoutPassGivesEachOfThe31LabelsTheTextOfItsKeyInOrder) {
+  static_assert(std::size(labelTexts) == 31);
+  QStringList expected;
+  for (const auto &[name, key] : labelTexts) {
+    expected.append(QStringLiteral("%1=[%2]").arg(QString::fromLatin1(name), QString::fromUtf16(key)));
+  }
+  controller.viewWillLayout();
+  EXPECT_EQ(view.labelPass, expected);
+}
+
 TEST_F(ViewControllerTest, AStringTableWithoutFontsizeYieldsSizeZero) {
   controller.viewWillLayout();
   EXPECT_EQ(view.fontSizes.at("sid"), 0);
@@ -212,19 +223,33 @@ TEST_F(ViewControllerTest, ChangingFontsizeChangesAll31LabelsAtOnceAndNothingEls
 
 // ------------------------------------------------------------------------------------------------ commands
 
-TEST_F(ViewControllerTest, TheButtonsSendTheirCommandsAndFlashBlack) {
+TEST_F(ViewControllerTest, TheButtonsSendTheirCommands) {
   view["angle"].setText("512");
   for (const char *identifier : {"relax", "capture", "motorset", "read"}) {
     controller.LabelTouchEvent(QString::fromLatin1(identifier));
   }
   EXPECT_EQ(sender.sent, frames({"FF0493FE", "FF0497FE", "FF06960200FE", "FF059101FE"}));
-  EXPECT_EQ(view.colors.at(ButtonName::Relax), LabelColor::Black);
-  EXPECT_EQ(view.colors.at(ButtonName::Read), LabelColor::Black);
-  EXPECT_FALSE(view.colors.contains(ButtonName::DetailSet));
-  fakes.timers.advance(100ms);
-  for (const ButtonName button : {ButtonName::Relax, ButtonName::Capture, ButtonName::MotorSet,
-                                  ButtonName::Read, ButtonName::DetailSet}) {
-    EXPECT_EQ(view.colors.at(button), LabelColor::White);
+}
+
+TEST_F(ViewControllerTest, EachOfTheFiveButtonsAloneIsBlackFromItsClickForATenthOfASecond) {
+  using Colors = std::map<ButtonName, LabelColor>;
+  constexpr std::pair<const char *, ButtonName> buttons[]{
+      {"relax", ButtonName::Relax}, {"capture", ButtonName::Capture},     {"motorset", ButtonName::MotorSet},
+      {"read", ButtonName::Read},   {"detailset", ButtonName::DetailSet},
+  };
+  for (const auto &[identifier, button] : buttons) {
+    view.colors.clear();
+    controller.LabelTouchEvent(QString::fromLatin1(identifier));
+    EXPECT_EQ(view.colors, (Colors{{button, LabelColor::Black}})) << identifier;
+    fakes.timers.advance(99ms);
+    EXPECT_EQ(view.colors, (Colors{{button, LabelColor::Black}})) << identifier << " is black for 0.1 s";
+    fakes.timers.advance(1ms);
+    EXPECT_EQ(view.colors, (Colors{{ButtonName::Relax, LabelColor::White},
+                                   {ButtonName::Capture, LabelColor::White},
+                                   {ButtonName::MotorSet, LabelColor::White},
+                                   {ButtonName::Read, LabelColor::White},
+                                   {ButtonName::DetailSet, LabelColor::White}}))
+        << identifier;
   }
 }
 
@@ -251,6 +276,19 @@ TEST_F(ViewControllerTest, DetailsetSendsExactlyFifteenWriteFramesInOrder) {
   EXPECT_EQ(sender.sent[14], QByteArray::fromHex("FF07920FFFF6FE"));
   EXPECT_EQ(fakes.wait.waits, std::vector<std::chrono::milliseconds>(15, 100ms));
   EXPECT_EQ(controller.cmdcnt, 1);
+}
+
+TEST_F(ViewControllerTest, DetailsetWaitsAfterEachWriteAndIsBlackMeanwhile) {
+  std::vector<std::size_t> writesBeforeEachWait;
+  std::vector<LabelColor> colors;
+  fakes.wait.during = [&] {
+    writesBeforeEachWait.push_back(sender.sent.size());
+    colors.push_back(view.colors.at(ButtonName::DetailSet));
+  };
+  controller.LabelTouchEvent("detailset");
+  EXPECT_EQ(writesBeforeEachWait,
+            (std::vector<std::size_t>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15}));
+  EXPECT_EQ(colors, std::vector<LabelColor>(15, LabelColor::Black));
 }
 
 TEST_F(ViewControllerTest, AClickOnAnyOtherLabelOnlySchedulesTheColourReset) {
@@ -323,6 +361,51 @@ TEST_F(ViewControllerTest, TwoCountdownsAtOnceRunTwiceAsFast) {
   EXPECT_EQ(controller.cnt, 2);
   fakes.timers.advance(1s);
   EXPECT_EQ(waitView["WaitContent"].text(), "[Please_check_device_is_ready]");
+}
+
+TEST_F(ViewControllerTest, EachOfItsThreeEndsEndsBothOfTwoCountdowns) {
+  constexpr const char *expiry = nullptr;
+  for (const char *word : {"MotorInitOK", "MotorInitFail", expiry}) {
+    const std::string end = word ? word : "expiry";
+    tickWith("InitSerialPort");
+    fakes.timers.advance(500ms);
+    tickWith("InitSerialPort");
+    if (word) {
+      tickWith(word);
+    } else {
+      fakes.timers.advance(15s);
+      ASSERT_EQ(view["ConnectStatus"].text(), "[Not_connect]");
+    }
+    view["ConnectStatus"].setText("as it was");
+    waitView["CloseButtonView"].setHidden(true);
+    fakes.log.clear();
+    fakes.timers.advance(100s);
+    EXPECT_EQ(fakes.log.lines().filter("cnt="), QStringList()) << end;
+    EXPECT_EQ(view["ConnectStatus"].text(), "as it was") << end;
+    EXPECT_TRUE(waitView["CloseButtonView"].isHidden()) << end;
+  }
+}
+
+// ------------------------------------------------------------------------------------------------- its end
+
+TEST(ViewControllerEnd, LeavesNoTimerRunning) {
+  TestDesktop fakes;
+  SharedState state;
+  FrameSender sender(state);
+  FakeView view;
+  {
+    ViewController controller(state, sender, view, fakes.desktop);
+    controller.viewDidLoad();
+    state.ToolbarFlag = "InitSerialPort";
+    controller.update();
+    state.ToolbarFlag = "InitSerialPort";
+    controller.update();
+    controller.LabelTouchEvent("relax");
+    fakes.timers.advance(50ms);
+    controller.LabelTouchEvent("read");
+    EXPECT_EQ(fakes.timers.running(), 5u) << "the tick, two countdowns, two flashes";
+  }
+  EXPECT_EQ(fakes.timers.running(), 0u);
 }
 
 }  // namespace

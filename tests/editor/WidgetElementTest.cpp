@@ -1,11 +1,15 @@
 #include "editor/ButtonLabel.h"
 #include "editor/ValueField.h"
 #include "editor/WidgetElement.h"
+#include "tests/support/ActiveWindow.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QFrame>
 #include <QLabel>
 #include <QPlainTextEdit>
+#include <QPushButton>
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
 #include <QTextDocumentFragment>
@@ -49,7 +53,7 @@ TEST(WidgetElement, DisablingAFieldThatIsBeingEditedCommitsNothing) {
   ValueField other(&window);
   QSignalSpy committed(&field, &ValueField::committed);
   window.show();
-  QApplication::setActiveWindow(&window);
+  makeActive(&window);
   field.setFocus();
   ASSERT_TRUE(field.hasFocus());
   QTest::keyClicks(&field, QStringLiteral("999"));
@@ -82,6 +86,52 @@ TEST(WidgetElement, AFrameRoundATextViewHasTheViewsText) {
   EXPECT_EQ(element->text(), QStringLiteral("About Kp"));
   element->setHidden(true);
   EXPECT_TRUE(frame.isHidden());
+}
+
+TEST(WidgetElement, ANoBreakSpaceInATextViewStaysOne) {
+  QFrame frame;
+  new QPlainTextEdit(&frame);
+  const auto element = WidgetElement::over(frame);
+  const QString text = QStringLiteral("10\u00a0ms\nde 0 \u00e0 253\u202f%\n");
+  element->setText(text);
+  EXPECT_EQ(element->text(), text);
+}
+
+TEST(WidgetElement, ATextViewThatIsGivenItsTextAgainKeepsItsScrollAndSelection) {
+  QFrame frame;
+  auto *view = new QPlainTextEdit(&frame);
+  const auto element = WidgetElement::over(frame);
+  const QString text = QStringLiteral("10\u00a0ms\n").repeated(100);
+  element->setText(text);
+  frame.show();
+  QTextCursor cursor = view->textCursor();
+  cursor.setPosition(350);
+  cursor.setPosition(355, QTextCursor::KeepAnchor);
+  view->setTextCursor(cursor);
+  const int scroll = view->verticalScrollBar()->value();
+  ASSERT_GT(scroll, 0);
+  element->setText(text);
+  EXPECT_EQ(view->textCursor().anchor(), 350);
+  EXPECT_EQ(view->textCursor().position(), 355);
+  EXPECT_EQ(view->verticalScrollBar()->value(), scroll);
+}
+
+TEST(WidgetElement, AnAmpersandOnAButtonIsShownAndIsNoKey) {
+  ButtonLabel label;
+  QPushButton button;
+  for (QAbstractButton *one :
+       {static_cast<QAbstractButton *>(&label), static_cast<QAbstractButton *>(&button)}) {
+    const auto element = WidgetElement::over(*one);
+    element->setText(QStringLiteral("R&D"));
+    EXPECT_EQ(element->text(), QStringLiteral("R&D"));
+    EXPECT_TRUE(one->shortcut().isEmpty());
+    EXPECT_EQ(QAccessible::queryAccessibleInterface(one)->text(QAccessible::Name), QStringLiteral("R&D"));
+  }
+  // "R&D" is drawn as wide as it is, and not wider or narrower by a sign.
+  ButtonLabel other;
+  WidgetElement::over(other)->setText(QStringLiteral("R+D"));
+  const int apart = label.fontMetrics().horizontalAdvance(u'&') - label.fontMetrics().horizontalAdvance(u'+');
+  EXPECT_NEAR(label.sizeHint().width() - other.sizeHint().width(), apart, 2);
 }
 
 TEST(WidgetElement, AContainersTextIsEmptyAndStaysSo) {

@@ -56,12 +56,15 @@ class Decoder {
     frame.append(QStringLiteral("254"));
 
     const std::map<QString, QString> before = texts();
+    const QHash<QString, QString> listsBefore = state_.ErrorMsgShowToMegView;
     sender_.commands.clear();
     const QString answer = function_.returnErrorCode(frame);
     state_.returnSTR = answer;
     mustHold(sender_.commands.size() <= 1, "at most one command answers a reply");
+    // Where the last byte is missing, the end mark counts as it.
+    const QByteArray places = data + '\xFE';
     if (code == 145) {
-      checkRegister(before, data, dragging);
+      checkRegister(before, places, dragging);
     } else {
       const std::map<QString, QString> after = texts();
       for (int number = 1; number <= 20; ++number) {
@@ -69,8 +72,11 @@ class Decoder {
         mustHold(after.at(key) == before.at(key), "only a register reply shows a register");
       }
     }
-    if (code == 151 && data.size() >= 2) {
-      mustHold(answer == QString::number(byteOf(data, 0) * 256 + byteOf(data, 1)),
+    if (code != 145 || dragging) {
+      mustHold(state_.ErrorMsgShowToMegView == listsBefore, "only a register reply changes a list");
+    }
+    if (code == 151 && places.size() >= 2) {
+      mustHold(answer == QString::number(byteOf(places, 0) * 256 + byteOf(places, 1)),
                "a position is its two bytes");
     }
     if (code == 144 && data.size() >= 1 && byteOf(data, 0) <= 2) {
@@ -89,10 +95,12 @@ class Decoder {
     return all;
   }
 
+  /// `data`: what the decoder finds from the first data byte on.
   void checkRegister(const std::map<QString, QString> &before, const QByteArray &data, bool dragging) {
     const auto after = texts();
     if (data.size() < 3 || dragging) {
-      mustHold(after == before && sender_.commands.empty(), "a cut reply, or one in a drag, changes nothing");
+      mustHold(after == before && sender_.commands.empty(),
+               "a reply without a value, or one in a drag, changes nothing");
       return;
     }
     const int named = byteOf(data, 0);

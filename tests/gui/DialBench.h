@@ -2,6 +2,7 @@
 
 #include "editor/DialView.h"
 #include "editor/EntryField.h"
+#include "editor/KnobView.h"
 #include "editor/ScreenCoordinates.h"
 #include "tests/gui/GuiBench.h"
 
@@ -32,7 +33,7 @@ class DialBench : public GuiBench {
 
   DialView *dialView() { return find<DialView>("imageView"); }
   EntryField *entry() { return find<EntryField>("angle"); }
-  QRect knobFrame() { return find<QWidget>("MotorPoint")->geometry(); }
+  QRect knobFrame() { return find<KnobView>("MotorPoint")->frame().toRect(); }
 
   /// The frames with positions that the servo has received, without what the log says beside them.
   QStringList positionFrames() {

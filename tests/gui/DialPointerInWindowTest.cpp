@@ -240,6 +240,48 @@ TEST_F(DialPointerInWindow, TheWindowMayGoInTheMiddleOfADragAndOfAnEdit) {
   EXPECT_EQ(log.lines().filter(QStringLiteral("MouseUp")), QStringList());
 }
 
+TEST_F(DialPointerInWindow, TheKnobStandsBetweenWholePoints) {
+  clickPointer(827, 549);  // at 45 degrees
+  const QRectF frame = find<KnobView>("MotorPoint")->frame();
+  EXPECT_NEAR(frame.x(), 806 + 46.669, 0.001);
+  EXPECT_NEAR(frame.y(), 768 - (528 + 46.669) - 22, 0.001);
+  EXPECT_EQ(frame.size(), QSizeF(22, 22));
+}
+
+TEST_F(DialPointerInWindow, APressBesideTheScreenInALargerWindowCountsAsElsewhere) {
+  window->resize(1600, 1000);
+  auto *around = window->findChild<QScrollArea *>()->viewport();
+  ASSERT_TRUE(waitFor([&] { return around->width() > 1200; }));
+  log.clear();
+  for (const QPoint &beside : {QPoint(10, 300), QPoint(around->width() - 10, 300), QPoint(700, 5)}) {
+    state.TextMouseFlag = QString();
+    const QPoint place = around->mapTo(window.get(), beside);
+    QTest::mouseClick(window->windowHandle(), Qt::LeftButton, {}, place);
+    EXPECT_EQ(state.TextMouseFlag, QStringLiteral("MouseDown")) << beside.x();
+  }
+  EXPECT_EQ(log.lines().filter(QStringLiteral("Other Area")).size(), 3);
+  EXPECT_EQ(log.lines().filter(QStringLiteral("MouseUp")).size(), 3);
+  state.TextMouseFlag = QString();
+  QTest::mouseClick(window->windowHandle(), Qt::RightButton, {},
+                    around->mapTo(window.get(), QPoint(10, 300)));
+  find<QWidget>("ContrainerView_WaitView")->setHidden(false);
+  QTest::mouseClick(window->windowHandle(), Qt::LeftButton, {}, around->mapTo(window.get(), QPoint(10, 300)));
+  EXPECT_EQ(state.TextMouseFlag, QString()) << "neither another button nor a press beside a panel";
+}
+
+TEST_F(DialPointerInWindow, ADragThatBeginsBesideTheScreenTurnsTheDial) {
+  window->resize(1600, 1000);
+  auto *around = window->findChild<QScrollArea *>()->viewport();
+  ASSERT_TRUE(waitFor([&] { return around->width() > 1200; }));
+  QTest::mousePress(window->windowHandle(), Qt::LeftButton, {}, around->mapTo(window.get(), QPoint(10, 300)));
+  EXPECT_EQ(textOf("angle"), QString());
+  movePointer(780, 539);
+  EXPECT_EQ(textOf("angle"), QStringLiteral("818"));
+  EXPECT_EQ(state.limitFlag, QStringLiteral("MouseIn"));
+  releasePointer(780, 539);
+  EXPECT_EQ(state.limitFlag, QString());
+}
+
 TEST_F(DialPointerInWindow, TheKnobShowsWhatThePointerDoes) {
   auto *knob = find<QWidget>("MotorPoint");
   movePointer(100, 100);

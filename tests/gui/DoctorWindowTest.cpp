@@ -7,6 +7,8 @@
 #include <QLabel>
 #include <QPushButton>
 
+#include <future>
+
 namespace tavril {
 namespace {
 
@@ -20,6 +22,15 @@ class DoctorWindowTest : public GuiBench {
     doctor_ = window->findChild<DoctorWindow *>();
     EXPECT_NE(doctor_, nullptr);
     return *doctor_;
+  }
+  /// From the menu, for the keys belong to the window in front.
+  void openFromMenu() {
+    for (QAction *action : window->findChildren<QAction *>()) {
+      if (action->text() != strings.text(u"connection_doctor")) continue;
+      action->trigger();
+      return;
+    }
+    FAIL() << "no menu item opens the doctor";
   }
   template <typename Widget>
   Widget *part(const char *name) {
@@ -66,9 +77,8 @@ TEST_F(DoctorWindowTest, FillsInWhileTheChecksAreMade) {
   };
   open();
   untilDone();
-  EXPECT_EQ(states,
-            (QStringList{QStringLiteral("Opening the port: OK"), QStringLiteral("Bytes come back: Checking…"),
-                         QStringLiteral("Exactly one servo: Still to come")}));
+  EXPECT_EQ(states, (QStringList{QStringLiteral("Opening the port: OK"), QStringLiteral("Reply: Checking…"),
+                                 QStringLiteral("Exactly one servo: Waiting")}));
 }
 
 TEST_F(DoctorWindowTest, CopiesTheCommandThatHelps) {
@@ -151,17 +161,38 @@ TEST_F(DoctorWindowTest, EndsTheExaminationWhenItIsClosed) {
   EXPECT_EQ(terminal.closed().size(), 1U);
 }
 
+TEST_F(DoctorWindowTest, BeginsAgainWhenItIsAskedForAfterItLetGoOfThePort) {
+  servo.withOptions([](simulator::Options &options) { options.mute = true; });
+  open();
+  ASSERT_TRUE(waitFor([this] { return terminal.count(Call::Write) > 0; }));
+  doctor_->stop();
+  servo.withOptions([](simulator::Options &options) { options.mute = false; });
+  openFromMenu();
+  EXPECT_FALSE(part<QWidget>("again")->isEnabled());
+  untilDone();
+  EXPECT_EQ(stateOf(CheckId::Servo), State::Passed);
+}
+
+TEST_F(DoctorWindowTest, GoesOnWhenItIsAskedForWhileItIsAtWork) {
+  std::promise<void> asked;
+  terminal.atCall = [isAsked = asked.get_future().share()](Call call) {
+    if (call == Call::Write) isAsked.wait_for(std::chrono::seconds(20));
+  };
+  open();
+  const auto isOpened = [this] { return row(CheckId::Opening)->result().has_value(); };
+  ASSERT_TRUE(waitFor(isOpened));
+  openFromMenu();
+  EXPECT_TRUE(isOpened()) << "what was found stays";
+  asked.set_value();
+  untilDone();
+  EXPECT_EQ(terminal.count(Call::Open), 1);
+}
+
 TEST_F(DoctorWindowTest, IsThereOnceAndBeginsAgainWhenItIsAskedForAgain) {
   DoctorWindow &first = open();
   untilDone();
   const int opened = terminal.count(Call::Open);
-  // From the menu, for the keys belong to the window in front.
-  QAction *item = nullptr;
-  for (QAction *action : window->findChildren<QAction *>()) {
-    if (action->text() == strings.text(u"connection_doctor")) item = action;
-  }
-  ASSERT_NE(item, nullptr);
-  item->trigger();
+  openFromMenu();
   EXPECT_EQ(window->findChildren<DoctorWindow *>(), QList<DoctorWindow *>{&first});
   EXPECT_FALSE(part<QWidget>("again")->isEnabled());
   untilDone();
@@ -173,7 +204,7 @@ TEST_F(DoctorWindowTest, ChangesItsLanguageWithWhatItHasFound) {
   untilDone();
   languageChoice.choose(QStringLiteral("de"));
   EXPECT_EQ(doctor_->windowTitle(), QStringLiteral("Verbindungsdiagnose"));
-  EXPECT_EQ(outcome(), QStringLiteral("Einer Verbindung steht nichts im Weg."));
+  EXPECT_EQ(outcome(), QStringLiteral("Alles ist bereit für eine Verbindung."));
   EXPECT_EQ(row(CheckId::Servo)->accessibleDescription(), QStringLiteral("Genau ein Servo antwortet."));
 }
 

@@ -1,4 +1,5 @@
 #include "editor/ButtonLabel.h"
+#include "editor/KnobView.h"
 #include "serial/config/PortDelegate.h"
 #include "tests/gui/GuiBench.h"
 
@@ -206,10 +207,8 @@ TEST_F(GuiBench, ThePortDialogSaysWhichPortWillBeOpened) {
   QTest::keyClick(box, Qt::Key_Down);
   EXPECT_EQ(dialog->findChild<QLabel *>(QStringLiteral("details"))->text(),
             QStringLiteral("/dev/ttyUSB7 · no longer there"));
-  EXPECT_EQ(
-      dialog->findChild<QLabel *>(QStringLiteral("first"))->text(),
-      QStringLiteral("Whichever is shown, the first port of the list will be opened: usbport-test (can be "
-                     "opened)"));
+  EXPECT_EQ(dialog->findChild<QLabel *>(QStringLiteral("first"))->text(),
+            QStringLiteral("Tavril always opens the first port in the list: usbport-test (can be opened)"));
 }
 
 TEST_F(GuiBench, ThePortDialogLooksAnewWhenItsListIsOpened) {
@@ -221,6 +220,18 @@ TEST_F(GuiBench, ThePortDialogLooksAnewWhenItsListIsOpened) {
   EXPECT_TRUE(first->text().endsWith(QStringLiteral("usbport-test (no permission)")))
       << first->text().toStdString();
   box->hidePopup();
+}
+
+TEST_F(GuiBench, ThePortDialogShowsTheAdapterThatIsPluggedInAndNotAnEarlierOneAtTheSameNode) {
+  shortcut(Qt::Key_P, Qt::ControlModifier);
+  const auto *box = dialog->findChild<QComboBox *>();
+  const auto details = [&] { return box->itemData(1, PortDelegate::detailsRole).toString(); };
+  devices.plugIn("usbserial-ttyUSB7", "/dev/ttyUSB7", QStringLiteral("First Adapter"));
+  ASSERT_TRUE(waitFor([&] { return details().startsWith(QStringLiteral("First Adapter · ")); }));
+  devices.pullOut("/dev/ttyUSB7");
+  devices.plugIn("usbserial-ttyUSB7", "/dev/ttyUSB7", QStringLiteral("Second Adapter"));
+  ASSERT_TRUE(waitFor([&] { return userNotifications.delivered.size() == 3; }));
+  EXPECT_TRUE(details().startsWith(QStringLiteral("Second Adapter · "))) << details().toStdString();
 }
 
 TEST_F(GuiBench, WhatADeviceCallsItselfIsShownAsPlainText) {
@@ -258,6 +269,91 @@ TEST_F(GuiBench, CancelClosesTheDialogWithoutTouchingAnything) {
   EXPECT_EQ(state.selectPort, 0);
   EXPECT_EQ(state.ToolbarFlag, QString());
   EXPECT_EQ(application->serialPort(), nullptr);
+}
+
+TEST_F(GuiBench, CancelLeavesEarlierChoicesInPlace) {
+  devices.plugIn("usbserial-ttyUSB7", "/dev/ttyUSB7");
+  ASSERT_TRUE(waitFor([&] { return state.allSerialPortsInfo.size() == 2; }));
+  const auto chosen = state.allSerialPortsInfo[1];
+  state.SelectSerial = chosen;
+  state.selectPort = 1;
+  state.CancelConnectFlag = QStringLiteral("disconnect");
+  find<QWidget>("ContrainerView_WaitView")->hide();
+  find<QWidget>("TXcmd")->setProperty("text", QStringLiteral("TX: 1"));
+  openDialog();
+  EXPECT_EQ(dialog->findChild<QComboBox *>()->currentIndex(), 1) << "the dialog shows what was chosen";
+  state.ToolbarFlag = QStringLiteral("SomeRequest");
+  press(dialog->findChild<QWidget *>(QStringLiteral("cancel")));
+  EXPECT_TRUE(waitFor([this] { return dialog.isNull(); }));
+  EXPECT_EQ(state.SelectSerial, chosen);
+  EXPECT_EQ(state.selectPort, 1);
+  EXPECT_EQ(state.CancelConnectFlag, QStringLiteral("disconnect"));
+  EXPECT_EQ(state.ToolbarFlag, QStringLiteral("SomeRequest"));
+  EXPECT_EQ(application->serialPort(), nullptr);
+  EXPECT_FALSE(find<QWidget>("ContrainerView_WaitView")->isVisible());
+  EXPECT_EQ(textOf("TXcmd"), QStringLiteral("TX: 1"));
+}
+
+TEST_F(GuiBench, ThePortDialogLogsWhatItShowsAndWhatIsChosen) {
+  devices.plugIn("usbserial-ttyUSB7", "/dev/ttyUSB7");
+  ASSERT_TRUE(waitFor([&] { return state.allSerialPortsInfo.size() == 2; }));
+  openDialog();
+  auto *box = dialog->findChild<QComboBox *>();
+  log.clear();
+  EXPECT_EQ(dialog->objectValueForItemAtIndex(*box, 1), QStringLiteral("usbserial-ttyUSB7"));
+  EXPECT_EQ(log.lines(), QStringList({"ID=port", "PortName", "comboBox=1,Name=usbserial-ttyUSB7"}));
+  {
+    const QSignalBlocker quiet(box);
+    box->setCurrentIndex(1);
+  }
+  log.clear();
+  dialog->comboBoxSelectionDidChange(*box);
+  EXPECT_EQ(log.lines(), QStringList({"ID=port", "select=1,Value=usbserial-ttyUSB7", "usbserial-ttyUSB7"}));
+}
+
+TEST_F(GuiBench, APortThatWasUnpluggedStaysInTheDialogsList) {
+  devices.plugIn("usbserial-ttyUSB7", "/dev/ttyUSB7");
+  ASSERT_TRUE(waitFor([&] { return state.allSerialPortsInfo.size() == 2; }));
+  machine.node(QStringLiteral("/dev/ttyUSB7"));
+  openDialog();
+  const auto *box = dialog->findChild<QComboBox *>();
+  const auto details = [&] { return box->itemData(1, PortDelegate::detailsRole).toString(); };
+  ASSERT_EQ(details(), QStringLiteral("/dev/ttyUSB7 · can be opened"));
+  machine.nodes.nodes.remove(QStringLiteral("/dev/ttyUSB7"));
+  devices.pullOut("/dev/ttyUSB7");
+  ASSERT_TRUE(waitFor([&] { return userNotifications.delivered.size() == 2; }));
+  EXPECT_TRUE(waitFor([&] { return details() == QStringLiteral("/dev/ttyUSB7 · no longer there"); }));
+  EXPECT_EQ(box->count(), 2);
+  EXPECT_EQ(box->itemText(1), QStringLiteral("usbserial-ttyUSB7"));
+  EXPECT_TRUE(dialog->findChild<QWidget *>(QStringLiteral("doneBT"))->isEnabled());
+  // Also when the dialog is opened again.
+  dialog->reject();
+  ASSERT_TRUE(waitFor([this] { return dialog.isNull(); }));
+  openDialog();
+  EXPECT_EQ(dialog->findChild<QComboBox *>()->count(), 2);
+}
+
+TEST_F(GuiBench, Typing1024IntoThePositionRaisesTheAlertAtTheFourthKeystroke) {
+  auto *entry = find<QLineEdit>("angle");
+  auto *knob = find<KnobView>("MotorPoint");
+  entry->setFocus();
+  entry->clear();
+  QRectF frame = knob->frame();
+  for (const QChar digit : QStringLiteral("102")) {
+    QTest::keyClick(entry, digit.toLatin1());
+    EXPECT_TRUE(alert.contents.empty()) << qPrintable(entry->text());
+    EXPECT_NE(knob->frame(), frame) << qPrintable(entry->text());
+    frame = knob->frame();
+  }
+  QTest::keyClick(entry, '4');
+  ASSERT_EQ(alert.contents.size(), 1u);
+  EXPECT_EQ(alert.contents[0].messageText, QStringLiteral("Error"));
+  EXPECT_EQ(alert.contents[0].informativeText, QStringLiteral("Please enter 0~1023 integer."));
+  EXPECT_EQ(alert.contents[0].buttons, QStringList(QStringLiteral("OK")));
+  EXPECT_EQ(entry->text(), QStringLiteral("1024")) << "and stays as it was typed";
+  EXPECT_EQ(knob->frame(), frame);
+  QTest::keyClick(entry, Qt::Key_Backspace);
+  EXPECT_EQ(alert.contents.size(), 1u);
 }
 
 TEST_F(GuiBench, WithNoPortConfirmIsDisabledAndWithOneItIsEnabled) {

@@ -3,8 +3,10 @@
 #include "protocol/RegisterCatalogue.h"
 #include "tests/gui/ScreenTour.h"
 #include "tests/gui/TextFit.h"
+#include "tests/support/ActiveWindow.h"
 
 #include <QAccessible>
+#include <QPlainTextEdit>
 
 #include <gmock/gmock.h>
 
@@ -39,7 +41,7 @@ class FocusTest : public GuiBench {
  protected:
   void activate(QWidget &screen) {
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&screen));
-    QApplication::setActiveWindow(&screen);
+    makeActive(&screen);
     ASSERT_EQ(QApplication::activeWindow(), &screen);
   }
 
@@ -99,6 +101,50 @@ TEST_F(FocusTest, ThePortDialogOpensWithTheFocusOnThePort) {
   EXPECT_TRUE(waitFor([this] { return dialog.isNull(); })) << "Return confirms";
 }
 
+TEST_F(FocusTest, TheFieldThatTabReachesShowsItsNotice) {
+  connectToServo();
+  activate(*window);
+  const auto notice = [this] { return find<QPlainTextEdit>("MsgView")->toPlainText(); };
+  find<QWidget>("capture")->setFocus();
+  find<QWidget>(qPrintable(settingRegisters().front().valueKey.toString()))->setFocus(Qt::TabFocusReason);
+  for (const RegisterRow &row : settingRegisters()) {
+    EXPECT_EQ(QApplication::focusWidget()->objectName(), row.valueKey.toString());
+    EXPECT_EQ(notice(), strings.text(row.noticeKey())) << row.number;
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+  }
+  const QString last = notice();
+  QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+  EXPECT_EQ(notice(), last) << "what has no notice leaves the last one";
+}
+
+TEST_F(FocusTest, AWindowThatBecomesActiveAgainLeavesTheNotice) {
+  connectToServo();
+  activate(*window);
+  find<QWidget>("Kp_value")->setFocus(Qt::TabFocusReason);
+  controller().mouseMoved({500, 630});
+  const QString hovered = strings.text(u"NoticeMsg_sid");
+  QWidget other;
+  other.show();
+  activate(other);
+  activate(*window);
+  ASSERT_TRUE(find<QWidget>("Kp_value")->hasFocus());
+  EXPECT_EQ(find<QPlainTextEdit>("MsgView")->toPlainText(), hovered);
+}
+
+TEST_F(FocusTest, APanelThatGoesLeavesTheNotice) {
+  connectToServo();
+  activate(*window);
+  find<QWidget>("Kp_value")->setFocus(Qt::TabFocusReason);
+  controller().mouseMoved({500, 630});
+  const QString hovered = strings.text(u"NoticeMsg_sid");
+  auto *panel = find<QWidget>("ContrainerView_WaitView");
+  panel->show();
+  ASSERT_FALSE(find<QWidget>("Kp_value")->hasFocus());
+  panel->hide();
+  ASSERT_TRUE(find<QWidget>("Kp_value")->hasFocus());
+  EXPECT_EQ(find<QPlainTextEdit>("MsgView")->toPlainText(), hovered);
+}
+
 TEST_F(FocusTest, ShowsOnEveryElementOfTheWindow) {
   connectToServo();
   EXPECT_GE(checkThatFocusShows(*window), 24);
@@ -108,8 +154,8 @@ TEST_F(FocusTest, ShowsOnEveryElementOfThePanelsAndTheDialog) {
   shortcut(Qt::Key_P, Qt::ControlModifier);
   EXPECT_EQ(checkThatFocusShows(*dialog), 3);
   dialog->reject();
-  find<QWidget>("CloseButtonView")->show();
   find<QWidget>("ContrainerView_WaitView")->show();
+  find<QWidget>("CloseButtonView")->show();
   EXPECT_EQ(checkThatFocusShows(*window), 3);
   find<QWidget>("ContrainerView_WaitView")->hide();
   find<QWidget>("ContrainerView_MsgView")->show();

@@ -64,7 +64,9 @@ inline QAbstractButton *alertButton() {
 /// Alerts are answered in advance, and the long waits are only noted.
 class GuiBench : public testing::Test {
  protected:
-  explicit GuiBench(const QString &language = QStringLiteral("en")) {
+  explicit GuiBench(const QString &language = QStringLiteral("en"),
+                    const QStringList &stringFolders = {stringsFolder()})
+      : strings(stringFolders, log) {
     Style::apply(*qApp, language);
     buildHelpTables(state, log);
     EXPECT_TRUE(strings.setLanguage(language));
@@ -190,7 +192,7 @@ class GuiBench : public testing::Test {
   QtTimers timers{mainQueue};
   RecordingWait wait;
   AnsweringAlert alert;
-  StringTables strings{{stringsFolder()}, log};
+  StringTables strings;
   NotificationCenter notifications;
   MemoryPreferences preferences;
   LanguageChoice languageChoice{strings, preferences, notifications, log, {QStringLiteral("en")}};

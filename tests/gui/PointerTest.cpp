@@ -1,9 +1,14 @@
 // The dial and the notices with the real pointer of an X server. Runs on such a server only:
 // tools/under-xvfb.
+#include "editor/ButtonLabel.h"
+#include "platform/linux/QtModalAlert.h"
 #include "tests/gui/DialBench.h"
 #include "tests/support/XPointer.h"
 
+#include <QMenu>
+#include <QMenuBar>
 #include <QPlainTextEdit>
+#include <QTimer>
 
 namespace tavril {
 namespace {
@@ -82,6 +87,12 @@ class Pointer : public DialBench {
     const qsizetype before = count();
     hand.release();
     return waitFor([&] { return count() > before; });
+  }
+  void clickAt(const QWidget &widget, QPoint place) {
+    const QPointF pixel = QPointF(widget.mapTo(widget.window(), place)) * widget.devicePixelRatio();
+    hand.moveTo(widget.window()->winId(), pixel.toPoint());
+    hand.press();
+    hand.release();
   }
   QString notice() { return find<QPlainTextEdit>("MsgView")->toPlainText(); }
 
@@ -205,6 +216,115 @@ TEST_F(Pointer, UnderAPanelNothingIsTurnedOrExplained) {
   EXPECT_EQ(notice(), strings.text(u"NoticeMsg_kp"));
   EXPECT_EQ(textOf("angle"), QString());
   EXPECT_TRUE(receivesExactly({}));
+}
+
+TEST_F(Pointer, AnUnfinishedPositionIsNotSentWhenTheMenuOfRebootIsUsed) {
+  connectAndForget();
+  entry()->setFocus();
+  entry()->selectAll();
+  QTest::keyClicks(entry(), QStringLiteral("6"));
+  const QMenuBar *bar = window->menuBar();
+  for (QAction *title : bar->actions()) {
+    QMenu *menu = title->menu();
+    for (QAction *item : menu->actions()) {
+      if (item->text() != strings.text(u"reboot_servo")) continue;
+      clickAt(*bar, bar->actionGeometry(title).center());
+      ASSERT_TRUE(waitFor([&] { return QApplication::activePopupWidget() == menu; }));
+      ASSERT_TRUE(QTest::qWaitForWindowExposed(menu));
+      clickAt(*menu, menu->actionGeometry(item).center());
+    }
+  }
+  ASSERT_TRUE(waitFor([this] { return find<QWidget>("ContrainerView_MsgView")->isVisible(); }));
+  QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+  EXPECT_TRUE(entry()->hasFocus());
+  EXPECT_EQ(entry()->text(), QStringLiteral("6"));
+  EXPECT_TRUE(receivesExactly({}));
+}
+
+/// Values that are refused in a real alert, which the pointer or a key closes.
+class PointerAndAlert : public Pointer {
+ protected:
+  void SetUp() override {
+    connectAndForget();
+    alert.whileUp = [this] {
+      QTimer::singleShot(0, [this] { answer(); });
+      QtModalAlert(mainQueue).run(alert.contents.back());
+      isOver = true;
+    };
+    auto *field = find<QLineEdit>("sID_value");
+    field->setFocus();
+    field->selectAll();
+    QTest::keyClicks(field, QStringLiteral("254"));
+    alert.contents.clear();
+    clearTraffic();
+    button = find<ButtonLabel>("read");
+  }
+  void TearDown() override { alert.whileUp = nullptr; }
+
+  /// Presses the button, and waits until the alert that this raises has been answered.
+  void pressButton() {
+    moveToButton();
+    hand.press();
+    ASSERT_TRUE(waitFor([this] { return isOver; }));
+    ASSERT_EQ(alert.contents.size(), 1u);
+    EXPECT_EQ(textOf("sID_value"), QStringLiteral("1")) << "the entry is put back";
+  }
+  void moveToButton() {
+    const QPointF middle = button->mapTo(window.get(), QPointF(button->rect().center()));
+    hand.moveTo(window->winId(), (middle * window->devicePixelRatio()).toPoint());
+  }
+  /// Nothing is sent, and the button is drawn like one that is up.
+  void checkThatNothingWasClicked() {
+    // What the pointer did before has come to the window when the notice is there. The row is one that the
+    // alert did not cover: the server may not have taken that away yet.
+    moveTo(400, 630.5);
+    ASSERT_TRUE(waitFor([this] { return notice() == strings.text(u"NoticeMsg_sid"); }));
+    controller().FunctionCMD()->ReadServoPosition();
+    ASSERT_TRUE(waitFor([this] { return !trafficLines().filter(QStringLiteral("-> FF 04 97")).isEmpty(); }));
+    EXPECT_EQ(trafficLines().filter(QStringLiteral("-> FF 05 91")), QStringList());
+    EXPECT_FALSE(button->isDown());
+    EXPECT_EQ(window->focusWidget(), button);
+    const QImage after = button->grab().toImage();
+    button->setDown(true);
+    EXPECT_NE(after, button->grab().toImage());
+    button->setDown(false);
+    EXPECT_EQ(after, button->grab().toImage());
+  }
+  bool isAnswerShown() {
+    QAbstractButton *ok = alertButton();
+    return ok && ok->window()->windowHandle()->isExposed() && ok->window()->isActiveWindow();
+  }
+
+  std::function<void()> answer;
+  bool isOver = false;
+  ButtonLabel *button = nullptr;
+};
+
+TEST_F(PointerAndAlert, AClickOnAButtonThatRejectsAnEntryIsNotCarriedOut) {
+  answer = [this] {
+    hand.release();
+    ASSERT_TRUE(waitFor([this] { return isAnswerShown(); }));
+    clickAt(*alertButton(), alertButton()->rect().center());
+  };
+  pressButton();
+  checkThatNothingWasClicked();
+  // The next click is one.
+  moveToButton();
+  hand.press();
+  ASSERT_TRUE(waitFor([this] { return button->isDown(); }));
+  hand.release();
+  EXPECT_TRUE(waitFor([this] { return !trafficLines().filter(QStringLiteral("-> FF 05 91")).isEmpty(); }));
+}
+
+TEST_F(PointerAndAlert, NorIsAClickThatIsHeldUntilAKeyHasClosedTheAlert) {
+  answer = [this] {
+    ASSERT_TRUE(waitFor([this] { return isAnswerShown(); }));
+    QTest::keyClick(QApplication::activeModalWidget(), Qt::Key_Return);
+  };
+  pressButton();
+  moveToButton();
+  hand.release();
+  checkThatNothingWasClicked();
 }
 
 }  // namespace

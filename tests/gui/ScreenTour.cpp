@@ -3,12 +3,14 @@
 #include "platform/linux/PosixUserFiles.h"
 #include "platform/linux/QtModalAlert.h"
 #include "protocol/StatusLists.h"
+#include "tests/support/ActiveWindow.h"
 #include "tests/support/AnsweringFilePanels.h"
 #include "tools/ConverterWindow.h"
 #include "tools/FileListWindow.h"
 #include "tools/StringsConverter.h"
 
 #include <QFile>
+#include <QIcon>
 #include <QMenu>
 #include <QMenuBar>
 #include <QPlainTextEdit>
@@ -133,7 +135,7 @@ void ScreenTour::visitConnecting() {
   shortcut(Qt::Key_P, Qt::ControlModifier);
   ASSERT_NE(dialog, nullptr);
   ASSERT_TRUE(QTest::qWaitForWindowExposed(dialog));
-  QApplication::setActiveWindow(dialog);
+  makeActive(dialog);
   show(QStringLiteral("port-dialog"), *dialog);
   bool shown = false;
   wait.during = [&] {
@@ -147,7 +149,7 @@ void ScreenTour::visitConnecting() {
   press("capture");
   ASSERT_TRUE(waitFor([this] { return !textOf("angle").isEmpty(); }));
   controller().Colorreset();
-  QApplication::setActiveWindow(window.get());
+  makeActive(window.get());
   show(QStringLiteral("connected"), *window);
 }
 
@@ -201,6 +203,9 @@ void ScreenTour::visitAlerts() {
        {text(u"Could not save changes while quitting. Quit anyway?"),
         text(u"Quitting now will lose any changes you have made since the last successful save"),
         {text(u"Quit anyway"), text(u"Cancel")}}}};
+  // As the installed program has it, whose alerts show it.
+  QApplication::setWindowIcon(QIcon(QStringLiteral(TAVRIL_ICONS "/tavril-48.png")));
+  ASSERT_FALSE(QApplication::windowIcon().availableSizes().isEmpty());
   QtModalAlert real(mainQueue);
   for (const auto &[name, content] : alerts) {
     bool shown = false;
@@ -214,13 +219,14 @@ void ScreenTour::visitAlerts() {
     real.run(content);
     ASSERT_TRUE(shown) << name;
   }
+  QApplication::setWindowIcon({});
 }
 
 void ScreenTour::visitFailure() {
   // A device that does not answer: thirty seconds later.
   servo.withOptions([](simulator::Options &options) { options.mute = true; });
   application->serialFormat();
-  QApplication::setActiveWindow(window.get());
+  makeActive(window.get());
   state.ObjectDictionaryArray.element(u"ContrainerView_WaitView").setHidden(false);
   for (int second = 0; second < 30; ++second) controller().ConnectTimeout();
   show(QStringLiteral("wait-failed"), *window);

@@ -48,8 +48,8 @@ TEST_F(SecondStart, SaysClearlyThatAPortHasNoEffect) {
   TavrilProgram second({QStringLiteral("--port"), QStringLiteral("/dev/null")});
   expectComplaint(
       second.outcome(),
-      "Tavril is running already, and its window has been brought to the front; --port had no effect. Close "
-      "that window first, or choose there.");
+      "Tavril is already running. Its window is in front now, and --port had no effect: close that window "
+      "first, or choose in it.");
   EXPECT_TRUE(waitFor([this] { return !other_.isActiveWindow(); }));
 }
 

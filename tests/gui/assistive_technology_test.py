@@ -1,6 +1,7 @@
 """Uses the program as a screen reader does: over AT-SPI, on a bus of its own, with neither eyes nor pointer.
 
-Called with the path of the program: dbus-run-session -- tools/under-xvfb /usr/bin/python3 THIS PROGRAM
+Called with the paths of the program and of the virtual servo:
+dbus-run-session -- tools/under-xvfb /usr/bin/python3 THIS PROGRAM SERVO
 """
 
 import os
@@ -14,6 +15,7 @@ import gi
 gi.require_version("Atspi", "2.0")
 from gi.repository import Atspi, GLib  # noqa: E402
 
+SERVO = os.path.abspath(sys.argv.pop())
 PROGRAM = os.path.abspath(sys.argv.pop())
 LIMIT_S = 60  # only there to end a test that has failed
 EVENTS = (
@@ -31,6 +33,8 @@ class Screen:
 
     def __init__(self):
         self.context = GLib.MainContext.default()
+        # While the program waits for the bridge to start, it answers nobody.
+        Atspi.set_timeout(LIMIT_S * 1000, LIMIT_S * 1000)
         # The handler has nothing to do: an event ends the wait, and then the tree is looked at.
         self.listener = Atspi.EventListener.new(lambda event: None)
         for event in EVENTS:
@@ -61,19 +65,25 @@ class Screen:
 
     def window(self, role, name=None):
         for child in children(self.application()):
-            if child.get_role_name() == role and name in (None, child.get_name()) and is_in(child, "SHOWING"):
+            if role_of(child) == role and name in (None, child.get_name()) and is_in(child, "SHOWING"):
                 return child
         return None
 
     def find(self, role, name, top=None):
         for each in everything(top or self.application()):
-            if each.get_role_name() == role and each.get_name() == name:
+            if role_of(each) == role and each.get_name() == name:
                 return each
         return None
 
     def shown(self, role, name):
         found = self.find(role, name)
         return found if found and is_in(found, "SHOWING") else None
+
+
+def role_of(element):
+    """The name of its role; that of push buttons is "button" since version 2.54 of AT-SPI."""
+    name = element.get_role_name()
+    return "push button" if name == "button" else name
 
 
 def is_in(element, state):
@@ -108,7 +118,7 @@ def spoken_name(element):
     """The element's own name, but a combo box is called by its caption: its name is what it shows."""
     for relation in element.get_relation_set():
         is_caption = relation.get_relation_type() == Atspi.RelationType.LABELLED_BY
-        if is_caption and (element.get_role_name() == "combo box" or not element.get_name()):
+        if is_caption and (role_of(element) == "combo box" or not element.get_name()):
             return relation.get_target(0).get_name()
     return element.get_name()
 
@@ -120,9 +130,11 @@ class AssistiveTechnologyTest(unittest.TestCase):
         cls.screen = Screen()
         cls.home = tempfile.TemporaryDirectory()
         environment = dict(
-            os.environ, QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", HOME=cls.home.name, XDG_DATA_HOME=cls.home.name
+            os.environ, QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", TAVRIL_LOG="0", HOME=cls.home.name, XDG_DATA_HOME=cls.home.name
         )
-        cls.program = subprocess.Popen([PROGRAM, "--demo", "--language", "en"], env=environment)
+        cls.servo = subprocess.Popen([SERVO], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
+        port = cls.servo.stdout.readline().strip()
+        cls.program = subprocess.Popen([PROGRAM, "--port", port, "--language", "en"], env=environment)
         screen = cls.screen
         try:
             cls.main = screen.wait_for(lambda: screen.window("frame", "Tavril"), "the window")
@@ -145,8 +157,10 @@ class AssistiveTechnologyTest(unittest.TestCase):
 
     @classmethod
     def tearDownClass(cls):
-        cls.program.terminate()
-        cls.program.wait(LIMIT_S)
+        for process in (cls.program, cls.servo):
+            process.terminate()
+            process.wait(LIMIT_S)
+        cls.servo.stdout.close()
         cls.home.cleanup()
 
     def test_everything_that_can_have_the_focus_has_a_role_and_a_name_of_its_own(self):
@@ -174,13 +188,15 @@ class AssistiveTechnologyTest(unittest.TestCase):
         for name in ("Present voltage", "Present temperature", "Present load"):
             self.assertRegex(text_of(self.screen.find("text", name)), r"^\d+$", name)
 
-    def test_a_field_tells_its_range(self):
-        self.assertEqual(self.screen.find("text", "Kp").get_description(), "Proportional gain: 0 to 32766")
+    def test_a_field_tells_its_range_and_its_notice(self):
+        range_, notice = self.screen.find("text", "Kp").get_description().split("\n", 1)
+        self.assertEqual(range_, "Proportional gain: 0 to 32766")
+        self.assertTrue(notice.startswith("The proportional gain of the position control."), notice)
 
     def test_frames_and_connection_can_be_read(self):
         self.assertRegex(text_of(self.screen.find("text", "Last frame sent")), r"^TX: ff ")
         self.assertRegex(text_of(self.screen.find("text", "Last frame received")), r"^RX: 255 ")
-        labels = [each.get_name() for each in everything(self.main) if each.get_role_name() == "label"]
+        labels = [each.get_name() for each in everything(self.main) if role_of(each) == "label"]
         self.assertTrue([name for name in labels if name.startswith("Connected to usbport-")], labels)
 
     def test_a_question_is_a_dialog_with_the_focus_on_cancel_and_goes_when_that_is_pressed(self):
@@ -202,10 +218,10 @@ class AssistiveTechnologyTest(unittest.TestCase):
 def usable_names(top):
     """Name and role of all that can have the focus and can be seen."""
     return [
-        (spoken_name(each), each.get_role_name())
+        (spoken_name(each), role_of(each))
         for each in everything(top)
         if is_in(each, "FOCUSABLE") and is_in(each, "SHOWING") and is_in(each, "ENABLED")
-        and each.get_role_name() not in ("menu item", "list item")
+        and role_of(each) not in ("menu item", "list item")
     ]
 
 

@@ -120,7 +120,7 @@ TEST(StoreDocument, DoesNotFollowElementsIntoTheDepth) {
   ObjectTable objects;
   QString problem;
   EXPECT_FALSE(StoreDocument::parse(bytes, notesModel(), objects, problem));
-  EXPECT_EQ(problem, QStringLiteral("Line 1: The element \"a\" does not belong here."));
+  EXPECT_EQ(problem, QStringLiteral("Line 1: The element \"a\" is not expected here."));
 }
 
 TEST(StoreDocument, ThatIsTooLargeIsNotEvenLookedAt) {

@@ -21,6 +21,11 @@ class FunctionReply : public FunctionFixture {
         QStringLiteral("255 7 145 %1 %2 %3 254").arg(registerNumber).arg(high).arg(low).split(u' '));
   }
   std::vector<QByteArray> takeSent() { return std::exchange(sender.sent, {}); }
+  static std::map<QString, QString> textsOf(const std::map<QString, PlainElement> &elements) {
+    std::map<QString, QString> texts;
+    for (const auto &[key, element] : elements) texts[key] = element.text();
+    return texts;
+  }
   QString list(const char *key) { return state.ErrorMsgShowToMegView.value(QString::fromLatin1(key)); }
 };
 
@@ -42,11 +47,21 @@ TEST_F(FunctionReply, NoServoRaisesTheAlertAndFails) {
   EXPECT_EQ(fakes.log.lines(), (QStringList{"144", "OK"}));
 }
 
-TEST_F(FunctionReply, AFourByteDetectionFrameIsTooShortToSayAnything) {
-  // "255 4 144 254" has its end mark where the result belongs.
-  EXPECT_EQ(decode("255 4 144 254"), QString());
-  EXPECT_TRUE(state.ToolbarFlag.isEmpty());
-  EXPECT_TRUE(textOf("ConnectStatus").isEmpty());
+TEST_F(FunctionReply, ADetectionWithoutAResultHasTheEndMarkForOne) {
+  elements.at("ContrainerView_WaitView").setHidden(false);
+  EXPECT_TRUE(decode("255 4 144 254").isNull());
+  EXPECT_EQ(state.CanUseTavril, "");
+  EXPECT_EQ(state.ToolbarFlag, "");
+  EXPECT_EQ(textOf("ConnectStatus"), "[COM_Connect_P1]");
+  EXPECT_TRUE(elements.at("ContrainerView_WaitView").isHidden());
+  EXPECT_TRUE(sender.sent.empty());
+  EXPECT_EQ(fakes.log.lines(), QStringList{"144"});
+}
+
+TEST_F(FunctionReply, TheDecoderGoesByThePlacesAndNotByTheLengthByte) {
+  EXPECT_EQ(function.returnErrorCode({"255", "4", "144", "0", "254"}), "[no_servo]");
+  EXPECT_EQ(state.CanUseTavril, "fail");
+  EXPECT_EQ(state.ToolbarFlag, "MotorInitFail");
 }
 
 TEST_F(FunctionReply, TheAlertComesBeforeTheStateChanges) {
@@ -150,11 +165,52 @@ TEST_F(FunctionReply, OneDetectionReadsAllTwentyRegistersInOrder) {
 }
 
 TEST_F(FunctionReply, WhileTheDialIsDraggedAReadReplyChangesNothing) {
+  elements.at("StatusError_value").setText("old error");
+  state.ErrorMsgShowToMegView = {{"Error", "old list"}, {"Detail", "old details"}};
+  state.ToolbarFlag = "RebootServo";
+  state.returnSTR = "512";
+  const auto before = textsOf(elements);
   state.limitFlag = "MouseIn";
-  EXPECT_TRUE(readReply(8, 1, 44).isNull());
-  EXPECT_EQ(textOf("MaxLoad_value"), "");
+  for (int number = 1; number <= 21; ++number) {
+    EXPECT_TRUE(readReply(number, 255, 255).isNull()) << number;
+    EXPECT_EQ(textsOf(elements), before) << number;
+  }
+  EXPECT_TRUE(decode("255 4 145 254").isNull()) << "not even looked at";
   EXPECT_TRUE(state.textFieldValue.isEmpty());
+  EXPECT_EQ(list("Error"), "old list");
+  EXPECT_EQ(list("Detail"), "old details");
+  EXPECT_EQ(state.ToolbarFlag, "RebootServo");
+  EXPECT_EQ(state.returnSTR, "512");
+  EXPECT_EQ(state.limitFlag, "MouseIn");
   EXPECT_TRUE(sender.sent.empty());
+  EXPECT_TRUE(fakes.alert.contents.empty());
+  EXPECT_TRUE(fakes.log.lines().isEmpty());
+}
+
+TEST_F(FunctionReply, WhileTheDialIsDraggedTheStatusRegisterThatIsExpectedStaysTheSame) {
+  for (int expected = 16; expected <= 20; ++expected) {
+    // Whatever comes during the drag, afterwards an unknown register counts as the expected one.
+    for (const int during : {15, expected, expected + 1, 99}) {
+      state.limitFlag.clear();
+      for (int number = 15; number < expected; ++number) readReply(number, 0, 1);
+      state.limitFlag = "MouseIn";
+      readReply(during, 0, 1);
+      state.limitFlag.clear();
+      fakes.log.clear();
+      readReply(99, 0, 7);
+      ASSERT_FALSE(fakes.log.lines().isEmpty()) << expected << ' ' << during;
+      const QStringList names{"StatusError", "StatusDetail", "PresentVolt", "PresentTemp", "PresentLoad"};
+      EXPECT_EQ(fakes.log.lines().first(), names[expected - 16] + "=(255, 7, 145, 99, 0, 7, 254)") << during;
+    }
+  }
+}
+
+TEST_F(FunctionReply, WhileTheDialIsDraggedNothingComesToBeExpected) {
+  state.limitFlag = "MouseIn";
+  for (int number = 15; number <= 20; ++number) readReply(number, 0, 1);
+  state.limitFlag.clear();
+  readReply(99, 0, 5);
+  EXPECT_EQ(fakes.log.lines(), (QStringList{"Error=(255, 7, 145, 99, 0, 5, 254)", "Read Error!"}));
 }
 
 // ------------------------------------------------------------------------------------------------ status
@@ -186,6 +242,7 @@ TEST_F(FunctionReply, StatusErrorIsLoggedBitByBit) {
   EXPECT_EQ(fakes.log.lines(), (QStringList{"StatusError=(255, 7, 145, 16, 0, 129, 254)", "bit=1,1",
                                             "StrToChar=1", "bit=2,0", "bit=4,0", "bit=8,0", "bit=10,0",
                                             "bit=20,0", "bit=40,0", "bit=80,80", "StrToChar=128"}));
+  EXPECT_TRUE(fakes.log.warnings().isEmpty()) << "a trace";
 }
 
 TEST_F(FunctionReply, StatusDetail0FIsIgnored) {
@@ -234,6 +291,7 @@ TEST_F(FunctionReply, AnUnknownRegisterWithNothingExpectedIsAReadError) {
   readReply(99, 0, 5);
   EXPECT_EQ(textOf("StatusError_value"), "5");
   EXPECT_EQ(fakes.log.lines(), (QStringList{"Error=(255, 7, 145, 99, 0, 5, 254)", "Read Error!"}));
+  EXPECT_EQ(fakes.log.warnings(), fakes.log.lines());
   EXPECT_TRUE(sender.sent.empty());
 }
 
@@ -288,6 +346,7 @@ TEST_F(FunctionReply, ErrorReportsShowTheirText) {
     EXPECT_EQ(decode(frame), text);
     EXPECT_EQ(textOf("errormsg"), text);
     EXPECT_EQ(fakes.log.lines(), QStringList{text});
+    EXPECT_EQ(fakes.log.warnings(), QStringList{text});
   }
 }
 
@@ -324,11 +383,35 @@ TEST_F(FunctionReply, AnyOtherCodeIsNullAndChangesNothing) {
 
 // ------------------------------------------------------------------------------------------- short frames
 
-TEST_F(FunctionReply, AFrameTooShortForItsCommandChangesNothingAndIsLogged) {
+TEST_F(FunctionReply, AReplyOneByteShortHasTheEndMarkForItsLastByte) {
+  EXPECT_EQ(decode("255 6 145 8 1 254"), "Read Servo Setting Value Success");
+  EXPECT_EQ(textOf("MaxLoad_value"), "510") << "1 * 256 + 254";
+  EXPECT_EQ(state.textFieldValue.value("maxLoad").text(), "510");
+  EXPECT_EQ(takeSent(), (std::vector<QByteArray>{transmission("FF059109FE")}));
+  decode("255 6 145 5 0 254");
+  EXPECT_EQ(textOf("MaxTemp_value"), "254");
+  decode("255 6 145 15 0 254");
+  EXPECT_EQ(textOf("CalibrationAngle_value"), "-2");
+  decode("255 6 145 16 0 254");
+  EXPECT_EQ(textOf("StatusError_value"), "6 Items") << "bits 1 to 7 but for 4";
+  decode("255 6 145 20 0 254");
+  EXPECT_EQ(textOf("StatusDetail_value"), "4 Items") << "17 was expected";
+
+  EXPECT_EQ(decode("255 5 151 3 254"), "1022") << "3 * 256 + 254";
+  EXPECT_EQ(state.ToolbarFlag, "UpdateMotorValue");
+
+  EXPECT_EQ(decode("255 4 249 254"), "Unknow Error Message");
+  EXPECT_EQ(textOf("errormsg"), "Unknow Error Message");
+
+  EXPECT_EQ(decode("255 4 146 254"), "Lost Servo Connecting");
+  EXPECT_TRUE(fakes.alert.contents.empty());
+}
+
+TEST_F(FunctionReply, AFrameWithoutThePlacesOfItsCommandChangesNothingAndIsLogged) {
   state.returnSTR = "512";
   const std::vector<const char *> frames{
-      "255 4 144 254", "255 4 145 254", "255 5 145 1 254", "255 6 145 1 0 254", "255 4 146 254",
-      "255 4 249 254", "255 4 151 254", "255 5 151 3 254", "255 5 145 16 254",
+      "255 3 144",     "255 4 145 254", "255 5 145 1 254", "255 5 145 16 254", "255 5 145 99 254",
+      "255 4 151 254", "255 3 146",     "255 3 249",       "255 3 151",        "255 3 145",
   };
   for (const char *frame : frames) {
     fakes.log.clear();

@@ -79,6 +79,68 @@ TEST_F(Assembler, AWholeOneIsDeliveredWhileTheNextWaitsForItsRest) {
   EXPECT_EQ(all(), (Deliveries{"d123", "a"}));
 }
 
+TEST_F(Assembler, AReadThatIsWholeByItselfIsNeverTakenForTheRestOfAnother) {
+  add("d");
+  add("c12");  // "dc12" would be one
+  EXPECT_EQ(all(), (Deliveries{"d", "c12"}));
+  add("e1");
+  EXPECT_EQ(all(), Deliveries{});
+  add("b1d1");
+  EXPECT_EQ(all(), (Deliveries{"e1", "b1"})) << "nor one that only begins with a whole one";
+  add("23");
+  EXPECT_EQ(all(), Deliveries{"d123"});
+  add("z");
+  add("c12");  // "zc12" could still go on
+  EXPECT_EQ(all(), (Deliveries{"z", "c12"}));
+}
+
+TEST_F(Assembler, WhatWasHeldInFrontOfAWholeReadIsJudgedAnew) {
+  add("f");
+  add("b");
+  add("1");  // "b1" is whole, but only without what came before
+  EXPECT_EQ(all(), Deliveries{});
+  add("c12");
+  EXPECT_EQ(all(), (Deliveries{"f", "b1", "c12"}));
+}
+
+TEST_F(Assembler, WhenHoldingWasWrongEachReadIsDeliveredAsItCame) {
+  // A sign in the third place makes the beginning none.
+  assembler = DeliveryAssembler(ruleOf([](const QByteArray &bytes) {
+    return bytes.size() > 2 && bytes[2] == '!' ? Verdict::asItIs() : byFirstLetter(bytes);
+  }));
+  add("e");
+  add("1");
+  EXPECT_EQ(all(), Deliveries{});
+  add("!?");
+  EXPECT_EQ(all(), (Deliveries{"e", "1", "!?"}));
+}
+
+TEST_F(Assembler, AfterAFalseBeginningTheReadsBehindItAreJudgedByThemselves) {
+  assembler = DeliveryAssembler(ruleOf([](const QByteArray &bytes) {
+    return bytes.startsWith("zz") ? Verdict::asItIs() : byFirstLetter(bytes);
+  }));
+  add("z");
+  EXPECT_EQ(all(), Deliveries{});
+  add("zc12");
+  EXPECT_EQ(all(), Deliveries{"z"}) << "the rest begins something";
+  EXPECT_TRUE(assembler.isWaiting());
+}
+
+TEST_F(Assembler, TheTimeOfAReadBehindAFalseBeginningCountsFromWhenThatReadCame) {
+  add("d1");
+  EXPECT_EQ(all(), Deliveries{});
+  now += milliseconds(19);
+  add("c");
+  EXPECT_EQ(all(), Deliveries{});
+  now += milliseconds(1);
+  EXPECT_EQ(assembler.timeLeft(now), milliseconds(0));
+  EXPECT_EQ(assembler.takeFirstRead(), "d1");
+  EXPECT_EQ(all(), Deliveries{});
+  EXPECT_EQ(assembler.timeLeft(now), milliseconds(19));
+  add("12");
+  EXPECT_EQ(all(), Deliveries{"c12"});
+}
+
 TEST_F(Assembler, WhatBeginsNothingIsDeliveredAsItIsWithAllThatCameWithIt) {
   add("?c12");
   EXPECT_EQ(all(), Deliveries{"?c12"});
@@ -98,7 +160,8 @@ TEST_F(Assembler, TheTimeCountsFromTheFirstByteWhateverFollows) {
   EXPECT_EQ(assembler.timeLeft(now), milliseconds(1)) << "rounded up: a wait of no time would spin";
   now += milliseconds(1);
   EXPECT_EQ(assembler.timeLeft(now), milliseconds(0));
-  EXPECT_EQ(assembler.takeAsItIs(), "z12");
+  EXPECT_EQ(assembler.takeFirstRead(), "z");
+  EXPECT_EQ(all(), Deliveries{"12"});
   EXPECT_FALSE(assembler.isWaiting());
 }
 
@@ -114,7 +177,7 @@ TEST_F(Assembler, AfterAWholeOneTheTimeOfTheRestCountsFromWhenItCame) {
 TEST_F(Assembler, ARestThatComesTooLateBeginsAnew) {
   add("d1");
   EXPECT_EQ(all(), Deliveries{});
-  EXPECT_EQ(assembler.takeAsItIs(), "d1");
+  EXPECT_EQ(assembler.takeFirstRead(), "d1");
   add("23");
   EXPECT_EQ(all(), Deliveries{"23"});
 }
@@ -126,8 +189,8 @@ TEST_F(Assembler, NoMoreIsHeldThanTheLargestDelivery) {
   EXPECT_EQ(all(), Deliveries{});
   EXPECT_EQ(assembler.room(), 1U);
   add("x");
-  EXPECT_EQ(all(), Deliveries{QByteArray(most, 'x')}) << "a rule that never has enough";
-  EXPECT_EQ(assembler.room(), DeliveryAssembler::largestDelivery);
+  EXPECT_EQ(all(), Deliveries{QByteArray(most - 1, 'x')}) << "a rule that never has enough";
+  EXPECT_EQ(assembler.room(), DeliveryAssembler::largestDelivery - 1);
 }
 
 TEST_F(Assembler, ARuleThatCountsWrongLosesNothing) {
@@ -149,7 +212,7 @@ TEST_F(Assembler, ARuleIsAskedOnceAboutTheSameBytes) {
   EXPECT_EQ(asked, 1);
   add("2");
   EXPECT_EQ(all(), Deliveries{"c12"});
-  EXPECT_EQ(asked, 2);
+  EXPECT_EQ(asked, 3) << "about the read by itself, and about all that is held";
 }
 
 }  // namespace

@@ -1,3 +1,4 @@
+#include "serial/SerialRequest.h"
 #include "tests/support/Rescue.h"
 #include "tests/support/SerialBench.h"
 #include "tests/support/WaitFor.h"
@@ -8,7 +9,11 @@
 #include <filesystem>
 #include <future>
 #include <random>
+#include <semaphore>
 #include <thread>
+#include <vector>
+
+#include <unistd.h>
 
 namespace tavril {
 namespace {
@@ -141,14 +146,14 @@ TEST_F(SerialPortConcurrency, OpeningAgainInTheRemovedCallbackKeepsTheNewOpening
   EXPECT_EQ(delegate->events.count("closed"), 1);
 }
 
-TEST_F(SerialPortConcurrency, ClosingWhenToldThatTheDeviceDoesNotAnswerMakesItNoRemoval) {
+TEST_F(SerialPortConcurrency, ClosingWhenToldThatTheDeviceDoesNotAnswerLeavesItARemoval) {
   ASSERT_TRUE(opened());
   onEvent(errorEvent(ENXIO), [&] { EXPECT_TRUE(port->close()); });
   bench.terminal.fail(Call::Pins, ENXIO);
   ASSERT_TRUE(runUntil([&] { return delegate->events.contains("closed"); }));
   // Only this test and the application's list hold the port once its threads have left it.
   EXPECT_TRUE(waitFor([&] { return bench.mainQueue.runAll() == 0 && port.use_count() == 2; }));
-  EXPECT_EQ(delegate->events, (QStringList{"opened", errorEvent(ENXIO), "closed"}));
+  EXPECT_EQ(delegate->events, (QStringList{"opened", errorEvent(ENXIO), "closed", "removed"}));
 }
 
 TEST_F(SerialPortConcurrency, DroppingTheLastReferenceInACallbackClosesTheTerminal) {
@@ -163,6 +168,143 @@ TEST_F(SerialPortConcurrency, DroppingTheLastReferenceInACallbackClosesTheTermin
   EXPECT_TRUE(waitFor([&] { return weak.expired(); }));
   // The reference is gone before the port has finished going, on whichever thread that is.
   EXPECT_TRUE(waitFor([&] { return bench.terminal.count(Call::Close) == 1; }));
+}
+
+// ------------------------------------------------------- opening again while the pin poller closes the port
+
+enum class HeldAt { Unlocking, Closing, Telling };
+
+/// Holds the pin poller's closing for a while in which the main thread opens the port again.
+class OpeningWhileThePollerCloses : public SerialPortConcurrency, public testing::WithParamInterface<HeldAt> {
+ protected:
+  void hold() {
+    if (isHeld.exchange(true)) return;
+    reached.set_value();
+    std::promise<void>().get_future().wait_for(200ms);
+  }
+  void closeOnThePollerUpTo(HeldAt place) {
+    bench.terminal.atCall = [this, place](Call call) {
+      const bool isThere = (place == HeldAt::Unlocking && call == Call::Unlock) ||
+                           (place == HeldAt::Closing && call == Call::Close);
+      if (isThere && !bench.mainQueue.isMainThread()) hold();
+    };
+    bench.mainQueue.atSync = [this, place] {
+      if (place == HeldAt::Telling && bench.terminal.count(Call::Close) == 1) hold();
+    };
+    ASSERT_TRUE(opened());
+    onEvent("removed", [&] { bench.terminal.heal(Call::Pins); });
+    bench.terminal.fail(Call::Pins, ENXIO);
+    ASSERT_TRUE(runUntil([&] { return delegate->events.contains("removed"); }));
+    ASSERT_EQ(reached.get_future().wait_for(20s), std::future_status::ready);
+    EXPECT_FALSE(port->isOpen());
+  }
+
+  std::atomic<bool> isHeld = false;
+  std::promise<void> reached;
+};
+
+INSTANTIATE_TEST_SUITE_P(Place, OpeningWhileThePollerCloses,
+                         testing::Values(HeldAt::Unlocking, HeldAt::Closing, HeldAt::Telling));
+
+TEST_P(OpeningWhileThePollerCloses, WaitsForTheDescriptorAndTellsTheClosingFirst) {
+  closeOnThePollerUpTo(GetParam());
+  EXPECT_TRUE(port->open());
+  ASSERT_TRUE(runUntil([&] { return delegate->events.count("opened") == 2; }));
+  EXPECT_TRUE(waitFor([&] {
+    bench.mainQueue.runAll();
+    return bench.terminal.wakesClosed() == 1;  // the poller has left
+  }));
+  EXPECT_EQ(delegate->events, (QStringList{"opened", errorEvent(ENXIO), "removed", "closed", "opened"}));
+  EXPECT_TRUE(port->isOpen());
+  EXPECT_TRUE(port->close());
+  expectThePortWorks();
+}
+
+TEST_P(OpeningWhileThePollerCloses, KeepsTheRequestsThatAreSentThen) {
+  ASSERT_TRUE(port->open());
+  const auto never = [](const QByteArray &) { return false; };
+  const auto older = SerialRequest::requestWithDataToSend("older", {}, 0, never);
+  const auto first = SerialRequest::requestWithDataToSend("first", {}, 0, never);
+  const auto second = SerialRequest::requestWithDataToSend("second", {}, 0, never);
+  EXPECT_TRUE(port->sendRequest(older));
+  closeOnThePollerUpTo(GetParam());
+  EXPECT_TRUE(port->open());
+  port->sendRequest(first);
+  port->sendRequest(second);
+  EXPECT_TRUE(waitFor([&] {
+    bench.mainQueue.runAll();
+    return bench.terminal.wakesClosed() == 1;
+  }));
+  EXPECT_TRUE(waitFor([&] { return port->pendingRequest() != older; })) << "closing forgets it";
+  EXPECT_EQ(port->pendingRequest(), first);
+  EXPECT_EQ(port->queuedRequests(), std::vector{second});
+  EXPECT_EQ(pty.read(10), "olderfirst");
+}
+
+TEST_P(OpeningWhileThePollerCloses, TheDelegateThatOpensItWhenItHearsOfTheClosingHasOpenedIt) {
+  closeOnThePollerUpTo(GetParam());
+  onEvent("closed", [&] { EXPECT_TRUE(port->open()); });
+  EXPECT_TRUE(port->open());
+  EXPECT_EQ(delegate->events.count("closed"), 1);
+  EXPECT_EQ(bench.terminal.count(Call::Open), 2);
+}
+
+TEST_F(SerialPortConcurrency, AnObserverThatOpensThePortAsItClosesIsRefusedAndDoesNotWaitForItself) {
+  ASSERT_TRUE(opened());
+  const auto token = port->observe(QStringLiteral("isOpen"), [&](const Change &) {
+    if (port->isOpen()) return;
+    EXPECT_FALSE(port->open());
+  });
+  EXPECT_TRUE(port->close());
+  // Root passes the exclusive flag and is stopped by the lock.
+  const int refusal = ::geteuid() == 0 ? EWOULDBLOCK : EBUSY;
+  EXPECT_EQ(delegate->events, (QStringList{"opened", errorEvent(refusal), "closed"}));
+}
+
+TEST_F(SerialPortConcurrency, AClosingThatItsDelegateDidNotWantToHearIsNotToldToALaterOne) {
+  port->setDelegate({});
+  ASSERT_TRUE(port->open());
+  ASSERT_TRUE(port->close());
+  port->setDelegate(delegate);
+  ASSERT_TRUE(opened());
+  EXPECT_EQ(delegate->events, QStringList{"opened"});
+}
+
+// ------------------------------------------------------------------------------------ closing while sending
+
+TEST_F(SerialPortConcurrency, SendingThatTheClosingOvertakesFailsWithoutAnError) {
+  bench.terminal.writeAtMost = 1;
+  std::binary_semaphore isWriting(0);
+  std::binary_semaphore isClosed(0);
+  std::atomic<bool> isFirst = true;
+  bench.terminal.atCall = [&](Call call) {
+    if (call != Call::Write || !isFirst.exchange(false)) return;
+    isWriting.release();
+    isClosed.acquire();
+  };
+  ASSERT_TRUE(opened());
+  auto sending = std::async(std::launch::async, [&] { return port->sendData("ab"); });
+  ASSERT_TRUE(isWriting.try_acquire_for(20s));
+  const auto token = port->observe(QStringLiteral("isOpen"), [&](const Change &) { isClosed.release(); });
+  EXPECT_TRUE(port->close());
+  EXPECT_FALSE(sending.get());
+  bench.mainQueue.runAll();
+  EXPECT_EQ(delegate->events, (QStringList{"opened", "closed"}));
+  EXPECT_EQ(bench.terminal.count(Call::Write), 1);
+  bench.terminal.atCall = nullptr;
+}
+
+TEST_F(SerialPortConcurrency, SendingThatIsHeldUpAndLetGoByTheClosingFailsWithoutAnError) {
+  ASSERT_TRUE(opened());
+  ASSERT_EQ(::tcflow(pty.slave(), TCOOFF), 0);
+  auto sending = std::async(std::launch::async, [&] { return port->sendData("held up"); });
+  EXPECT_TRUE(waitFor([&] { return bench.terminal.count(Call::Write) == 1; }));
+  Rescue rescue([&] { ::tcflow(pty.slave(), TCOON); });
+  EXPECT_TRUE(port->close());
+  EXPECT_FALSE(sending.get());
+  EXPECT_FALSE(rescue.wasNeeded());
+  bench.mainQueue.runAll();
+  EXPECT_EQ(delegate->events, (QStringList{"opened", "closed"}));
 }
 
 // ------------------------------------------------------------------------------- others on the same terminal

@@ -50,14 +50,14 @@ TEST_F(SerialPortCreation, RegisteringIsLogged) {
 
 TEST_F(SerialPortCreation, InitWithoutAPathAsserts) {
   EXPECT_EQ(SerialPort::init(bench.environment), nullptr);
-  EXPECT_EQ(bench.log.lines(),
+  EXPECT_EQ(bench.log.warnings(),
             QStringList{"*** Assertion failure: SerialPort must be init'd using -initWithPath:"});
 }
 
 TEST_F(SerialPortCreation, DeviceZeroAsserts) {
   EXPECT_EQ(SerialPort::initWithDevice(bench.environment, 0), nullptr);
   EXPECT_EQ(
-      bench.log.lines(),
+      bench.log.warnings(),
       QStringList{"*** Assertion failure: -[SerialPort initWithDevice:] requires non-zero device argument."});
 }
 

@@ -67,6 +67,14 @@ TEST_F(SerialPortDelivery, PiecesThatComeInTimeAreOneDelivery) {
   EXPECT_EQ(delegate->deliveries, Deliveries{"d123"});
 }
 
+TEST_F(SerialPortDelivery, AWholeOneBehindAFalseBeginningIsADeliveryOfItsOwn) {
+  port->setDeliveryRule(waiting(1h));
+  ASSERT_TRUE(port->open());
+  for (const char *read : {"z", "c12"}) ASSERT_TRUE(writeAndWaitUntilRead(read));
+  ASSERT_TRUE(hasDelivered(2));
+  EXPECT_EQ(delegate->deliveries, (Deliveries{"z", "c12"}));
+}
+
 TEST_F(SerialPortDelivery, WhatIsGluedIsTwoDeliveries) {
   port->setDeliveryRule(waiting(1h));
   ASSERT_TRUE(port->open());
@@ -100,10 +108,10 @@ TEST_F(SerialPortDelivery, ABeginningIsDeliveredAtOnceWhenThePlugIsPulled) {
   bench.terminal.setPinsOfLine(0);  // or the port might be closed before the bytes are told
   port->setDeliveryRule(waiting(1h));
   ASSERT_TRUE(port->open());
-  ASSERT_TRUE(writeAndWaitUntilRead("c1"));
+  for (const char *piece : {"d", "1"}) ASSERT_TRUE(writeAndWaitUntilRead(piece));
   pty.unplug();
-  ASSERT_TRUE(hasDelivered(1));
-  EXPECT_EQ(delegate->deliveries, Deliveries{"c1"});
+  ASSERT_TRUE(hasDelivered(2));
+  EXPECT_EQ(delegate->deliveries, (Deliveries{"d", "1"})) << "each as it was read";
 }
 
 TEST_F(SerialPortDelivery, TheRuleOfAnOpenPortActsFromTheNextOpeningOn) {

@@ -1,56 +1,7 @@
-#include "serial/SerialPortManager.h"
-#include "tests/support/SerialBench.h"
-#include "tests/support/WaitFor.h"
-
-#include <gtest/gtest.h>
-
-#include <any>
+#include "tests/serial/ManagerBench.h"
 
 namespace tavril {
 namespace {
-
-class SerialPortManagerOnBench : public testing::Test {
- protected:
-  void start() {
-    manager = SerialPortManager::sharedSerialPortManager(bench.environment);
-    for (const char16_t *name :
-         {SerialPortsWereConnectedNotification, SerialPortsWereDisconnectedNotification}) {
-      bench.notifications.addObserver(this, QString::fromUtf16(name),
-                                      [this](const Notification &notification) {
-                                        posted.append(notification.name);
-                                        lastPosted = notification;
-                                        delegateEventsAtPost = delegate->events;
-                                      });
-    }
-    token = manager->observe("availablePorts", [this](const Change &change) { changes.push_back(change); });
-  }
-  ~SerialPortManagerOnBench() override {
-    bench.notifications.removeObserver(this);
-    for (const auto &port : bench.allSerialPortsInfo) {
-      port->setDelegate({});
-      port->close();
-    }
-    manager.reset();
-  }
-
-  SerialPortList postedPorts(const char *key) const {
-    return std::any_cast<SerialPortList>(lastPosted.userInfo.value(QString::fromLatin1(key)));
-  }
-  QStringList available() const {
-    QStringList names;
-    for (const auto &port : manager->availablePorts()) names.append(port->name());
-    return names;
-  }
-
-  SerialBench<> bench;
-  std::shared_ptr<SerialPortManager> manager;
-  std::shared_ptr<RecordingDelegate> delegate = std::make_shared<RecordingDelegate>();
-  QStringList posted;
-  Notification lastPosted;
-  QStringList delegateEventsAtPost;
-  std::vector<Change> changes;
-  KeyValueObservers::Token token;
-};
 
 TEST_F(SerialPortManagerOnBench, AskingTwiceOrAllocatingOneYieldsTheSameObject) {
   start();
@@ -189,7 +140,7 @@ TEST_F(SerialPortManagerOnBench, AnExitHandlerThatCannotBeRegisteredIsLogged) {
   bench.processExit.error = 12;
   start();
   EXPECT_EQ(
-      bench.log.lines(),
+      bench.log.warnings(),
       QStringList{"SerialPort was unable to register its termination handler for serial port cleanup: 12"});
 }
 
@@ -220,7 +171,7 @@ TEST_F(SerialPortManagerOnBench, ACallbackForSomebodyElseIsLoggedAndIgnored) {
   bench.log.clear();
   SerialPortManagerPortsPublishedNotificationCallback(bench.environment, &stranger, 0);
   SerialPortManagerPortsTerminatedNotificationCallback(bench.environment, &stranger, 0);
-  EXPECT_EQ(bench.log.lines(),
+  EXPECT_EQ(bench.log.warnings(),
             (QStringList{
                 "Unexpected context object <Stranger> in void "
                 "SerialPortManagerPortsPublishedNotificationCallback(void *, io_iterator_t). Context object "
@@ -297,6 +248,25 @@ TEST_F(SerialPortManagerOnBench, NoHandleIsLeftWhenTheManagerAndItsPortsAreGone)
   manager.reset();
   bench.allSerialPortsInfo.clear();
   EXPECT_EQ(bench.devices.table.size(), 0u);
+}
+
+TEST_F(SerialPortManagerOnBench, APortHasThePropertiesOfTheAdapterThatCameLast) {
+  start();
+  const auto productOf = [&](const SerialPort &port) {
+    return SerialPort::stringPropertyOf(bench.environment, port.IOKitDevice(),
+                                        QString::fromUtf16(DeviceKey::product));
+  };
+  bench.devices.plugIn("usbserial-ttyUSB0", "/dev/ttyUSB0", "First Adapter");
+  bench.mainQueue.runAll();
+  const auto port = bench.allSerialPortsInfo.at(0);
+  EXPECT_EQ(productOf(*port), "First Adapter");
+  bench.devices.pullOut("/dev/ttyUSB0");
+  bench.mainQueue.runAll();
+  EXPECT_EQ(productOf(*port), "First Adapter") << "a port that is gone is still what it was";
+  bench.devices.plugIn("usbserial-ttyUSB0", "/dev/ttyUSB0", "Second Adapter");
+  bench.mainQueue.runAll();
+  EXPECT_EQ(bench.allSerialPortsInfo, PortRegistry::PortList{port});
+  EXPECT_EQ(productOf(*port), "Second Adapter");
 }
 
 }  // namespace

@@ -1,3 +1,4 @@
+#include "tests/support/ManualBackground.h"
 #include "tests/support/SerialBench.h"
 #include "tests/support/WaitFor.h"
 
@@ -95,6 +96,47 @@ TEST_F(SerialPortOnPty, TheLineSettingsAreAppliedAndPutBackOnClosing) {
   EXPECT_EQ(after.c_cflag, before.c_cflag);
   EXPECT_EQ(after.c_lflag, before.c_lflag);
   EXPECT_EQ(after.c_cc[VTIME], before.c_cc[VTIME]);
+}
+
+TEST_F(SerialPortOnPty, ClosingTakesFlowControlAwayThenDrainsAndPutsTheLineBackAndOnlyThenCloses) {
+  termios before = pty.attributes();
+  before.c_cflag |= CRTSCTS | CSTOPB;
+  ASSERT_EQ(::tcsetattr(pty.slave(), TCSANOW, &before), 0);
+  port->setUsesRTSCTSFlowControl(true);
+  ASSERT_TRUE(opened());
+  ASSERT_NE(pty.attributes().c_cflag & CRTSCTS, tcflag_t{0});
+  const std::size_t settingsBefore = bench.terminal.settings().size();
+  const std::size_t callsBefore = bench.terminal.order().size();
+  ASSERT_TRUE(port->close());
+
+  const auto settings = bench.terminal.settings();
+  ASSERT_EQ(settings.size(), settingsBefore + 2);
+  const auto &withoutFlowControl = settings[settingsBefore];
+  EXPECT_EQ(withoutFlowControl.when, WhenToApply::Now);
+  EXPECT_EQ(withoutFlowControl.attributes.c_cflag & (CRTSCTS | CSTOPB), tcflag_t{0});
+  const auto &original = settings[settingsBefore + 1];
+  EXPECT_EQ(original.when, WhenToApply::AfterDrain);
+  EXPECT_EQ(original.attributes.c_cflag, before.c_cflag);
+  EXPECT_EQ(pty.attributes().c_cflag, before.c_cflag);
+
+  auto calls = bench.terminal.order();
+  calls.erase(calls.begin(), calls.begin() + static_cast<std::ptrdiff_t>(callsBefore));
+  std::erase(calls, Call::Read);  // the read loop's
+  EXPECT_EQ(calls, (std::vector{Call::StopBlocking, Call::Attributes, Call::SetFlowControl,
+                                Call::SetAttributes, Call::SetAttributes, Call::Unlock, Call::Close}));
+}
+
+TEST_F(SerialPortOnPty, ASpeedOutsideTheListIsPutBackOnClosing) {
+  ASSERT_FALSE(bench.posix.setArbitrarySpeed(pty.slave(), 250000).failed());
+  const termios before = pty.attributes();
+  port->setBaudRate(115200);
+  ASSERT_TRUE(port->open());
+  ASSERT_TRUE(port->close());
+  EXPECT_EQ(pty.attributes().c_cflag, before.c_cflag);
+  termios after{};
+  ASSERT_FALSE(bench.posix.attributes(pty.slave(), after).failed());
+  EXPECT_EQ(after.c_ospeed, 250000u);
+  EXPECT_EQ(after.c_ispeed, 250000u);
 }
 
 TEST_F(SerialPortOnPty, SettersOfLineSettingsActAtOnceOnAnOpenPort) {
@@ -321,6 +363,21 @@ TEST_F(SerialPortOnPty, PinsWantedBeforeOpeningStayUp) {
   EXPECT_TRUE(port->DTR());
 }
 
+TEST(SerialPortPins, AreLookedAtEveryTenMillisecondsAsLongAsThePortIsOpen) {
+  Pty pty;
+  SerialBench<ManualBackground> bench;
+  const auto port = bench.port("usbport-test", pty.path());
+  ASSERT_TRUE(port->open());
+  const auto &repeats = bench.background.repeats;
+  ASSERT_EQ(repeats.size(), 1u);
+  EXPECT_EQ(repeats[0]->interval, 10ms);
+  const int before = bench.terminal.count(Call::Pins);
+  bench.background.tick();
+  EXPECT_EQ(bench.terminal.count(Call::Pins), before + 1);
+  EXPECT_TRUE(port->close());
+  EXPECT_TRUE(repeats[0]->cancelled);
+}
+
 TEST_F(SerialPortOnPty, InputPinsArePolledAndToldOnTheMainThread) {
   bench.terminal.setPinsOfLine(0);
   QStringList changes;
@@ -407,9 +464,9 @@ TEST_F(SerialPortOnPty, CleanupIsDeprecatedAndDoesTheSame) {
   port->cleanup();
   EXPECT_EQ(delegate->events, (QStringList{"removed", "closed"}));
   EXPECT_TRUE(
-      bench.log.lines().contains("WARNING: Cleanup is deprecated and was never intended to be called "
-                                 "publicly. You should update your code to "
-                                 "avoid calling this method."));
+      bench.log.warnings().contains("WARNING: Cleanup is deprecated and was never intended to be called "
+                                    "publicly. You should update your code to "
+                                    "avoid calling this method."));
 }
 
 // ------------------------------------------------------------------------------------------------ threads

@@ -24,6 +24,8 @@ TEST(CommandLine, WithoutArgumentsServesOneFaultlessServoAtWirePace) {
   EXPECT_EQ(line.options.startUp, 0ms);
   EXPECT_EQ(line.options.splitSize, 0);
   EXPECT_EQ(line.options.readError, std::nullopt);
+  EXPECT_EQ(line.options.writeError, std::nullopt);
+  EXPECT_FALSE(line.options.obeysReplyPolicy);
   EXPECT_EQ(line.options.unplugAfter, 0);
   EXPECT_TRUE(line.link.isEmpty());
   EXPECT_TRUE(line.logFile.isEmpty());
@@ -34,7 +36,8 @@ TEST(CommandLine, EveryOptionReachesItsFault) {
       "--link /tmp/a --log /tmp/b --two-servos --mute --lose 9 --delay 11 --start-up 22 --split 3 "
       "--split-gap 44 "
       "--glue "
-      "--noise --seed 4294967295 --wrong-length --late-ends --error 2 --unplug-after 7 --no-pace");
+      "--noise --seed 4294967295 --wrong-length --late-ends --error 2 --write-error 3 --obey-ack-policy "
+      "--from /tmp/c --state /tmp/d --unplug-after 7 --no-pace");
   EXPECT_EQ(line.action, CommandLine::Action::Serve) << line.text.toStdString();
   EXPECT_EQ(line.link, QStringLiteral("/tmp/a"));
   EXPECT_EQ(line.logFile, QStringLiteral("/tmp/b"));
@@ -51,6 +54,10 @@ TEST(CommandLine, EveryOptionReachesItsFault) {
   EXPECT_TRUE(line.options.wrongLength);
   EXPECT_TRUE(line.options.lateEnds);
   EXPECT_EQ(line.options.readError, 2);
+  EXPECT_EQ(line.options.writeError, 3);
+  EXPECT_TRUE(line.options.obeysReplyPolicy);
+  EXPECT_EQ(line.from, QStringLiteral("/tmp/c"));
+  EXPECT_EQ(line.state, QStringLiteral("/tmp/d"));
   EXPECT_EQ(line.options.unplugAfter, 7);
   EXPECT_FALSE(line.options.pace);
 }

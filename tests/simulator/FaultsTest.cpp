@@ -23,6 +23,41 @@ TEST(Faults, AMuteBridgeActsAndSaysNothing) {
   EXPECT_EQ(bench.endpoint.framesSeen(), 1);
 }
 
+TEST(Faults, WritesMayBeRefusedAndReadsNot) {
+  EndpointBench bench({.writeError = 3});
+  EXPECT_EQ(bench.exchange({0xFF, 0x07, 0x92, 0x01, 0x00, 0x2A, 0xFE}),
+            (Bytes{0xFF, 0x05, 0xF9, 0x03, 0xFE}));
+  EXPECT_EQ(bench.servo.read(1), 1);
+  EXPECT_EQ(bench.exchange(detect), detected);
+  EXPECT_EQ(bench.exchange(readMaxTemperature).size(), 7U);
+}
+
+/// Whether each of these is answered: detection, a read of a setting, of a live value, of the position; a
+/// write, a new goal, a reboot.
+std::vector<bool> answeredUnder(std::uint8_t policy, bool obeys) {
+  EndpointBench bench({.obeysReplyPolicy = obeys});
+  EXPECT_TRUE(bench.servo.write(2, policy));
+  std::vector<bool> answered;
+  for (const Bytes &command : {detect, readMaxTemperature, Bytes{0xFF, 0x05, 0x91, 0x10, 0xFE},
+                               Bytes{0xFF, 0x04, 0x97, 0xFE}, Bytes{0xFF, 0x07, 0x92, 0x01, 0x00, 0x2A, 0xFE},
+                               Bytes{0xFF, 0x06, 0x96, 0x02, 0x00, 0xFE}, Bytes{0xFF, 0x04, 0x94, 0xFE}}) {
+    answered.push_back(!bench.exchange(command).empty());
+  }
+  EXPECT_EQ(bench.servo.read(1), 42) << "commands take effect, answered or not";
+  return answered;
+}
+
+TEST(ReplyPolicy, DecidesWhatIsAnsweredWhereTheBridgeObeysIt) {
+  EXPECT_EQ(answeredUnder(0, true), (std::vector<bool>{true, false, true, false, false, false, false}));
+  EXPECT_EQ(answeredUnder(1, true), (std::vector<bool>{true, true, true, true, false, false, false}));
+  EXPECT_EQ(answeredUnder(2, true), std::vector<bool>(7, true));
+}
+
+TEST(ReplyPolicy, DecidesNothingOtherwise) {
+  for (std::uint8_t policy = 0; policy <= 2; ++policy)
+    EXPECT_EQ(answeredUnder(policy, false), std::vector<bool>(7, true));
+}
+
 TEST(Faults, ALossyLineLosesOneReplyInSoManyByTheSeed) {
   const auto answered = [](std::uint32_t seed) {
     EndpointBench bench({.loseOneIn = 5, .seed = seed});

@@ -1,6 +1,7 @@
 #include "tests/simulator/SlaveTerminal.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
@@ -133,6 +134,69 @@ TEST_F(ProgramTest, HangsUpAndEndsAfterTheFramesNamed) {
   EXPECT_TRUE(host.hungUp());
   EXPECT_TRUE(endsWith(0));
   EXPECT_FALSE(QFileInfo(link).isSymbolicLink());
+}
+
+TEST_F(ProgramTest, KeepsItsSettingsInAFileFromOneStartToTheNext) {
+  const QString state = path(QStringLiteral("state.json"));
+  run({QStringLiteral("--state"), state});
+  {
+    const SlaveTerminal host(printedPath());
+    EXPECT_EQ(host.exchange({0xFF, 0x07, 0x92, 0x08, 0x01, 0x2C, 0xFE}, 5),
+              (Bytes{0xFF, 0x05, 0x92, 0x08, 0xFE}));
+  }
+  program_.terminate();
+  ASSERT_TRUE(endsWith(0));
+  run({QStringLiteral("--state"), state});
+  const SlaveTerminal host(printedPath());
+  EXPECT_EQ(host.exchange({0xFF, 0x05, 0x91, 0x08, 0xFE}, 7),
+            (Bytes{0xFF, 0x07, 0x91, 0x08, 0x01, 0x2C, 0xFE}));
+}
+
+TEST_F(ProgramTest, SavesItsSettingsAgainAfterItCouldNot) {
+  const QString state = path(QStringLiteral("later/state.json"));
+  run({QStringLiteral("--state"), state});
+  const SlaveTerminal host(printedPath());
+  ASSERT_TRUE(QDir().mkpath(path(QStringLiteral("later"))));
+  EXPECT_EQ(host.exchange(detect, 5), detected);
+  program_.terminate();
+  ASSERT_TRUE(endsWith(0));
+  EXPECT_TRUE(QFileInfo::exists(state));
+  EXPECT_EQ(standardError_.count("the settings could not be saved: "), 1);
+}
+
+TEST_F(ProgramTest, EndsWithAFailureWhereItsSettingsAreLost) {
+  run({QStringLiteral("--state"), path(QStringLiteral("missing/state.json"))});
+  const SlaveTerminal host(printedPath());
+  EXPECT_EQ(host.exchange(detect, 5), detected);
+  program_.terminate();
+  EXPECT_TRUE(endsWith(1));
+  EXPECT_EQ(standardError_.count("the settings could not be saved: "), 1) << standardError_.toStdString();
+}
+
+TEST_F(ProgramTest, StartsFromAFileAndLeavesItAsItIs) {
+  QFile file(path(QStringLiteral("from.json")));
+  ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+  file.write("{\"settings\": {\"max_load\": 300}}");
+  file.close();
+  run({QStringLiteral("--from"), file.fileName()});
+  {
+    const SlaveTerminal host(printedPath());
+    EXPECT_EQ(host.exchange({0xFF, 0x05, 0x91, 0x08, 0xFE}, 7),
+              (Bytes{0xFF, 0x07, 0x91, 0x08, 0x01, 0x2C, 0xFE}));
+    EXPECT_EQ(host.exchange({0xFF, 0x07, 0x92, 0x08, 0x00, 0x01, 0xFE}, 5),
+              (Bytes{0xFF, 0x05, 0x92, 0x08, 0xFE}));
+  }
+  program_.terminate();
+  ASSERT_TRUE(endsWith(0));
+  ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+  EXPECT_EQ(file.readAll(), "{\"settings\": {\"max_load\": 300}}");
+}
+
+TEST_F(ProgramTest, SaysWhatIsWrongWithTheFileItShallStartFrom) {
+  run({QStringLiteral("--from"), path(QStringLiteral("missing.json"))});
+  EXPECT_TRUE(endsWith(1));
+  EXPECT_TRUE(standardError_.startsWith("tavril-servo: ")) << standardError_.toStdString();
+  EXPECT_TRUE(standardError_.contains("missing.json: No such file or directory"));
 }
 
 TEST_F(ProgramTest, RefusesToReplaceAFileByItsLink) {

@@ -1,5 +1,6 @@
 #include "simulator/VirtualServo.h"
 #include "tests/simulator/SlaveTerminal.h"
+#include "tests/support/WaitFor.h"
 
 #include <gtest/gtest.h>
 
@@ -53,6 +54,38 @@ TEST(VirtualServo, AnswersOverARealTerminal) {
   EXPECT_EQ(host.exchange({0xFF, 0x05, 0x91, 0x08, 0xFE}, 7),
             (Bytes{0xFF, 0x07, 0x91, 0x08, 0x01, 0x2C, 0xFE}));
   EXPECT_EQ(servo.framesSeen(), 3);
+}
+
+/// Whether others are kept out. Only the superuser can look when they are.
+bool isExclusive(const QString &path) {
+  const SlaveTerminal probe(path);
+  int flag = 1;
+  return !probe.isOpen() || ::ioctl(probe.descriptor(), TIOCGEXCL, &flag) != 0 || flag != 0;
+}
+
+TEST(VirtualServo, TheExclusiveModeThatAClientHasLeftBehindIsGivenBack) {
+  VirtualServo servo;
+  ASSERT_TRUE(servo.start());
+  {
+    const SlaveTerminal killed(servo.path());
+    ASSERT_EQ(::ioctl(killed.descriptor(), TIOCEXCL), 0);
+  }
+  EXPECT_TRUE(tavril::waitFor([&] { return !isExclusive(servo.path()); }));
+}
+
+TEST(VirtualServo, TheExclusiveModeOfAClientIsKeptWhileItHasTheTerminal) {
+  VirtualServo servo;
+  ASSERT_TRUE(servo.start());
+  const SlaveTerminal client(servo.path());
+  {
+    const SlaveTerminal other(servo.path());
+    ASSERT_EQ(::ioctl(client.descriptor(), TIOCEXCL), 0);
+  }
+  // Once this is answered the server has seen the other go.
+  EXPECT_EQ(client.exchange(detect, 5), detected);
+  int flag = 0;
+  EXPECT_EQ(::ioctl(client.descriptor(), TIOCGEXCL, &flag), 0);
+  EXPECT_EQ(flag, 1);
 }
 
 TEST(VirtualServo, ATerminalThatNobodyHasSetUpIsRawAndWithoutEcho) {

@@ -11,6 +11,7 @@
 namespace tavril {
 
 constexpr double enoughForText = 4.5;
+constexpr double enoughForTextInHighContrast = 7;
 constexpr double enoughForMarks = 3;
 
 inline double luminance(const QColor &colour) {

@@ -99,6 +99,20 @@ class FaultyTerminalCalls final : public TerminalCalls {
     const auto waits = counts_.find(Call::Wait);
     return waits != counts_.end() && waits->second > waitsAtLastRead_;
   }
+  /// How many openings are over whose threads have all left.
+  int wakesClosed() const {
+    const std::lock_guard lock(mutex_);
+    return wakesClosed_;
+  }
+  struct Setting {
+    WhenToApply when;
+    termios attributes;
+  };
+  /// The settings made so far.
+  std::vector<Setting> settings() const {
+    const std::lock_guard lock(mutex_);
+    return settings_;
+  }
   /// The calls so far, without waiting and polling.
   std::vector<Call> order() const {
     const std::lock_guard lock(mutex_);
@@ -126,7 +140,13 @@ class FaultyTerminalCalls final : public TerminalCalls {
     return pass(Call::Attributes, [&] { return real_.attributes(descriptor, attributes); });
   }
   CallResult setAttributes(int descriptor, WhenToApply when, const termios &attributes) override {
-    return pass(Call::SetAttributes, [&] { return real_.setAttributes(descriptor, when, attributes); });
+    return pass(Call::SetAttributes, [&] {
+      {
+        const std::lock_guard lock(mutex_);
+        settings_.push_back({when, attributes});
+      }
+      return real_.setAttributes(descriptor, when, attributes);
+    });
   }
   CallResult setSpeed(termios &attributes, unsigned long baudRate) override {
     return pass(Call::SetSpeed, [&] { return real_.setSpeed(attributes, baudRate); });
@@ -187,7 +207,11 @@ class FaultyTerminalCalls final : public TerminalCalls {
     return pass(Call::OpenWake, [&] { return real_.openWake(); });
   }
   void wake(int wakeDescriptor) override { real_.wake(wakeDescriptor); }
-  void closeWake(int wakeDescriptor) override { real_.closeWake(wakeDescriptor); }
+  void closeWake(int wakeDescriptor) override {
+    real_.closeWake(wakeDescriptor);
+    const std::lock_guard lock(mutex_);
+    ++wakesClosed_;
+  }
 
   /// Writes take no more than this at a time, if set before the port is opened.
   std::optional<std::size_t> writeAtMost;
@@ -225,6 +249,8 @@ class FaultyTerminalCalls final : public TerminalCalls {
   std::map<Call, int> counts_;
   std::vector<int> closed_;
   std::vector<Call> order_;
+  std::vector<Setting> settings_;
+  int wakesClosed_ = 0;
   int readsWithBytes_ = 0;
   int waitsAtLastRead_ = 0;
   long bytesRead_ = 0;

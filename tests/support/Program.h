@@ -32,7 +32,8 @@ class Program {
     environment.remove(QStringLiteral("LANGUAGE"));
     // Nor by what the user of this machine has chosen: no such folder.
     environment.insert(QStringLiteral("XDG_CONFIG_HOME"), QStringLiteral("/nonexistent"));
-    environment.remove(QStringLiteral("TAVRIL_LOG"));
+    // Nothing of a test is to stand in the log of this machine.
+    environment.insert(QStringLiteral("TAVRIL_LOG"), QStringLiteral("0"));
     process_.setProcessEnvironment(environment);
     process_.start(path, arguments);
   }
@@ -58,8 +59,22 @@ class Program {
     return firstLine();
   }
 
+  qint64 processId() const { return process_.processId(); }
+  /// Gives this to the standard input.
+  void type(const QByteArray &bytes) { process_.write(bytes); }
+  /// Waits until this has come on the standard output, behind what was waited for before.
+  bool showsNext(const std::string &text) {
+    return waitFor([&] {
+      outcome_.out += process_.readAllStandardOutput().toStdString();
+      const std::size_t found = outcome_.out.find(text, shown_);
+      if (found != std::string::npos) shown_ = found + text.size();
+      return found != std::string::npos;
+    });
+  }
+
   bool isRunning() const { return process_.state() != QProcess::NotRunning; }
   void terminate() { process_.terminate(); }
+  void kill() { process_.kill(); }
   /// As Ctrl-C does.
   void interrupt() { ::kill(static_cast<pid_t>(process_.processId()), SIGINT); }
 
@@ -78,6 +93,7 @@ class Program {
  private:
   QProcess process_;
   Outcome outcome_;
+  std::size_t shown_ = 0;
 };
 
 /// The application.

@@ -239,6 +239,49 @@ TEST_F(ConverterWindowsTest, OpeningTheListAgainShowsTheTableJustSaved) {
   EXPECT_EQ(table().rowCount(), 1);
 }
 
+TEST_F(ConverterWindowsTest, AnOpenListIsReadAnewWhenAConversionGoesToAnotherFolder) {
+  putTables();
+  list();
+  clickRow(0);
+  files_.put(QStringLiteral("/new/de.h"), "\"a\"=\"old\";\n");
+  chooseBoth();
+  answer("file:///new/ja.h", "ja");
+  click(converter(), "converter");
+  EXPECT_EQ(find<QLineEdit>(list(), "folder").text(), QStringLiteral("/new"));
+  ASSERT_EQ(table().rowCount(), 2);
+  EXPECT_EQ(table().item(1, 0)->text(), QStringLiteral("ja.h"));
+  EXPECT_FALSE(find(list(), "cancel").isEnabled()) << "nothing of it is selected yet";
+  click(list(), "cancel");
+  clickRow(0);
+  click(list(), "cancel");
+  EXPECT_TRUE(files_.contents.contains(QStringLiteral("/out/de.h")));
+  EXPECT_FALSE(files_.contents.contains(QStringLiteral("/new/de.h")));
+}
+
+TEST_F(ConverterWindowsTest, AnOpenListShowsTheTableThatAConversionPutsIntoItsFolder) {
+  putTables();
+  list();
+  chooseBoth();
+  answer("file:///out/ja.h", "ja");
+  click(converter(), "converter");
+  ASSERT_EQ(table().rowCount(), 3);
+  EXPECT_EQ(table().item(2, 0)->text(), QStringLiteral("ja.h"));
+}
+
+TEST_F(ConverterWindowsTest, AnAmpersandInATableIsShown) {
+  for (const char *key : {"choose_file", "convert", "close", "open_file", "delete_file", "key_file"}) {
+    strings_.texts.insert(QString::fromLatin1(key), QStringLiteral("R&D %1").arg(QString::fromLatin1(key)));
+  }
+  for (QWidget *window : {static_cast<QWidget *>(&converter()), static_cast<QWidget *>(&list())}) {
+    const auto buttons = window->findChildren<QPushButton *>();
+    EXPECT_GE(buttons.size(), 3);
+    for (const QPushButton *button : buttons) {
+      EXPECT_TRUE(button->text().startsWith(QStringLiteral("R&&D "))) << qPrintable(button->text());
+      EXPECT_TRUE(button->shortcut().isEmpty()) << qPrintable(button->text());
+    }
+  }
+}
+
 TEST_F(ConverterWindowsTest, EscapeAndTheCloseButtonCloseAWindowAndItCanBeOpenedAnew) {
   QTest::keyClick(&converter(), Qt::Key_Escape);
   EXPECT_TRUE(waitFor([this] { return !parent_.findChild<ConverterWindow *>(); }));

@@ -133,6 +133,35 @@ TEST_F(FileListViewTest, TheFolderIsAskedForEachTime) {
   EXPECT_EQ(list.hFiles(), QStringList("ja.h"));
 }
 
+TEST_F(FileListViewTest, ReadingAndDeletingActOnTheFolderThatWasListed) {
+  QString folder = QStringLiteral("/out");
+  TableFolder tables{[&] { return folder; }, [&](const QString &other) { folder = other; }};
+  FileListView list{table_, panels_, files_, tables, strings_, log_};
+  list.viewDidLoad();
+  files_.put(QStringLiteral("/other/de.h"), "\"a\"=\"z\";\n");
+  folder = QStringLiteral("/other");  // without a word to the list
+  log_.clear();
+  list.tableViewSelectionDidChange(0);
+  EXPECT_EQ(log_.lines().last(), QStringLiteral("\"a\"=\"x\";\n"));
+  list.cancel();
+  EXPECT_FALSE(files_.contents.contains(QStringLiteral("/out/de.h")));
+  EXPECT_TRUE(files_.contents.contains(QStringLiteral("/other/de.h"))) << "which it does not show";
+  EXPECT_EQ(list.hFiles(), QStringList("fr.h"));
+}
+
+TEST_F(FileListViewTest, AFileThatWasSelectedInAnotherFolderIsSelectedNoMore) {
+  QString folder = QStringLiteral("/out");
+  TableFolder tables{[&] { return folder; }, [&](const QString &other) { folder = other; }};
+  FileListView list{table_, panels_, files_, tables, strings_, log_};
+  list.viewDidLoad();
+  list.tableViewSelectionDidChange(0);
+  files_.put(QStringLiteral("/other/de.h"), "");
+  tables.setFilepath(QStringLiteral("/other"));
+  list.viewDidLoad();
+  list.cancel();
+  EXPECT_TRUE(files_.contents.contains(QStringLiteral("/other/de.h")));
+}
+
 TEST(TableFolder, IsTheDocumentsFolderBeforeAnyConversion) {
   QString remembered;
   TableFolder folder{[&] { return remembered; }, [&](const QString &path) { remembered = path; }};

@@ -64,6 +64,11 @@ class CheckIncludesTest(unittest.TestCase):
                          '#include "platform/Log.h"\n#include "protocol/Function.h"\n#include "serial/SerialPort.h"\n')
         self.assert_good("src/editor/Dial.cpp", '#include "app/AppDelegate.h"\n#include <QWidget>\n')
 
+    def test_a_header_of_a_newer_qt_is_judged_by_its_module(self):
+        self.assert_good("src/editor/Dial.cpp", "#include <QAccessibilityHints>\n")
+        self.check("src/editor/Dial.cpp", "")
+        self.assert_bad("src/serial/SerialPort.cpp", "#include <QAccessibilityHints>\n", "may not use QtGui")
+
     def test_main_may_use_everything(self):
         self.assert_good("src/app/main.cpp",
                          '#include "editor/Dial.h"\n#include "simulator/Servo.h"\n'

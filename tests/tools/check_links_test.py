@@ -20,8 +20,8 @@ class CheckLinksTest(unittest.TestCase):
         with open(path, "w", encoding="utf-8") as file:
             file.write(text)
 
-    def check(self):
-        return subprocess.run([TOOL, self.root], capture_output=True, text=True, check=False)
+    def check(self, **settings):
+        return subprocess.run([TOOL, self.root], capture_output=True, text=True, check=False, **settings)
 
     def expect_dead(self, text, reason):
         self.write("README.md", text)
@@ -59,6 +59,11 @@ class CheckLinksTest(unittest.TestCase):
         result = self.check()
         self.assertEqual(result.returncode, 0, result.stdout)
         self.expect_dead("```sh\n# E\n```\n[e](#e)\n", "no such heading")
+
+    def test_needs_no_git_where_there_is_no_repository(self):
+        self.write("README.md", "# A\n\n[b](gone.md)\n")
+        result = self.check(env={"PATH": os.path.join(self.root, "no-such-folder")})
+        self.assertEqual((result.returncode, result.stdout), (1, "README.md:3: gone.md: is not there\n"), result.stderr)
 
     def test_wants_documents_to_check(self):
         self.assertEqual(self.check().returncode, 2)

@@ -1,5 +1,5 @@
 // The kernel's record with free speeds has the same name parts as the C library's <termios.h>, and the two
-// headers cannot be read together: nothing but this call lives in this file.
+// headers cannot be read together: nothing but these calls live in this file.
 #include "platform/linux/ArbitrarySpeed.h"
 
 #include <cerrno>
@@ -10,6 +10,24 @@
 extern "C" int ioctl(int descriptor, unsigned long request, ...) noexcept;
 
 namespace tavril {
+
+bool isArbitrarySpeed(unsigned controlFlags) {
+  return (controlFlags & CBAUD) == BOTHER || (controlFlags & CIBAUD) == (BOTHER << IBSHIFT);
+}
+
+LineSpeeds speedsOf(int descriptor) {
+  struct termios2 settings {};
+  if (ioctl(descriptor, TCGETS2, &settings) != 0) return {};
+  return {settings.c_ispeed, settings.c_ospeed};
+}
+
+int setSpeedsOf(int descriptor, const LineSpeeds &speeds) {
+  struct termios2 settings {};
+  if (ioctl(descriptor, TCGETS2, &settings) != 0) return errno;
+  settings.c_ispeed = speeds.input;
+  settings.c_ospeed = speeds.output;
+  return ioctl(descriptor, TCSETS2, &settings) == 0 ? 0 : errno;
+}
 
 int setArbitrarySpeedOf(int descriptor, unsigned long baudRate) {
   if (baudRate == 0 || baudRate > 0x7FFFFFFF) return EINVAL;  // speed 0 would hang up the line

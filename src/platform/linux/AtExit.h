@@ -2,6 +2,7 @@
 
 #include "platform/ProcessExit.h"
 
+#include <functional>
 #include <mutex>
 #include <vector>
 

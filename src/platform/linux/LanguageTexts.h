@@ -3,6 +3,8 @@
 #include "platform/StringTable.h"
 
 #include <QHash>
+#include <QString>
+#include <QStringView>
 
 namespace tavril {
 

@@ -1,6 +1,7 @@
 #include "platform/linux/PaintWidgets.h"
 
 #include <QApplication>
+#include <QCoreApplication>
 #include <QEvent>
 #include <QWidget>
 

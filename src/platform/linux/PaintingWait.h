@@ -2,6 +2,7 @@
 
 #include "platform/BlockingWait.h"
 
+#include <chrono>
 #include <functional>
 
 namespace tavril {

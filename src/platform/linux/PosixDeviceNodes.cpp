@@ -2,10 +2,13 @@
 
 #include "platform/linux/NodeRights.h"
 
+#include <QByteArray>
 #include <QFile>
 #include <QFileInfo>
 
 #include <array>
+#include <cstdint>
+#include <set>
 #include <vector>
 
 #include <fcntl.h>

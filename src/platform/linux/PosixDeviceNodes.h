@@ -2,6 +2,8 @@
 
 #include "platform/DeviceNodes.h"
 
+#include <QString>
+
 namespace tavril {
 
 /// The nodes of this machine, with the user database for the names.

@@ -1,13 +1,17 @@
 #include "platform/linux/PosixPrivateFiles.h"
 
+#include <QByteArrayView>
 #include <QDir>
 #include <QFile>
+#include <QFileDevice>
 #include <QFileInfo>
+#include <QIODevice>
 
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/file.h>

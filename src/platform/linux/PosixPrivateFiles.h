@@ -2,6 +2,11 @@
 
 #include "platform/PrivateFiles.h"
 
+#include <QByteArray>
+#include <QString>
+
+#include <optional>
+
 namespace tavril {
 
 /// Private files by POSIX calls: folders get mode 0700, files 0600. A file is replaced by writing a new one

@@ -2,12 +2,20 @@
 
 #include "platform/Log.h"
 #include "platform/linux/ArbitrarySpeed.h"
+#include "platform/linux/NamedSpeeds.h"
+
+#include <QString>
 
 #include <array>
 #include <cerrno>
 #include <cstdint>
 #include <ctime>
+#include <future>
+#include <memory>
+#include <optional>
+#include <system_error>
 #include <thread>
+#include <utility>
 
 #include <fcntl.h>
 #include <linux/serial.h>
@@ -48,16 +56,41 @@ CallResult withGoneTranslated(CallResult result, int descriptor) {
   return result;
 }
 
+using Clock = std::chrono::steady_clock;
+
+/// Waits until the chip has sent what it has taken from the queue, at the latest until the deadline. The one
+/// call that knows of this cannot be told how long to wait, so it is made on a thread that may be left
+/// behind.
+void drainChip(int descriptor, Clock::time_point deadline) {
+  const int copy = ::fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+  if (copy < 0) return;
+  auto drained = std::make_shared<std::promise<void>>();
+  const auto isDrained = drained->get_future();
+  try {
+    std::thread([copy, drained] {
+      while (::tcdrain(copy) != 0 && errno == EINTR) {
+      }
+      ::close(copy);
+      drained->set_value();
+    }).detach();
+  } catch (const std::system_error &) {  // no thread to be had
+    ::close(copy);
+    return;
+  }
+  if (isDrained.wait_until(deadline) == std::future_status::timeout) ::tcflush(descriptor, TCOFLUSH);
+}
+
 void drain(int descriptor) {
-  const auto deadline = std::chrono::steady_clock::now() + PosixTerminalCalls::longestDrain;
+  const auto deadline = Clock::now() + PosixTerminalCalls::longestDrain;
   int queued = 0;
   while (::ioctl(descriptor, TIOCOUTQ, &queued) == 0 && queued > 0) {
-    if (std::chrono::steady_clock::now() >= deadline) {
+    if (Clock::now() >= deadline) {
       ::tcflush(descriptor, TCOFLUSH);
       return;
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(2));
   }
+  drainChip(descriptor, deadline);
 }
 
 /// Rights on a node that was made only just now, or whose rights were changed, may still be on their way.
@@ -85,10 +118,14 @@ CallResult openOnce(const std::string &path) {
 
 }  // namespace
 
+PosixTerminalCalls::PosixTerminalCalls(Log &log, Pause pause) : log_(log), pause_(std::move(pause)) {
+  if (!pause_) pause_ = [](std::chrono::milliseconds duration) { std::this_thread::sleep_for(duration); };
+}
+
 CallResult PosixTerminalCalls::open(const std::string &path) {
   CallResult opened = openOnce(path);
   while (opened.error == EACCES && areRightsSettling(path)) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    pause_(betweenAttempts);
     opened = openOnce(path);
   }
   return opened;
@@ -102,13 +139,16 @@ CallResult PosixTerminalCalls::lock(int descriptor) {
   int exclusive = 0;
   if (::ioctl(descriptor, TIOCGEXCL, &exclusive) == 0 && exclusive != 0) return CallResult::failure(EBUSY);
   if (::ioctl(descriptor, TIOCEXCL) != 0) return CallResult::failure(errno);
+  taken_->take(descriptor);
   return CallResult::success();
 }
 
 CallResult PosixTerminalCalls::unlock(int descriptor) {
   // The flag belongs to the terminal, not to the descriptor, so closing alone would leave it behind.
-  if (::ioctl(descriptor, TIOCNXCL) != 0) return CallResult::failure(errno);
-  return repeatedWhileInterrupted([&] { return ::flock(descriptor, LOCK_UN); });
+  const bool isShared = ::ioctl(descriptor, TIOCNXCL) == 0;
+  const int reason = errno;
+  const CallResult unlocked = repeatedWhileInterrupted([&] { return ::flock(descriptor, LOCK_UN); });
+  return isShared ? unlocked : CallResult::failure(reason);
 }
 
 CallResult PosixTerminalCalls::clearStatusFlags(int descriptor) {
@@ -125,20 +165,35 @@ CallResult PosixTerminalCalls::stopBlocking(int descriptor) {
   return read.failed() ? read : setAttributes(descriptor, WhenToApply::Now, same);
 }
 
+// A speed outside the fixed list is not in the record's flags. Its two fields for speeds carry it from here
+// to setAttributes(), so that settings that were read can be put back whole.
 CallResult PosixTerminalCalls::attributes(int descriptor, termios &attributes) {
-  return repeatedWhileInterrupted([&] { return ::tcgetattr(descriptor, &attributes); });
+  const CallResult read = repeatedWhileInterrupted([&] { return ::tcgetattr(descriptor, &attributes); });
+  if (!read.failed() && isArbitrarySpeed(attributes.c_cflag)) {
+    const LineSpeeds speeds = speedsOf(descriptor);
+    attributes.c_ispeed = speeds.input;
+    attributes.c_ospeed = speeds.output;
+  }
+  return read;
 }
 
 CallResult PosixTerminalCalls::setAttributes(int descriptor, WhenToApply when, const termios &attributes) {
   if (when == WhenToApply::AfterDrain) drain(descriptor);
-  return repeatedWhileInterrupted([&] { return ::tcsetattr(descriptor, TCSANOW, &attributes); });
+  const CallResult set =
+      repeatedWhileInterrupted([&] { return ::tcsetattr(descriptor, TCSANOW, &attributes); });
+  // Speed 0 would hang up the line.
+  const bool hasSpeeds = isArbitrarySpeed(attributes.c_cflag) && attributes.c_ospeed != 0;
+  if (set.failed() || !hasSpeeds) return set;
+  const int error = setSpeedsOf(descriptor, {attributes.c_ispeed, attributes.c_ospeed});
+  return error == 0 ? set : CallResult::failure(error);
 }
 
 CallResult PosixTerminalCalls::setSpeed(termios &attributes, unsigned long baudRate) {
-  // The C library also takes its own constants for speeds, 1 to 15 and 4097 to 4111; nobody means 9600 by 13.
-  const bool isConstant = baudRate <= B38400 || (baudRate >= B57600 && baudRate <= B4000000);
-  if (isConstant || baudRate > UINT32_MAX) return CallResult::failure(EINVAL);
-  if (::cfsetspeed(&attributes, static_cast<speed_t>(baudRate)) != 0) return CallResult::failure(errno);
+  // By the constant: not every C library takes a plain number, and some would take 13 for 9600.
+  const std::optional<speed_t> constant = constantOfSpeed(namedSpeeds(), baudRate);
+  if (!constant) return CallResult::failure(EINVAL);
+  if (::cfsetspeed(&attributes, *constant) != 0) return CallResult::failure(errno);
+  attributes.c_cflag &= ~static_cast<tcflag_t>(CIBAUD);  // no other speed for the input
   return CallResult::success();
 }
 
@@ -213,6 +268,7 @@ CallResult PosixTerminalCalls::write(int descriptor, std::span<const std::byte> 
 }
 
 CallResult PosixTerminalCalls::close(int descriptor) {
+  taken_->giveUp(descriptor);
   // This kernel has given the descriptor free whatever close() says, unless it was none: closing it again
   // could hit a file that another thread has just opened.
   if (::close(descriptor) == 0 || errno != EBADF) return CallResult::success();

@@ -1,8 +1,14 @@
 #pragma once
 
 #include "platform/TerminalCalls.h"
+#include "platform/linux/TakenLines.h"
 
 #include <atomic>
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <span>
+#include <string>
 
 namespace tavril {
 
@@ -13,13 +19,21 @@ class Log;
 /// ever. Thread-safe.
 class PosixTerminalCalls final : public TerminalCalls {
  public:
-  /// How long AfterDrain waits for the output before it drops what is left.
+  /// How long AfterDrain waits for the output, that in the chip included, before it drops what is left.
   static constexpr std::chrono::milliseconds longestDrain{1000};
   /// How long after a node was made, or its rights changed, open() asks again when it may not use it. The
   /// access list that gives a new device to whoever sits at the machine comes a moment after the device.
   static constexpr std::chrono::milliseconds rightsSettle{2000};
 
-  explicit PosixTerminalCalls(Log &log) : log_(log) {}
+  /// How long after each attempt the next is made.
+  static constexpr std::chrono::milliseconds betweenAttempts{50};
+  using Pause = std::function<void(std::chrono::milliseconds duration)>;
+
+  /// `pause`: what to do between these attempts, on whatever thread opens; none: only sleep.
+  explicit PosixTerminalCalls(Log &log, Pause pause = {});
+
+  /// The terminals between lock() and close(); the object may outlive this one.
+  std::shared_ptr<TakenLines> takenLines() const { return taken_; }
 
   CallResult open(const std::string &path) override;
   CallResult lock(int descriptor) override;
@@ -46,6 +60,8 @@ class PosixTerminalCalls final : public TerminalCalls {
   void noteMissingPins();
 
   Log &log_;
+  Pause pause_;
+  const std::shared_ptr<TakenLines> taken_ = std::make_shared<TakenLines>();
   std::atomic<bool> missingPinsNoted_ = false;
 };
 

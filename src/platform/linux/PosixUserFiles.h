@@ -2,6 +2,12 @@
 
 #include "platform/UserFiles.h"
 
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
 namespace tavril {
 
 /// The user's files by POSIX calls. New files and folders get the mode that the user's mask leaves of 0666

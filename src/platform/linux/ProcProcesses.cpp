@@ -3,7 +3,10 @@
 #include "platform/PrintableText.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
+#include <QFileInfoList>
+#include <QIODevice>
 
 #include <algorithm>
 

@@ -2,6 +2,12 @@
 
 #include "platform/Processes.h"
 
+#include <QString>
+#include <QStringList>
+
+#include <utility>
+#include <vector>
+
 namespace tavril {
 
 /// The programs as /proc shows them.

@@ -3,12 +3,14 @@
 #include "platform/linux/QtMainQueue.h"
 
 #include <QApplication>
+#include <QDialog>
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QMessageBox>
 #include <QPointer>
 #include <QStandardPaths>
+#include <QStringList>
 #include <QUrl>
 
 namespace tavril {

@@ -2,6 +2,8 @@
 
 #include "platform/FilePanels.h"
 
+#include <QString>
+
 class QFileDialog;
 
 namespace tavril {

@@ -1,5 +1,7 @@
 #include "platform/linux/QtMainQueue.h"
 
+#include <QObject>
+
 #include <cerrno>
 #include <cstdint>
 #include <cstring>

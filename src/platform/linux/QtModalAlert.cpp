@@ -1,26 +1,34 @@
 #include "platform/linux/QtModalAlert.h"
 
+#include "platform/PlainTitle.h"
 #include "platform/linux/QtMainQueue.h"
 
+#include <QAbstractButton>
 #include <QApplication>
+#include <QFont>
+#include <QIcon>
 #include <QLabel>
 #include <QLayout>
+#include <QList>
 #include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
+#include <QString>
+#include <QStringList>
+
+#include <QLatin1String>
 
 namespace tavril {
 
 namespace {
 
-/// A button's title without a mnemonic: "&" stands for itself.
-QString plainTitle(QString title) {
-  return title.replace(u'&', QStringLiteral("&&"));
-}
-
 // As wide as a sentence is comfortably read; a box breaks its second text far earlier by itself.
 constexpr int textWidth = 360;
 constexpr int edge = 24;  ///< round all
+
+// The box's own names of its labels. There is a third one, for the icon.
+constexpr QLatin1String messageName("qt_msgbox_label");
+constexpr QLatin1String informativeName("qt_msgbox_informativelabel");
 
 /// The message is the alert's title, and is set off as one where there is a text below it.
 void layOutMessage(QLabel &label, bool isTitle) {
@@ -39,11 +47,8 @@ void showPlain(QMessageBox &box, const AlertContent &content) {
   box.setInformativeText(content.informativeText);
   // The box does not hand its text format on to the second text, which would then guess whether it is markup.
   for (auto *label : box.findChildren<QLabel *>()) {
-    if (label->text() == content.messageText) {
-      layOutMessage(*label, !content.informativeText.isEmpty());
-    } else if (label->text() == content.informativeText) {
-      label->setMinimumWidth(textWidth);
-    }
+    if (label->objectName() == messageName) layOutMessage(*label, !content.informativeText.isEmpty());
+    if (label->objectName() == informativeName) label->setMinimumWidth(textWidth);
     label->setTextFormat(Qt::PlainText);
     label->setTextInteractionFlags(Qt::TextSelectableByMouse);
     label->setOpenExternalLinks(false);

@@ -2,6 +2,7 @@
 
 #include "platform/Timers.h"
 
+#include <memory>
 #include <vector>
 
 namespace tavril {

@@ -15,7 +15,7 @@ RegistryHandle RegistryTable::insert(Entry entry) {
 
 RegistryHandle RegistryTable::addWalk(const std::vector<DeviceProperties> &devices) {
   auto walk = std::make_unique<Walk>();
-  walk->devices.assign(devices.begin(), devices.end());
+  walk->runs.emplace_back(devices.begin(), devices.end());
   const std::lock_guard lock(mutex_);
   return insert({.walk = std::move(walk)});
 }
@@ -23,7 +23,7 @@ RegistryHandle RegistryTable::addWalk(const std::vector<DeviceProperties> &devic
 RegistryHandle RegistryTable::addWatch(DeviceEvent event, const std::vector<DeviceProperties> &devices,
                                        DeviceRegistry::Callback callback, DeviceRegistry::Context *context) {
   auto walk = std::make_unique<Walk>();
-  walk->devices.assign(devices.begin(), devices.end());
+  walk->runs.emplace_back(devices.begin(), devices.end());
   walk->watch = Watch{.event = event, .callback = std::move(callback), .context = context};
   const std::lock_guard lock(mutex_);
   return insert({.walk = std::move(walk)});
@@ -34,12 +34,15 @@ RegistryHandle RegistryTable::next(RegistryHandle walk) {
   const auto found = entries_.find(walk);
   if (found == entries_.end() || !found->second.walk) return 0;
   Walk &steps = *found->second.walk;
-  if (steps.devices.empty()) {
+  if (steps.runs.empty()) return 0;
+  Run &run = steps.runs.front();
+  if (run.empty()) {
+    steps.runs.pop_front();
     if (steps.watch) steps.watch->armed = true;
     return 0;
   }
-  DeviceProperties device = std::move(steps.devices.front());
-  steps.devices.pop_front();
+  DeviceProperties device = std::move(run.front());
+  run.pop_front();
   return insert({.device = std::move(device)});
 }
 
@@ -49,14 +52,27 @@ QString RegistryTable::property(RegistryHandle device, const QString &key) const
   return found == entries_.end() ? QString() : found->second.device.value(key);
 }
 
+/// True when the watch is to be called. Expects the lock.
+bool RegistryTable::add(Walk &walk, DeviceEvent event, const DeviceProperties &device) {
+  Watch &watch = *walk.watch;
+  if (watch.event != event) {
+    watch.runEnded = true;
+    return false;
+  }
+  const bool beginsRun = walk.runs.empty() || (watch.armed && watch.runEnded);
+  if (beginsRun) walk.runs.emplace_back();
+  walk.runs.back().push_back(device);
+  watch.runEnded = false;
+  return beginsRun;
+}
+
 void RegistryTable::announce(DeviceEvent event, const DeviceProperties &device) {
   std::vector<RegistryHandle> due;
   {
     const std::lock_guard lock(mutex_);
     for (auto &[handle, entry] : entries_) {
-      if (!entry.walk || !entry.walk->watch || entry.walk->watch->event != event) continue;
-      entry.walk->devices.push_back(device);
-      if (std::exchange(entry.walk->watch->armed, false)) due.push_back(handle);
+      if (!entry.walk || !entry.walk->watch) continue;
+      if (add(*entry.walk, event, device)) due.push_back(handle);
     }
   }
   for (const RegistryHandle handle : due) {

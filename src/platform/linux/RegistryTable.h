@@ -30,12 +30,15 @@ class RegistryTable {
                           DeviceRegistry::Callback callback, DeviceRegistry::Context *context);
 
   /// The walk's next device, owned by the caller; 0 at its end, which arms a watch, and for what is no walk.
+  /// A walk that announce() refilled ends after each run of devices that it called the watch for.
   RegistryHandle next(RegistryHandle walk);
   /// Null for a property that the device does not have, and for what is no device.
   QString property(RegistryHandle device, const QString &key) const;
 
-  /// Adds the device to every watch of this event, in the order of their making, and calls those that are
-  /// armed. A called watch is armed again once its walk has been walked to its end.
+  /// Adds the device to every watch of this event, in the order of their making, and calls the watch unless
+  /// it has been called for this run of devices and has not walked to the run's end yet. An event of another
+  /// kind ends the run. So who answers the calls of several watches in their order, however late, meets the
+  /// devices in the order in which they came and went.
   void announce(DeviceEvent event, const DeviceProperties &device);
 
   void retain(RegistryHandle handle);
@@ -50,10 +53,12 @@ class RegistryTable {
     DeviceEvent event;
     DeviceRegistry::Callback callback;
     DeviceRegistry::Context *context;
-    bool armed = false;
+    bool armed = false;     // once its first walk has been walked to the end
+    bool runEnded = false;  // by an event of another kind
   };
+  using Run = std::deque<DeviceProperties>;
   struct Walk {
-    std::deque<DeviceProperties> devices;
+    std::deque<Run> runs;
     std::optional<Watch> watch;
   };
   struct Entry {
@@ -63,6 +68,7 @@ class RegistryTable {
   };
 
   RegistryHandle insert(Entry entry);
+  static bool add(Walk &walk, DeviceEvent event, const DeviceProperties &device);
 
   mutable std::mutex mutex_;
   std::map<RegistryHandle, Entry> entries_;

@@ -4,9 +4,12 @@
 #include "platform/PrivateFiles.h"
 
 #include <QFile>
+#include <QFileDevice>
 #include <QFileInfo>
+#include <QIODevice>
 #include <QSettings>
 #include <QStandardPaths>
+#include <QVariant>
 
 #include <utility>
 
@@ -32,6 +35,7 @@ QString SettingsFile::standardPath() {
 }
 
 std::optional<QString> SettingsFile::value(const QString &key) const {
+  if (const auto unwritten = unwritten_.constFind(key); unwritten != unwritten_.cend()) return *unwritten;
   if (!QFileInfo::exists(path_) || !mayBeOpened()) return {};
   const QSettings settings(path_, QSettings::IniFormat);
   const QVariant found = settings.value(key);
@@ -46,6 +50,26 @@ std::optional<QString> SettingsFile::value(const QString &key) const {
 }
 
 bool SettingsFile::setValue(const QString &key, const QString &value) {
+  const bool isKept = write(key, value);
+  if (isKept) {
+    unwritten_.remove(key);
+  } else {
+    unwritten_.insert(key, value);
+  }
+  return isKept;
+}
+
+bool SettingsFile::remove(const QString &key) {
+  const bool isGone = erase(key);
+  if (isGone) {
+    unwritten_.remove(key);
+  } else {
+    unwritten_.insert(key, std::nullopt);
+  }
+  return isGone;
+}
+
+bool SettingsFile::write(const QString &key, const QString &value) {
   if (isLink() || !prepare()) return false;
   {
     QSettings settings(path_, QSettings::IniFormat);
@@ -61,7 +85,7 @@ bool SettingsFile::setValue(const QString &key, const QString &value) {
   return true;
 }
 
-bool SettingsFile::remove(const QString &key) {
+bool SettingsFile::erase(const QString &key) {
   if (!QFileInfo::exists(path_)) return true;
   if (isLink() || !mayBeOpened()) return false;
   QSettings settings(path_, QSettings::IniFormat);
@@ -89,7 +113,7 @@ bool SettingsFile::mayBeOpened() const {
 
 bool SettingsFile::isLink() const {
   if (!QFileInfo(path_).isSymLink()) return false;
-  complain(QStringLiteral("it is a link, through which nothing is written"));
+  complain(QStringLiteral("it is a symbolic link, and Tavril does not write to links"));
   return true;
 }
 
@@ -107,7 +131,7 @@ bool SettingsFile::prepare() {
 }
 
 void SettingsFile::complain(const QString &problem) const {
-  log_.write(QStringLiteral("Settings file %1: %2.").arg(path_, problem));
+  log_.warn(QStringLiteral("Settings file %1: %2.").arg(path_, problem));
 }
 
 }  // namespace tavril

@@ -1,5 +1,9 @@
 #include "platform/linux/StreamLog.h"
 
+#include <QByteArray>
+#include <QChar>
+#include <QMessageLogger>
+
 namespace tavril {
 
 namespace {
@@ -30,7 +34,7 @@ QString StreamLog::printable(const QString &line) {
     } else if (character == u'\t' || !isSteering(character)) {
       shown += character;
     } else {
-      shown += QStringLiteral("\\u%1").arg(character.unicode(), 4, 16, QChar(u'0'));
+      shown += QStringLiteral("\\u%1").arg(int{character.unicode()}, 4, 16, QChar(u'0'));
     }
   }
   return shown;

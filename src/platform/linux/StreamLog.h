@@ -3,6 +3,7 @@
 #include "platform/Log.h"
 
 #include <QLoggingCategory>
+#include <QString>
 
 namespace tavril {
 

@@ -3,9 +3,12 @@
 #include "platform/Log.h"
 #include "platform/StringTableFile.h"
 
+#include <QByteArray>
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <QFileDevice>
+#include <QIODevice>
 #include <QRegularExpression>
 #include <QStandardPaths>
 
@@ -133,18 +136,18 @@ void StringTables::readFolder(const QString &folder, const QString &suffix, Log 
     const QString path = directory.filePath(name);
     const QString language = name.chopped(suffix.size());
     if (!isLanguage(language)) {
-      log.write(QStringLiteral("%1: not named after a language").arg(path));
+      log.warn(QStringLiteral("%1: not named after a language").arg(path));
       continue;
     }
     QString problem;
     const QByteArray bytes = readTable(path, problem);
     if (!problem.isEmpty()) {
-      log.write(QStringLiteral("%1: %2").arg(path, problem));
+      log.warn(QStringLiteral("%1: %2").arg(path, problem));
       continue;
     }
     const StringTableFile file = StringTableFile::parse(bytes);
     for (const StringTableFile::Problem &fault : file.problems()) {
-      log.write(QStringLiteral("%1:%2: %3").arg(path).arg(fault.line).arg(fault.what));
+      log.warn(QStringLiteral("%1:%2: %3").arg(path).arg(fault.line).arg(fault.what));
     }
     tables_[language].add(file.entries());
   }

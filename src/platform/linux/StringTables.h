@@ -4,7 +4,9 @@
 #include "platform/StringTable.h"
 #include "platform/linux/LanguageTexts.h"
 
+#include <QString>
 #include <QStringList>
+#include <QStringView>
 
 #include <map>
 

@@ -2,6 +2,11 @@
 
 #include "platform/Background.h"
 
+#include <QString>
+
+#include <chrono>
+#include <memory>
+
 namespace tavril {
 
 class WorkerThreads;

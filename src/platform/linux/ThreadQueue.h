@@ -3,8 +3,12 @@
 #include "platform/Background.h"
 #include "platform/linux/QueueTimer.h"
 
+#include <QString>
+
+#include <chrono>
 #include <condition_variable>
 #include <deque>
+#include <memory>
 #include <mutex>
 #include <thread>
 #include <vector>

@@ -2,7 +2,9 @@
 
 #include "platform/Background.h"
 
+#include <chrono>
 #include <condition_variable>
+#include <functional>
 #include <mutex>
 #include <stop_token>
 

@@ -3,14 +3,17 @@
 #include "platform/linux/UdevTty.h"
 
 #include <QFile>
+#include <QObject>
 #include <QSocketNotifier>
 
 #include <libudev.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <set>
 #include <string_view>
 #include <utility>
 
@@ -41,6 +44,25 @@ bool isInSoftwareOnly(const std::filesystem::path &place) {
 /// The node of a device of this name, in which an exclamation mark stands for a slash.
 QString nodeNamed(const std::filesystem::path &name) {
   return QStringLiteral("/dev/") + QFile::decodeName(name.c_str()).replace(u'!', u'/');
+}
+
+/// By what a device keeps as long as it is there.
+bool isSameDevice(const DeviceProperties &one, const DeviceProperties &other) {
+  constexpr std::array keys{+DeviceKey::calloutDevice, +DeviceKey::vendorId, +DeviceKey::productId,
+                            +DeviceKey::serialNumber};
+  return std::ranges::all_of(keys, [&](const char16_t *key) {
+    return one.value(QString::fromUtf16(key)) == other.value(QString::fromUtf16(key));
+  });
+}
+
+bool isIn(const std::map<std::string, DeviceProperties> &devices, const std::string &place,
+          const DeviceProperties &properties) {
+  const auto found = devices.find(place);
+  return found != devices.end() && isSameDevice(found->second, properties);
+}
+
+QString nodeOf(const DeviceProperties &properties) {
+  return properties.value(QString::fromUtf16(DeviceKey::calloutDevice));
 }
 
 QString because(const QString &path, const QString &reason) {
@@ -222,17 +244,20 @@ bool UdevDeviceRegistry::startMonitor() {
 }
 
 void UdevDeviceRegistry::receiveEvents() {
+  bool haveSomeBeenLost = false;
   for (;;) {
     errno = 0;
     const DevicePointer device(udev_monitor_receive_device(monitor_.get()));
     if (device) {
       handleEvent(device.get());
     } else if (errno == ENOBUFS) {
-      reportDifferences();
+      // The kernel says so before it hands over what is still queued, which is older than what was lost.
+      haveSomeBeenLost = true;
     } else if (errno != EINTR) {
-      return;
+      break;
     }
   }
+  if (haveSomeBeenLost) reportDifferences();
 }
 
 void UdevDeviceRegistry::handleEvent(udev_device *device) {
@@ -257,11 +282,17 @@ void UdevDeviceRegistry::reportDifferences() {
   for (Listed &device : *devices) now.emplace(std::move(device.place), std::move(device.properties));
   const auto before = std::exchange(known_, now);
   // Those gone first: a device that came may have taken over the node of one that went.
+  // And another adapter in the same socket has the place of the one before.
+  std::set<QString> nodesGone;
   for (const auto &[place, properties] : before) {
-    if (!now.contains(place)) table_.announce(DeviceEvent::Terminated, properties);
+    if (isIn(now, place, properties)) continue;
+    table_.announce(DeviceEvent::Terminated, properties);
+    nodesGone.insert(nodeOf(properties));
   }
+  // A device may be known already that came to the node of one whose going was lost.
   for (const auto &[place, properties] : now) {
-    if (!before.contains(place)) table_.announce(DeviceEvent::Published, properties);
+    if (isIn(before, place, properties) && !nodesGone.contains(nodeOf(properties))) continue;
+    table_.announce(DeviceEvent::Published, properties);
   }
 }
 

@@ -11,16 +11,12 @@
 namespace tavril {
 namespace {
 
-QString text(const char *utf8) {
-  return QString::fromUtf8(utf8);
-}
-
 QString key(const char16_t *name) {
   return QString::fromUtf16(name);
 }
 
 QString propertyOf(udev_device *device, const char *name) {
-  return text(udev_device_get_property_value(device, name));
+  return QString::fromUtf8(udev_device_get_property_value(device, name));
 }
 
 /// The driver of the nearest ancestor that has one. Newer kernels put two devices of their own between a
@@ -28,8 +24,9 @@ QString propertyOf(udev_device *device, const char *name) {
 QString driverOf(udev_device *terminal) {
   for (udev_device *parent = udev_device_get_parent(terminal); parent != nullptr;
        parent = udev_device_get_parent(parent)) {
-    QString driver = text(udev_device_get_driver(parent));
-    if (!driver.isEmpty() && text(udev_device_get_subsystem(parent)) != u"serial-base") return driver;
+    QString driver = QString::fromUtf8(udev_device_get_driver(parent));
+    if (!driver.isEmpty() && QString::fromUtf8(udev_device_get_subsystem(parent)) != u"serial-base")
+      return driver;
   }
   return {};
 }
@@ -38,8 +35,9 @@ QString driverOf(udev_device *terminal) {
 /// them; the kernel gives the type 0 to those at whose address nothing answered.
 bool isPhantom(udev_device *terminal) {
   udev_device *platform = udev_device_get_parent_with_subsystem_devtype(terminal, "platform", nullptr);
-  if (platform == nullptr || text(udev_device_get_driver(platform)) != u"serial8250") return false;
-  const QString type = text(udev_device_get_sysattr_value(terminal, "type")).trimmed();
+  if (platform == nullptr || QString::fromUtf8(udev_device_get_driver(platform)) != u"serial8250")
+    return false;
+  const QString type = QString::fromUtf8(udev_device_get_sysattr_value(terminal, "type")).trimmed();
   return type.isEmpty() || type == u"0";
 }
 
@@ -59,7 +57,7 @@ void setIfThere(DeviceProperties &properties, const char16_t *name, const QStrin
 }  // namespace
 
 QString nodeOf(udev_device *terminal) {
-  return text(udev_device_get_devnode(terminal));
+  return QString::fromUtf8(udev_device_get_devnode(terminal));
 }
 
 bool isSerialDevice(udev_device *terminal) {
@@ -69,11 +67,11 @@ bool isSerialDevice(udev_device *terminal) {
 
 DeviceProperties describeTerminal(udev_device *terminal) {
   DeviceProperties properties;
-  const QString kernelName = text(udev_device_get_sysname(terminal));
+  const QString kernelName = QString::fromUtf8(udev_device_get_sysname(terminal));
   const QString driver = driverOf(terminal);
   setIfThere(properties, DeviceKey::driver, driver);
   if (udev_device_get_parent_with_subsystem_devtype(terminal, "usb", "usb_device") == nullptr) {
-    const QString number = text(udev_device_get_sysnum(terminal));
+    const QString number = QString::fromUtf8(udev_device_get_sysnum(terminal));
     setNames(properties, nodeOf(terminal), kernelName.chopped(number.size()), number);
     return properties;
   }

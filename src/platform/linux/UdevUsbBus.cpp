@@ -4,6 +4,9 @@
 #include "platform/PrintableText.h"
 #include "platform/linux/UdevTty.h"
 
+#include <QString>
+#include <QStringView>
+
 #include <libudev.h>
 
 #include <algorithm>
@@ -21,10 +24,6 @@ namespace {
 /// Makers of the chips in serial adapters, and the module that drives them.
 constexpr std::pair<const char16_t *, const char16_t *> makers[] = {
     {u"0403", u"ftdi_sio"}, {u"10c4", u"cp210x"}, {u"1a86", u"ch341"}, {u"067b", u"pl2303"}};
-
-QString text(const char *utf8) {
-  return QString::fromUtf8(utf8);
-}
 
 QString usualDriverOf(const QString &vendorId) {
   const auto *maker =
@@ -52,7 +51,7 @@ std::string placeOf(udev_device *usbDevice) {
 }
 
 QString lastingNameOf(udev_device *terminal) {
-  const QString links = text(udev_device_get_property_value(terminal, "DEVLINKS"));
+  const QString links = QString::fromUtf8(udev_device_get_property_value(terminal, "DEVLINKS"));
   for (const QString &link : links.split(u' ', Qt::SkipEmptyParts)) {
     if (link.startsWith(u"/dev/serial/by-id/")) return link;
   }
@@ -78,7 +77,7 @@ UsbAdapter adapterOf(udev_device *terminal) {
 UsbAdapter adapterWithoutTerminal(udev_device *interface, udev_device *usbDevice) {
   UsbAdapter adapter;
   const auto attribute = [](udev_device *device, const char *name) {
-    return printableText(text(udev_device_get_sysattr_value(device, name)).trimmed());
+    return printableText(QString::fromUtf8(udev_device_get_sysattr_value(device, name)).trimmed());
   };
   const QString vendorId = attribute(usbDevice, "idVendor");
   const bool isModem =
@@ -89,7 +88,7 @@ UsbAdapter adapterWithoutTerminal(udev_device *interface, udev_device *usbDevice
   adapter.serialNumber = attribute(usbDevice, "serial");
   adapter.vendorId = vendorId;
   adapter.productId = attribute(usbDevice, "idProduct");
-  adapter.driver = text(udev_device_get_driver(interface));
+  adapter.driver = QString::fromUtf8(udev_device_get_driver(interface));
   return adapter;
 }
 
@@ -108,7 +107,7 @@ std::vector<UsbAdapter> UdevUsbBus::serialAdapters() const {
     adapters.push_back(adapterOf(terminal));
   });
   eachOf(udev.get(), "usb", [&](udev_device *device) {
-    if (text(udev_device_get_devtype(device)) != u"usb_interface") return;
+    if (QString::fromUtf8(udev_device_get_devtype(device)) != u"usb_interface") return;
     udev_device *usbDevice = udev_device_get_parent_with_subsystem_devtype(device, "usb", "usb_device");
     const std::string place = placeOf(usbDevice);
     if (place.empty() || shown.contains(place)) return;

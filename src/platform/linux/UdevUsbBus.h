@@ -2,6 +2,8 @@
 
 #include "platform/UsbBus.h"
 
+#include <vector>
+
 namespace tavril {
 
 /// The USB bus as udev knows it. An adapter counts as one for serial lines when it has a terminal, when its

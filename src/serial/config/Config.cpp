@@ -3,6 +3,7 @@
 #include "platform/Desktop.h"
 #include "platform/Log.h"
 #include "platform/NotificationCenter.h"
+#include "platform/PlainTitle.h"
 #include "platform/ScreenElement.h"
 #include "platform/StringTable.h"
 #include "platform/TextChange.h"
@@ -15,6 +16,8 @@
 
 #include <QComboBox>
 #include <QPushButton>
+
+#include <QLatin1String>
 
 namespace tavril {
 
@@ -77,9 +80,9 @@ Config::~Config() {
 void Config::viewDidLoad() {
   setWindowTitle(desktop_.strings.text(u"port_setting"));
   ui_->parameter->setText(desktop_.strings.text(u"config_parameter"));
-  ui_->serialport->setText(desktop_.strings.text(u"config_serialport"));
-  ui_->doneBT->setText(desktop_.strings.text(u"Confirm"));
-  ui_->cancel->setText(desktop_.strings.text(u"CancelBT"));
+  ui_->serialport->setText(plainTitle(desktop_.strings.text(u"config_serialport")));
+  ui_->doneBT->setText(plainTitle(desktop_.strings.text(u"Confirm")));
+  ui_->cancel->setText(plainTitle(desktop_.strings.text(u"CancelBT")));
 }
 
 int Config::numberOfItemsInComboBox(const QComboBox &) {

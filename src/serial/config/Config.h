@@ -3,6 +3,8 @@
 #include "serial/config/PortSight.h"
 
 #include <QDialog>
+#include <QString>
+#include <QWidget>
 
 #include <memory>
 #include <vector>

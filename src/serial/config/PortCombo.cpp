@@ -4,6 +4,10 @@
 
 #include <QAbstractItemView>
 #include <QPainter>
+#include <QPalette>
+#include <QPen>
+#include <QPointF>
+#include <QPolygonF>
 
 #include <algorithm>
 

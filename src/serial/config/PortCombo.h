@@ -1,6 +1,8 @@
 #pragma once
 
 #include <QComboBox>
+#include <QPaintEvent>
+#include <QWidget>
 
 namespace tavril {
 

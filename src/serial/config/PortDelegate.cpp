@@ -2,6 +2,11 @@
 
 #include <QApplication>
 #include <QPainter>
+#include <QPalette>
+#include <QRect>
+#include <QString>
+#include <QStyle>
+#include <QWidget>
 
 #include <algorithm>
 

@@ -1,5 +1,9 @@
 #pragma once
 
+#include <QModelIndex>
+#include <QPainter>
+#include <QSize>
+#include <QStyleOptionViewItem>
 #include <QStyledItemDelegate>
 
 namespace tavril {

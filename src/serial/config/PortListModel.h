@@ -1,6 +1,10 @@
 #pragma once
 
 #include <QAbstractListModel>
+#include <QModelIndex>
+#include <QObject>
+#include <QString>
+#include <QVariant>
 
 #include <functional>
 

@@ -9,6 +9,8 @@
 namespace tavril {
 namespace {
 
+using namespace Qt::StringLiterals;
+
 using Center = UserNotificationCenter;
 
 class NotedDelegate : public UserNotificationCenterDelegate {
@@ -49,10 +51,10 @@ class DesktopNotificationsTest : public testing::Test {
 TEST_F(DesktopNotificationsTest, TitleAndTextReachTheService) {
   bus_.startNotificationService();
   DesktopNotifications center(bus_.connection());
-  deliver(center, {.title = u"Serial Port Connected"_qs,
-                   .informativeText = u"ttyUSB0 was connected."_qs,
-                   .soundName = u"default"_qs});
-  const auto calls = bus_.callsOf(u"Notify"_qs);
+  deliver(center, {.title = u"Serial Port Connected"_s,
+                   .informativeText = u"ttyUSB0 was connected."_s,
+                   .soundName = u"default"_s});
+  const auto calls = bus_.callsOf(u"Notify"_s);
   ASSERT_EQ(calls.size(), 1U);
   const QVariantList &call = calls.front();
   ASSERT_EQ(call.size(), 8);
@@ -67,20 +69,20 @@ TEST_F(DesktopNotificationsTest, TitleAndTextReachTheService) {
 }
 
 TEST_F(DesktopNotificationsTest, TextIsEscapedForAServiceThatReadsMarkup) {
-  bus_.startNotificationService(u"body body-markup"_qs);
+  bus_.startNotificationService(u"body body-markup"_s);
   DesktopNotifications center(bus_.connection());
-  deliver(center, silent(u"<A> & B"_qs, u"<b>1</b> & 2"_qs));
-  const auto calls = bus_.callsOf(u"Notify"_qs);
+  deliver(center, silent(u"<A> & B"_s, u"<b>1</b> & 2"_s));
+  const auto calls = bus_.callsOf(u"Notify"_s);
   ASSERT_EQ(calls.size(), 1U);
   EXPECT_EQ(calls.front()[3].toString(), u"<A> & B");
   EXPECT_EQ(calls.front()[4].toString(), u"&lt;b&gt;1&lt;/b&gt; &amp; 2");
 }
 
 TEST_F(DesktopNotificationsTest, TextIsLeftAloneForAServiceThatReadsPlainText) {
-  bus_.startNotificationService(u"body"_qs);
+  bus_.startNotificationService(u"body"_s);
   DesktopNotifications center(bus_.connection());
-  deliver(center, silent(u"A"_qs, u"<b>1</b> & 2"_qs));
-  const auto calls = bus_.callsOf(u"Notify"_qs);
+  deliver(center, silent(u"A"_s, u"<b>1</b> & 2"_s));
+  const auto calls = bus_.callsOf(u"Notify"_s);
   ASSERT_EQ(calls.size(), 1U);
   EXPECT_EQ(calls.front()[4].toString(), u"<b>1</b> & 2");
 }
@@ -88,10 +90,10 @@ TEST_F(DesktopNotificationsTest, TextIsLeftAloneForAServiceThatReadsPlainText) {
 TEST_F(DesktopNotificationsTest, WithoutASoundNameItIsSilent) {
   bus_.startNotificationService();
   DesktopNotifications center(bus_.connection());
-  deliver(center, silent(u"A"_qs));
-  const auto calls = bus_.callsOf(u"Notify"_qs);
+  deliver(center, silent(u"A"_s));
+  const auto calls = bus_.callsOf(u"Notify"_s);
   ASSERT_EQ(calls.size(), 1U);
-  EXPECT_EQ(calls.front()[6].toMap(), QVariantMap({{u"suppress-sound"_qs, true}}));
+  EXPECT_EQ(calls.front()[6].toMap(), QVariantMap({{u"suppress-sound"_s, true}}));
 }
 
 TEST_F(DesktopNotificationsTest, TheDelegateIsToldTheIdentifierOfEach) {
@@ -99,12 +101,12 @@ TEST_F(DesktopNotificationsTest, TheDelegateIsToldTheIdentifierOfEach) {
   DesktopNotifications center(bus_.connection());
   const auto delegate = std::make_shared<NotedDelegate>();
   center.setDelegate(delegate);
-  center.deliver(silent(u"A"_qs, u"a"_qs));
-  center.deliver(silent(u"B"_qs));
+  center.deliver(silent(u"A"_s, u"a"_s));
+  center.deliver(silent(u"B"_s));
   EXPECT_TRUE(delegate->delivered.empty());
   ASSERT_TRUE(waitFor([&] { return delegate->delivered.size() == 2; }));
   EXPECT_EQ(delegate->told, &center);
-  EXPECT_EQ(delegate->asked, QStringList({u"A"_qs, u"B"_qs}));
+  EXPECT_EQ(delegate->asked, QStringList({u"A"_s, u"B"_s}));
   EXPECT_EQ(delegate->delivered[0].title, u"A");
   EXPECT_EQ(delegate->delivered[0].informativeText, u"a");
   EXPECT_EQ(delegate->delivered[0].identifier, 1U);
@@ -118,12 +120,12 @@ TEST_F(DesktopNotificationsTest, ADelegateThatAnswersNoKeepsItBack) {
   const auto delegate = std::make_shared<NotedDelegate>();
   center.setDelegate(delegate);
   delegate->answer = false;
-  center.deliver(silent(u"A"_qs));
+  center.deliver(silent(u"A"_s));
   delegate->answer = true;
-  center.deliver(silent(u"B"_qs));
+  center.deliver(silent(u"B"_s));
   ASSERT_TRUE(waitFor([&] { return !delegate->delivered.empty(); }));
-  EXPECT_EQ(delegate->asked, QStringList({u"A"_qs, u"B"_qs}));
-  const auto calls = bus_.callsOf(u"Notify"_qs);
+  EXPECT_EQ(delegate->asked, QStringList({u"A"_s, u"B"_s}));
+  const auto calls = bus_.callsOf(u"Notify"_s);
   ASSERT_EQ(calls.size(), 1U);
   EXPECT_EQ(calls.front()[3].toString(), u"B");
 }
@@ -131,8 +133,8 @@ TEST_F(DesktopNotificationsTest, ADelegateThatAnswersNoKeepsItBack) {
 TEST_F(DesktopNotificationsTest, WithoutADelegateItIsDelivered) {
   bus_.startNotificationService();
   DesktopNotifications center(bus_.connection());
-  center.deliver(silent(u"A"_qs));
-  EXPECT_TRUE(waitFor([&] { return bus_.callsOf(u"Notify"_qs).size() == 1; }));
+  center.deliver(silent(u"A"_s));
+  EXPECT_TRUE(waitFor([&] { return bus_.callsOf(u"Notify"_s).size() == 1; }));
 }
 
 TEST_F(DesktopNotificationsTest, ADelegateThatIsGoneIsNotTold) {
@@ -141,21 +143,21 @@ TEST_F(DesktopNotificationsTest, ADelegateThatIsGoneIsNotTold) {
   auto delegate = std::make_shared<NotedDelegate>();
   const std::weak_ptr<NotedDelegate> seen = delegate;
   center.setDelegate(delegate);
-  center.deliver(silent(u"A"_qs));
+  center.deliver(silent(u"A"_s));
   delegate.reset();
   EXPECT_TRUE(seen.expired());
   // The answer to the first comes before that to the second.
   DesktopNotifications other(bus_.connection());
-  EXPECT_EQ(deliver(other, silent(u"B"_qs)).identifier, 2U);
+  EXPECT_EQ(deliver(other, silent(u"B"_s)).identifier, 2U);
 }
 
 TEST_F(DesktopNotificationsTest, RemovingClosesTheNotification) {
   bus_.startNotificationService();
   DesktopNotifications center(bus_.connection());
-  deliver(center, silent(u"A"_qs));
-  center.removeDeliveredNotification(deliver(center, silent(u"B"_qs)));
-  ASSERT_TRUE(waitFor([&] { return !bus_.callsOf(u"CloseNotification"_qs).empty(); }));
-  const auto calls = bus_.callsOf(u"CloseNotification"_qs);
+  deliver(center, silent(u"A"_s));
+  center.removeDeliveredNotification(deliver(center, silent(u"B"_s)));
+  ASSERT_TRUE(waitFor([&] { return !bus_.callsOf(u"CloseNotification"_s).empty(); }));
+  const auto calls = bus_.callsOf(u"CloseNotification"_s);
   ASSERT_EQ(calls.size(), 1U);
   ASSERT_EQ(calls.front().size(), 1);
   EXPECT_EQ(calls.front().front().toUInt(), 2U);
@@ -164,9 +166,9 @@ TEST_F(DesktopNotificationsTest, RemovingClosesTheNotification) {
 TEST_F(DesktopNotificationsTest, WhatWasNotDeliveredIsNotClosed) {
   bus_.startNotificationService();
   DesktopNotifications center(bus_.connection());
-  center.removeDeliveredNotification(silent(u"A"_qs));
-  deliver(center, silent(u"B"_qs));
-  EXPECT_TRUE(bus_.callsOf(u"CloseNotification"_qs).empty());
+  center.removeDeliveredNotification(silent(u"A"_s));
+  deliver(center, silent(u"B"_s));
+  EXPECT_TRUE(bus_.callsOf(u"CloseNotification"_s).empty());
 }
 
 TEST_F(DesktopNotificationsTest, AnAnswerAfterItsEndIsDropped) {
@@ -175,49 +177,49 @@ TEST_F(DesktopNotificationsTest, AnAnswerAfterItsEndIsDropped) {
   {
     DesktopNotifications center(bus_.connection());
     center.setDelegate(delegate);
-    center.deliver(silent(u"A"_qs));
+    center.deliver(silent(u"A"_s));
   }
   DesktopNotifications other(bus_.connection());
-  EXPECT_EQ(deliver(other, silent(u"B"_qs)).identifier, 1U);
+  EXPECT_EQ(deliver(other, silent(u"B"_s)).identifier, 1U);
   EXPECT_TRUE(delegate->delivered.empty());
 }
 
 TEST_F(DesktopNotificationsTest, NoServiceIsStartedOnlyToCloseANotification) {
   bus_.offerNotificationService();
   DesktopNotifications center(bus_.connection());
-  UserNotification delivered = silent(u"A"_qs);
+  UserNotification delivered = silent(u"A"_s);
   delivered.identifier = 1;
   center.removeDeliveredNotification(delivered);
-  deliver(center, silent(u"B"_qs));
-  EXPECT_TRUE(bus_.callsOf(u"CloseNotification"_qs).empty());
+  deliver(center, silent(u"B"_s));
+  EXPECT_TRUE(bus_.callsOf(u"CloseNotification"_s).empty());
 }
 
 TEST_F(DesktopNotificationsTest, ANotificationThatTheServiceRefusesIsNotTold) {
   bus_.startNotificationService();
   bus_.replaceMethod(
-      u"Notify"_qs, u"susssasa{sv}i"_qs, u"u"_qs,
-      u"if args[3] == 'A': raise dbus.exceptions.DBusException('no', name='test.No')\nret = 7"_qs);
+      u"Notify"_s, u"susssasa{sv}i"_s, u"u"_s,
+      u"if args[3] == 'A': raise dbus.exceptions.DBusException('no', name='test.No')\nret = 7"_s);
   DesktopNotifications center(bus_.connection());
   const auto delegate = std::make_shared<NotedDelegate>();
   center.setDelegate(delegate);
-  center.deliver(silent(u"A"_qs));
-  center.deliver(silent(u"B"_qs));
+  center.deliver(silent(u"A"_s));
+  center.deliver(silent(u"B"_s));
   ASSERT_TRUE(waitFor([&] { return !delegate->delivered.empty(); }));
   EXPECT_EQ(delegate->delivered.front().title, u"B");
   EXPECT_EQ(delegate->delivered.front().identifier, 7U);
-  EXPECT_EQ(bus_.callsOf(u"Notify"_qs).size(), 2U);
+  EXPECT_EQ(bus_.callsOf(u"Notify"_s).size(), 2U);
 }
 
 TEST_F(DesktopNotificationsTest, AServiceThatDoesNotTellItsCapabilitiesIsSentNothing) {
   bus_.startNotificationService();
-  bus_.replaceMethod(u"GetCapabilities"_qs, QString(), u"as"_qs,
-                     u"raise dbus.exceptions.DBusException('no', name='test.No')"_qs);
+  bus_.replaceMethod(u"GetCapabilities"_s, QString(), u"as"_s,
+                     u"raise dbus.exceptions.DBusException('no', name='test.No')"_s);
   DesktopNotifications center(bus_.connection());
-  center.deliver(silent(u"A"_qs));
-  ASSERT_TRUE(waitFor([&] { return bus_.callsOf(u"GetCapabilities"_qs).size() == 1; }));
-  bus_.replaceMethod(u"GetCapabilities"_qs, QString(), u"as"_qs, u"ret = ['body']"_qs);
-  deliver(center, silent(u"B"_qs));
-  const auto calls = bus_.callsOf(u"Notify"_qs);
+  center.deliver(silent(u"A"_s));
+  ASSERT_TRUE(waitFor([&] { return bus_.callsOf(u"GetCapabilities"_s).size() == 1; }));
+  bus_.replaceMethod(u"GetCapabilities"_s, QString(), u"as"_s, u"ret = ['body']"_s);
+  deliver(center, silent(u"B"_s));
+  const auto calls = bus_.callsOf(u"Notify"_s);
   ASSERT_EQ(calls.size(), 1U);
   EXPECT_EQ(calls.front()[3].toString(), u"B");
 }
@@ -233,39 +235,38 @@ TEST_F(DesktopNotificationsTest, AServiceThatTheBusCanStartIsAvailable) {
   bus_.offerNotificationService();
   DesktopNotifications center(bus_.connection());
   EXPECT_TRUE(center.isAvailable());
-  EXPECT_EQ(deliver(center, silent(u"A"_qs)).identifier, 1U);
+  EXPECT_EQ(deliver(center, silent(u"A"_s)).identifier, 1U);
 }
 
 TEST_F(DesktopNotificationsTest, NothingHappensWithoutAService) {
   DesktopNotifications center(bus_.connection());
   const auto delegate = std::make_shared<NotedDelegate>();
   center.setDelegate(delegate);
-  center.deliver(silent(u"A"_qs));
-  UserNotification delivered = silent(u"B"_qs);
+  center.deliver(silent(u"A"_s));
+  UserNotification delivered = silent(u"B"_s);
   delivered.identifier = 1;
   center.removeDeliveredNotification(delivered);
   bus_.startNotificationService();
-  EXPECT_EQ(deliver(center, silent(u"C"_qs)).identifier, 1U);
+  EXPECT_EQ(deliver(center, silent(u"C"_s)).identifier, 1U);
   EXPECT_TRUE(delegate->delivered.empty());
-  EXPECT_TRUE(bus_.callsOf(u"CloseNotification"_qs).empty());
+  EXPECT_TRUE(bus_.callsOf(u"CloseNotification"_s).empty());
 }
 
 TEST_F(DesktopNotificationsTest, NothingHappensWithoutABus) {
-  const QDBusConnection none =
-      QDBusConnection::connectToBus(u"unix:path=/nowhere/bus"_qs, u"no bus at all"_qs);
+  const QDBusConnection none = QDBusConnection::connectToBus(u"unix:path=/nowhere/bus"_s, u"no bus at all"_s);
   DesktopNotifications center(none);
   EXPECT_FALSE(center.isAvailable());
   const auto delegate = std::make_shared<NotedDelegate>();
   center.setDelegate(delegate);
-  center.deliver(silent(u"A"_qs));
-  UserNotification delivered = silent(u"B"_qs);
+  center.deliver(silent(u"A"_s));
+  UserNotification delivered = silent(u"B"_s);
   delivered.identifier = 1;
   center.removeDeliveredNotification(delivered);
   // What is delivered on a real bus afterwards is told after all that could still have come of this.
   bus_.startNotificationService();
   DesktopNotifications other(bus_.connection());
-  deliver(other, silent(u"C"_qs));
-  EXPECT_EQ(delegate->asked, QStringList({u"A"_qs}));
+  deliver(other, silent(u"C"_s));
+  EXPECT_EQ(delegate->asked, QStringList({u"A"_s}));
   EXPECT_TRUE(delegate->delivered.empty());
 }
 
@@ -276,10 +277,10 @@ TEST_F(DesktopNotificationsTest, NothingHappensOnceTheBusIsGone) {
   const auto delegate = std::make_shared<NotedDelegate>();
   center.setDelegate(delegate);
   bus_.stop();
-  center.deliver(silent(u"A"_qs));
+  center.deliver(silent(u"A"_s));
   EXPECT_TRUE(waitFor([&] { return !bus_.connection().isConnected(); }));
   EXPECT_FALSE(center.isAvailable());
-  center.deliver(silent(u"B"_qs));
+  center.deliver(silent(u"B"_s));
   EXPECT_TRUE(delegate->delivered.empty());
 }
 

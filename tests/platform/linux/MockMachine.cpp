@@ -64,7 +64,8 @@ QString MockMachine::nodePath(const QString &name) const {
   return path;
 }
 
-void MockMachine::plugFtdi(const QString &name, const QString &socket, bool isInitialised) {
+void MockMachine::plugFtdi(const QString &name, const QString &socket, bool isInitialised,
+                           const QString &serialNumber) {
   const QString usb = usbPlace(socket);
   const QString interface = usb + u'/' + socket + QStringLiteral(":1.0");
   add(ancestor(usb, QStringLiteral("usb"),
@@ -79,9 +80,9 @@ void MockMachine::plugFtdi(const QString &name, const QString &socket, bool isIn
           terminalPlace(name, socket),
           QStringLiteral("E: ID_BUS=usb\nE: ID_VENDOR_ID=0403\nE: ID_MODEL_ID=6001\n"
                          "E: ID_MODEL=FT232R_USB_UART\nE: ID_MODEL_FROM_DATABASE=FT232 Serial (UART) IC\n"
-                         "E: ID_SERIAL_SHORT=A50285BI\nE: DEVLINKS=/dev/serial/by-path/x "
-                         "/dev/serial/by-id/usb-FTDI_%1\n")
-              .arg(name),
+                         "E: ID_SERIAL_SHORT=%1\nE: DEVLINKS=/dev/serial/by-path/x "
+                         "/dev/serial/by-id/usb-FTDI_%2\n")
+              .arg(serialNumber, name),
           isInitialised));
 }
 

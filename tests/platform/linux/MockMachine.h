@@ -16,8 +16,8 @@ class MockMachine {
   MockMachine &operator=(const MockMachine &) = delete;
 
   /// An FTDI adapter in the USB socket ("1-1"). Until udev is done with it, it is not initialised.
-  void plugFtdi(const QString &name, const QString &socket = QStringLiteral("1-1"),
-                bool isInitialised = true);
+  void plugFtdi(const QString &name, const QString &socket = QStringLiteral("1-1"), bool isInitialised = true,
+                const QString &serialNumber = QStringLiteral("A50285BI"));
   /// A CDC-ACM adapter that tells no serial number and has no model name but the one in udev's database.
   void plugAcm(const QString &name, const QString &socket);
   /// A USB device of this maker that has no terminal; without a driver where the text is empty.

@@ -1,12 +1,17 @@
 #include "platform/linux/PosixTerminalCalls.h"
 #include "tests/platform/linux/TerminalFaults.h"
 #include "tests/support/ChildProcess.h"
+#include "tests/support/ProcessCounts.h"
 #include "tests/support/Pty.h"
 #include "tests/support/RecordingLog.h"
+#include "tests/support/Rescue.h"
+#include "tests/support/WaitFor.h"
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cerrno>
+#include <future>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -15,6 +20,8 @@
 
 namespace tavril {
 namespace {
+
+using namespace std::chrono_literals;
 
 class PosixTerminalCallsTest : public testing::Test {
  protected:
@@ -112,8 +119,18 @@ TEST_F(PosixTerminalCallsTest,
   EXPECT_EQ(terminalFaults().open.times, 999);
   EXPECT_EQ(calls.open(path()).error, EACCES);
   EXPECT_LT(terminalFaults().open.times, 998);
-  EXPECT_GE(terminalFaults().open.times, 998 - 2000 / 20);
+  EXPECT_GE(terminalFaults().open.times, 998 - 2000 / 50);
   terminalFaults().open = {};
+}
+
+TEST_F(PosixTerminalCallsTest, BetweenItsAttemptsTheOpenerPausesAsItWasToldTo) {
+  std::vector<std::chrono::milliseconds> pauses;
+  PosixTerminalCalls pausing(log, [&](std::chrono::milliseconds duration) { pauses.push_back(duration); });
+  terminalFaults().open = {EACCES, 3};
+  const CallResult result = pausing.open(path());
+  ASSERT_FALSE(result.failed());
+  ::close(static_cast<int>(result.value));
+  EXPECT_EQ(pauses, std::vector(3, PosixTerminalCalls::betweenAttempts));
 }
 
 TEST_F(PosixTerminalCallsTest, AMovedDescriptorThatCannotBeHadGivesTheReasonAndLeavesNoneOpen) {
@@ -145,11 +162,12 @@ TEST_F(PosixTerminalCallsTest, ADescriptorThatCannotBeKeptFromBlockingGivesTheRe
 
 TEST_F(PosixTerminalCallsTest, LockingKeepsOtherOpenersOut) {
   EXPECT_EQ(exclusive(), 0);
+  // Opened before, for then the flag keeps out everybody but the superuser.
+  const int second = static_cast<int>(calls.open(path()).value);
   terminalFaults().flock = {EINTR, 2};
   EXPECT_FALSE(calls.lock(opened()).failed());
   EXPECT_EQ(exclusive(), 1);
   EXPECT_TRUE(lockedByUs());
-  const int second = static_cast<int>(calls.open(path()).value);  // the superuser passes the flag
   EXPECT_EQ(calls.lock(second).error, EWOULDBLOCK);
   ::close(second);
 }
@@ -256,6 +274,55 @@ TEST_F(PosixTerminalCallsTest, OutputThatNeverDrainsIsDroppedInTheEndAndTheSetti
   EXPECT_NE(pty.attributes().c_lflag & ECHO, 0u);
 }
 
+TEST_F(PosixTerminalCallsTest, WhatTheChipHasYetToSendIsWaitedForBeforeTheSettingsChange) {
+  opened();
+  termios attributes = pty.attributes();
+  attributes.c_lflag |= ECHO;
+  std::atomic<int> drains = 0;
+  tcflag_t echoWhileSending = ECHO;
+  terminalFaults().atChipDrain = [&] {
+    std::promise<void>().get_future().wait_for(50ms);
+    echoWhileSending = pty.attributes().c_lflag & ECHO;
+    ++drains;
+  };
+  EXPECT_FALSE(calls.setAttributes(descriptor, WhenToApply::Now, attributes).failed());
+  EXPECT_EQ(drains, 0);
+  attributes.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+  EXPECT_FALSE(calls.setAttributes(descriptor, WhenToApply::AfterDrain, attributes).failed());
+  EXPECT_EQ(drains, 1);
+  EXPECT_EQ(echoWhileSending, static_cast<tcflag_t>(ECHO)) << "the settings were changed too early";
+  EXPECT_EQ(pty.attributes().c_lflag & ECHO, 0u);
+}
+
+TEST_F(PosixTerminalCallsTest, AChipThatNeverSendsIsWaitedForOneSecondAndTheSettingsAreMade) {
+  opened();
+  std::promise<void> ends;
+  terminalFaults().atChipDrain = [&] { ends.get_future().wait(); };
+  Rescue rescue([&] { ends.set_value(); });
+  termios attributes = pty.attributes();
+  attributes.c_lflag |= ECHO;
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_FALSE(calls.setAttributes(descriptor, WhenToApply::AfterDrain, attributes).failed());
+  EXPECT_GE(std::chrono::steady_clock::now() - begin, PosixTerminalCalls::longestDrain);
+  EXPECT_NE(pty.attributes().c_lflag & ECHO, 0u);
+  EXPECT_FALSE(rescue.wasNeeded());
+  const std::size_t descriptors = process::descriptors();
+  ends.set_value();
+  EXPECT_TRUE(waitFor([&] { return process::descriptors() == descriptors - 1; })) << "one was left behind";
+}
+
+TEST_F(PosixTerminalCallsTest, WithoutADescriptorToWaitForTheChipTheSettingsAreMadeAllTheSame) {
+  opened();
+  bool hasWaited = false;
+  terminalFaults().atChipDrain = [&] { hasWaited = true; };
+  terminalFaults().fcntl = {EMFILE, 1};
+  termios attributes = pty.attributes();
+  attributes.c_lflag |= ECHO;
+  EXPECT_FALSE(calls.setAttributes(descriptor, WhenToApply::AfterDrain, attributes).failed());
+  EXPECT_FALSE(hasWaited);
+  EXPECT_NE(pty.attributes().c_lflag & ECHO, 0u);
+}
+
 TEST_F(PosixTerminalCallsTest, ALineThatIsGoneIsNotWaitedFor) {
   opened();
   pty.unplug();
@@ -294,7 +361,7 @@ TEST_F(PosixTerminalCallsTest, ASpeedThatTheRecordCannotHoldIsRefusedAndChangesN
 }
 
 TEST_F(PosixTerminalCallsTest, ANumberThatIsTheCLibrarysNameForAnotherSpeedIsRefused) {
-  // B50 to B38400 are 1 to 15 and B57600 to B4000000 are 4097 to 4111: cfsetspeed() takes both for speeds.
+  // In older C libraries B50 to B38400 are 1 to 15 and B57600 to B4000000 are 4097 to 4111.
   for (unsigned long first : {0ul, 4096ul}) {
     for (unsigned long baudRate = first; baudRate < first + 16; ++baudRate) {
       termios attributes{};
@@ -311,6 +378,37 @@ TEST_F(PosixTerminalCallsTest, AnySpeedIsSetThroughTheDriver) {
   EXPECT_EQ(calls.setArbitrarySpeed(descriptor, 0x80000000ul).error, EINVAL);
   EXPECT_EQ(kernelSpeeds(pty.slave()), (std::pair<unsigned, unsigned>(123456, 123456)));
   EXPECT_EQ(calls.setArbitrarySpeed(-1, 9600).error, EBADF);
+}
+
+TEST_F(PosixTerminalCallsTest, SettingsWithSpeedsOutsideTheListArePutBackWhole) {
+  opened();
+  setKernelSpeeds(pty.slave(), 250000, 31250);
+  ASSERT_EQ(kernelSpeeds(pty.slave()), (std::pair<unsigned, unsigned>(250000, 31250)));
+  termios before{};
+  ASSERT_FALSE(calls.attributes(descriptor, before).failed());
+
+  termios during = before;
+  ASSERT_FALSE(calls.setSpeed(during, 115200).failed());
+  ASSERT_FALSE(calls.setAttributes(descriptor, WhenToApply::Now, during).failed());
+  EXPECT_EQ(kernelSpeeds(pty.slave()), (std::pair<unsigned, unsigned>(115200, 115200)));
+  EXPECT_FALSE(calls.setAttributes(descriptor, WhenToApply::AfterDrain, before).failed());
+  EXPECT_EQ(kernelSpeeds(pty.slave()), (std::pair<unsigned, unsigned>(250000, 31250)));
+
+  ASSERT_FALSE(calls.setArbitrarySpeed(descriptor, 123456).failed());
+  EXPECT_FALSE(calls.setAttributes(descriptor, WhenToApply::AfterDrain, before).failed());
+  EXPECT_EQ(kernelSpeeds(pty.slave()), (std::pair<unsigned, unsigned>(250000, 31250)));
+}
+
+TEST_F(PosixTerminalCallsTest, OtherSettingsOfALineLeaveItsSpeedsOutsideTheListAlone) {
+  opened();
+  setKernelSpeeds(pty.slave(), 250000, 31250);
+  termios attributes{};
+  ASSERT_FALSE(calls.attributes(descriptor, attributes).failed());
+  attributes.c_lflag |= ECHO;
+  EXPECT_FALSE(calls.setAttributes(descriptor, WhenToApply::Now, attributes).failed());
+  EXPECT_NE(pty.attributes().c_lflag & ECHO, 0u);
+  EXPECT_FALSE(calls.stopBlocking(descriptor).failed());
+  EXPECT_EQ(kernelSpeeds(pty.slave()), (std::pair<unsigned, unsigned>(250000, 31250)));
 }
 
 TEST_F(PosixTerminalCallsTest, ADriverThatChoosesAnotherSpeedByMoreThanTwoPercentIsAFailure) {

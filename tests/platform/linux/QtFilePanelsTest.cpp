@@ -1,6 +1,7 @@
 #include "platform/linux/QtFilePanels.h"
 #include "platform/linux/QtMainQueue.h"
 #include "platform/linux/QtTimers.h"
+#include "tests/support/ActiveWindow.h"
 #include "tests/support/WaitFor.h"
 
 #include <QApplication>
@@ -207,7 +208,7 @@ TEST_F(QtFilePanelsTest, StandsOverTheActiveWindowAndSurvivesItsEnd) {
   for (const bool saving : {false, true}) {
     auto window = std::make_unique<QWidget>();
     window->show();
-    QApplication::setActiveWindow(window.get());
+    makeActive(window.get());
     whileUp([&] {
       EXPECT_EQ(shownPanel()->parentWidget(), window.get());
       window.reset();

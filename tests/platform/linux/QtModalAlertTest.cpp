@@ -1,12 +1,15 @@
 #include "platform/linux/QtMainQueue.h"
 #include "platform/linux/QtModalAlert.h"
 #include "platform/linux/QtTimers.h"
+#include "tests/support/ActiveWindow.h"
 #include "tests/support/WaitFor.h"
 
 #include <QApplication>
 #include <QDialogButtonBox>
+#include <QIcon>
 #include <QLabel>
 #include <QMessageBox>
+#include <QPixmap>
 #include <QProxyStyle>
 #include <QPushButton>
 #include <QTest>
@@ -89,6 +92,34 @@ TEST_F(QtModalAlertTest, IsAsWideAsASentenceIsComfortablyRead) {
     button(QStringLiteral("Later"))->click();
   });
   EXPECT_EQ(alert_.run(question_), ModalAlert::secondButton);
+}
+
+TEST_F(QtModalAlertTest, ItsIconTakesNoMoreRoomThanAnIconWhicheverTextIsMissing) {
+  QPixmap picture(48, 48);
+  picture.fill(Qt::red);
+  QApplication::setWindowIcon(QIcon(picture));
+  const QString text = QStringLiteral("The servo was set up.");
+  for (const auto &content :
+       {AlertContent{text, {}, {}}, AlertContent{{}, text, {}}, AlertContent{text, text, {}}}) {
+    whileUp([&] {
+      const QLabel *icon = nullptr;
+      int leftmostText = QWIDGETSIZE_MAX;
+      for (const QLabel *label : shownBox()->findChildren<QLabel *>()) {
+        if (!label->pixmap(Qt::ReturnByValue).isNull()) {
+          icon = label;
+        } else if (label->text() == text) {
+          leftmostText = qMin(leftmostText, label->x());
+          EXPECT_GE(label->width(), 360);
+        }
+      }
+      ASSERT_NE(icon, nullptr);
+      EXPECT_LT(icon->width(), 100);
+      EXPECT_LT(leftmostText, icon->x() + 100);
+      shownBox()->close();
+    });
+    alert_.run(content);
+  }
+  QApplication::setWindowIcon({});
 }
 
 TEST_F(QtModalAlertTest, SetsOffItsMessageOnlyWhereThereIsATextBelowIt) {
@@ -220,7 +251,7 @@ TEST_F(QtModalAlertTest, AnAlertOverAnAlertHoldsTheQueueUntilBothAreAnswered) {
 TEST_F(QtModalAlertTest, StandsOverTheActiveWindowAndSurvivesItsEnd) {
   auto window = std::make_unique<QWidget>();
   window->show();
-  QApplication::setActiveWindow(window.get());
+  makeActive(window.get());
   ASSERT_EQ(QApplication::activeWindow(), window.get());
   whileUp([&] {
     EXPECT_EQ(shownBox()->parentWidget(), window.get());

@@ -3,9 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <thread>
+#include <vector>
 
 namespace tavril {
 namespace {
+
+using namespace Qt::StringLiterals;
 
 const QString name = QStringLiteral("IOTTYDevice");
 
@@ -26,7 +29,7 @@ TEST(RegistryTable, AWalkGivesItsDevicesInOrderAndThenNone) {
   RegistryTable table;
   const RegistryHandle walk = table.addWalk({device(u"a"), device(u"b")});
   EXPECT_NE(walk, 0U);
-  EXPECT_EQ(walkToEnd(table, walk), QStringList({u"a"_qs, u"b"_qs}));
+  EXPECT_EQ(walkToEnd(table, walk), QStringList({u"a"_s, u"b"_s}));
   EXPECT_EQ(table.next(walk), 0U);
 }
 
@@ -89,7 +92,7 @@ TEST(RegistryTable, AWatchIsCalledOnlyOnceItsWalkWasWalkedToTheEnd) {
       nullptr);
   table.announce(DeviceEvent::Published, device(u"b"));
   EXPECT_EQ(calls, 0);
-  EXPECT_EQ(walkToEnd(table, walk), QStringList({u"a"_qs, u"b"_qs}));
+  EXPECT_EQ(walkToEnd(table, walk), QStringList({u"a"_s, u"b"_s}));
   table.announce(DeviceEvent::Published, device(u"c"));
   EXPECT_EQ(calls, 1);
 }
@@ -103,9 +106,43 @@ TEST(RegistryTable, AWatchThatIsNotWalkedToTheEndIsNotCalledAgainButFilled) {
   table.announce(DeviceEvent::Published, device(u"a"));
   table.announce(DeviceEvent::Published, device(u"b"));
   EXPECT_EQ(calls, 1);
-  EXPECT_EQ(walkToEnd(table, walk), QStringList({u"a"_qs, u"b"_qs}));
+  EXPECT_EQ(walkToEnd(table, walk), QStringList({u"a"_s, u"b"_s}));
   table.announce(DeviceEvent::Published, device(u"c"));
   EXPECT_EQ(calls, 2);
+}
+
+TEST(RegistryTable, CallsThatAreAnsweredLateInTheirOrderMeetTheDevicesInTheirOrder) {
+  RegistryTable table;
+  std::vector<RegistryHandle> calls;
+  const auto later = [&](DeviceRegistry::Context *, RegistryHandle walk) { calls.push_back(walk); };
+  const RegistryHandle published = table.addWatch(DeviceEvent::Published, {}, later, nullptr);
+  const RegistryHandle terminated = table.addWatch(DeviceEvent::Terminated, {}, later, nullptr);
+  for (const RegistryHandle watch : {published, terminated}) EXPECT_EQ(table.next(watch), 0U);
+  table.announce(DeviceEvent::Published, device(u"a"));
+  table.announce(DeviceEvent::Published, device(u"b"));
+  table.announce(DeviceEvent::Terminated, device(u"a"));
+  table.announce(DeviceEvent::Published, device(u"a"));
+  table.announce(DeviceEvent::Terminated, device(u"b"));
+  ASSERT_EQ(calls, (std::vector{published, terminated, published, terminated}));
+  EXPECT_EQ(walkToEnd(table, calls[0]), QStringList({u"a"_s, u"b"_s}));
+  EXPECT_EQ(walkToEnd(table, calls[1]), QStringList(u"a"_s));
+  EXPECT_EQ(walkToEnd(table, calls[2]), QStringList(u"a"_s));
+  EXPECT_EQ(walkToEnd(table, calls[3]), QStringList(u"b"_s));
+  EXPECT_EQ(table.next(published), 0U);
+}
+
+TEST(RegistryTable, ARunThatWasAnsweredIsNotContinuedByTheNext) {
+  RegistryTable table;
+  int calls = 0;
+  const RegistryHandle walk = table.addWatch(
+      DeviceEvent::Published, {}, [&](DeviceRegistry::Context *, RegistryHandle) { ++calls; }, nullptr);
+  EXPECT_EQ(table.next(walk), 0U);
+  for (int round = 1; round <= 3; ++round) {
+    table.announce(DeviceEvent::Published, device(u"a"));
+    table.announce(DeviceEvent::Terminated, device(u"a"));
+    EXPECT_EQ(calls, round);
+    EXPECT_EQ(walkToEnd(table, walk), QStringList(u"a"_s));
+  }
 }
 
 TEST(RegistryTable, AWatchIsGivenItsContextAndItsWalk) {
@@ -124,7 +161,7 @@ TEST(RegistryTable, AWatchIsGivenItsContextAndItsWalk) {
   table.announce(DeviceEvent::Terminated, device(u"a"));
   table.announce(DeviceEvent::Published, device(u"x"));
   table.announce(DeviceEvent::Terminated, device(u"b"));
-  EXPECT_EQ(seen, QStringList({u"a"_qs, u"b"_qs}));
+  EXPECT_EQ(seen, QStringList({u"a"_s, u"b"_s}));
   EXPECT_EQ(seenContext, &owner);
 }
 

@@ -32,9 +32,10 @@ class SettingsFileTest : public testing::Test {
   }
   /// One line that names the file and says what is wrong.
   void expectComplaint(const char *problem) {
-    ASSERT_EQ(log_.lines().size(), 1) << problem;
-    EXPECT_TRUE(log_.lines().first().contains(path_));
-    EXPECT_TRUE(log_.lines().first().contains(QLatin1String(problem))) << qPrintable(log_.lines().first());
+    ASSERT_EQ(log_.warnings().size(), 1) << problem;
+    EXPECT_TRUE(log_.warnings().first().contains(path_));
+    EXPECT_TRUE(log_.warnings().first().contains(QLatin1String(problem)))
+        << qPrintable(log_.warnings().first());
     log_.clear();
   }
 
@@ -114,9 +115,9 @@ TEST_F(SettingsFileTest, IsReadThroughALinkButNothingIsWrittenThroughIt) {
   EXPECT_EQ(settings_.value("language"), "de");
   EXPECT_TRUE(log_.lines().isEmpty());
   EXPECT_FALSE(settings_.setValue("language", "en"));
-  expectComplaint("it is a link");
+  expectComplaint("it is a symbolic link");
   EXPECT_FALSE(settings_.remove("language"));
-  expectComplaint("it is a link");
+  expectComplaint("it is a symbolic link");
   EXPECT_EQ(content(), "[General]\nlanguage=de\n");
   EXPECT_TRUE(QFileInfo(path_).isSymLink());
 }
@@ -150,6 +151,28 @@ TEST_F(SettingsFileTest, AFolderThatCannotBeMadeIsLogged) {
   ASSERT_TRUE(inTheWay.open(QIODevice::WriteOnly));
   EXPECT_FALSE(settings_.setValue("language", "de"));
   expectComplaint("config");
+}
+
+TEST_F(SettingsFileTest, WhatCannotBeWrittenHoldsForThisRun) {
+  write("[General]\nlanguage=de\nfolder=/a\n");
+  const QString elsewhere = folder_.filePath(QStringLiteral("elsewhere"));
+  ASSERT_TRUE(QFile::rename(path_, elsewhere));
+  ASSERT_TRUE(QFile::link(elsewhere, path_));  // through which nothing is written
+  EXPECT_FALSE(settings_.setValue("language", "fr"));
+  EXPECT_EQ(settings_.value("language"), "fr");
+  EXPECT_EQ(settings_.value("folder"), "/a");
+  EXPECT_FALSE(settings_.remove("folder"));
+  EXPECT_FALSE(settings_.value("folder"));
+  EXPECT_EQ(SettingsFile(path_, files_, log_).value("language"), "de") << "and not for the next";
+
+  ASSERT_TRUE(QFile::remove(path_));
+  ASSERT_TRUE(QFile::rename(elsewhere, path_));
+  EXPECT_TRUE(settings_.setValue("language", "ja"));
+  EXPECT_TRUE(settings_.setValue("folder", "/b"));
+  ASSERT_TRUE(SettingsFile(path_, files_, log_).setValue("language", "ko"));
+  EXPECT_EQ(settings_.value("language"), "ko") << "the file has the last word again";
+  EXPECT_TRUE(settings_.remove("folder"));
+  EXPECT_FALSE(settings_.value("folder"));
 }
 
 TEST_F(SettingsFileTest, LiesInTheFolderOfTheUsersSettings) {

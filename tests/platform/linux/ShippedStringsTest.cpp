@@ -10,6 +10,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <vector>
+
 namespace tavril {
 namespace {
 
@@ -85,6 +87,79 @@ TEST(ShippedStrings, HaveATextForEveryKeyWithTheFormatSpecifiersOfTheEnglishText
       }
     }
   }
+}
+
+/// What a careful reader of the language would mark in the text; empty when there is nothing. The terms are
+/// those of docs/translating.md.
+QString mistakeIn(const QString &language, const QString &text) {
+  struct Rule {
+    QStringList languages;
+    QString mistake;  ///< a regular expression
+  };
+  const QStringList withNoBreakSpaceBeforeUnits{QStringLiteral("de"), QStringLiteral("es"),
+                                                QStringLiteral("fr")};
+  const QStringList chinese{QStringLiteral("zh-Hans"), QStringLiteral("zh-Hant")};
+  const QStringList japanese{QStringLiteral("ja")};
+  static const std::vector<Rule> rules{
+      {withNoBreakSpaceBeforeUnits, QStringLiteral("[0-9@] (ms|s|°C)\\b")},
+      {{QStringLiteral("de")}, QStringLiteral("[^\u00A0]…")},
+      {{QStringLiteral("fr")}, QStringLiteral("[^\u00A0]:|[^\u202F][;?!»]|«[^\u202F]|'")},
+      {japanese,
+       QStringLiteral("[\u3040-\u30FF\u4E00-\u9FFF] [A-Za-z0-9%]|[A-Za-z0-9@] [\u3040-\u30FF\u4E00-\u9FFF]")},
+      {japanese + chinese, QStringLiteral("[,;:?!]")},
+      {chinese, QStringLiteral("[\u4E00-\u9FFF][A-Za-z0-9%]|[A-Za-z0-9@][\u4E00-\u9FFF]")},
+      {japanese, QStringLiteral(
+                     "(アダプタ|モータ|フォルダ|パラメータ|コンバータ|ドライバ|サーバ)(?!ー)|パケット|回線")},
+      {{QStringLiteral("ko")}, QStringLiteral("패킷|회선|차단 설정")},
+      {{QStringLiteral("zh-Hans")}, QStringLiteral("网桥|端口|转接器|数据包")},
+      {{QStringLiteral("zh-Hant")}, QStringLiteral("網橋|通訊埠|適配器|纜線|(?<!USB )連接埠")},
+  };
+  for (const Rule &rule : rules) {
+    if (!rule.languages.contains(language)) continue;
+    const QRegularExpressionMatch match = QRegularExpression(rule.mistake).match(text);
+    if (match.hasMatch()) return match.captured();
+  }
+  return {};
+}
+
+TEST(ShippedStrings, KeepToTheTermsAndTheTypographyOfTheirLanguage) {
+  const auto tables = shippedTables();
+  ASSERT_FALSE(tables.isEmpty());
+  for (auto table = tables.cbegin(); table != tables.cend(); ++table) {
+    const QHash<QString, QString> &entries = table->entries();
+    for (auto entry = entries.cbegin(); entry != entries.cend(); ++entry) {
+      const QString error = mistakeIn(table.key(), *entry);
+      EXPECT_TRUE(error.isEmpty()) << qPrintable(table.key() + u' ' + entry.key()) << ": \""
+                                   << qPrintable(error) << '"';
+    }
+  }
+}
+
+// Where one or several can stand, no word of the sentence has to agree with it.
+TEST(ShippedStrings, PutCountsAndListsBehindAColon) {
+  static const QRegularExpression behindAColon(QStringLiteral("[:：][ \\x{A0}]?%1\\$@[.。]"));
+  const auto tables = shippedTables();
+  ASSERT_FALSE(tables.isEmpty());
+  for (auto table = tables.cbegin(); table != tables.cend(); ++table) {
+    for (const QString &key :
+         {QStringLiteral("doctor_reply"), QStringLiteral("doctor_frame_noise"),
+          QStringLiteral("doctor_daemon_modem"), QStringLiteral("doctor_daemon_braille")}) {
+      const QString text = table->entries().value(key);
+      EXPECT_TRUE(behindAColon.match(text).hasMatch()) << qPrintable(table.key() + u' ' + text);
+    }
+  }
+}
+
+TEST(MistakesInTexts, AreFound) {
+  EXPECT_EQ(mistakeIn(QStringLiteral("fr"), QStringLiteral("Prêt ?")), QStringLiteral(" ?"));
+  EXPECT_EQ(mistakeIn(QStringLiteral("fr"), QStringLiteral("Port\u00A0: l’autre")), QString());
+  EXPECT_EQ(mistakeIn(QStringLiteral("de"), QStringLiteral("in 10 ms")), QStringLiteral("0 ms"));
+  EXPECT_EQ(mistakeIn(QStringLiteral("ja"), QStringLiteral("次の USB")), QStringLiteral("の U"));
+  EXPECT_EQ(mistakeIn(QStringLiteral("ja"), QStringLiteral("次: 1")), QStringLiteral(":"));
+  EXPECT_EQ(mistakeIn(QStringLiteral("zh-Hant"), QStringLiteral("舵機ID")), QStringLiteral("機I"));
+  EXPECT_EQ(mistakeIn(QStringLiteral("ja"), QStringLiteral("アダプタを挿す")), QStringLiteral("アダプタ"));
+  EXPECT_EQ(mistakeIn(QStringLiteral("ja"), QStringLiteral("アダプターを挿す")), QString());
+  EXPECT_EQ(mistakeIn(QStringLiteral("ko"), QStringLiteral("포트: 1")), QString());
 }
 
 TEST(ShippedStrings, NameTheirLanguageInItselfAndGiveALabelSize) {

@@ -100,8 +100,8 @@ TEST_F(StringTablesTest, ReadsATableAsTheStringsConverterNamesIt) {
 TEST_F(StringTablesTest, ReportsWhatIsWrongWithFileAndLine) {
   write(QStringLiteral("a/en.strings"), "\"k\"=\"text\";\nnonsense\n");
   const StringTables tables(folders({QStringLiteral("a")}), log_);
-  ASSERT_EQ(log_.lines().size(), 1);
-  EXPECT_TRUE(log_.lines().first().startsWith(folder_.filePath(QStringLiteral("a/en.strings:2: "))));
+  ASSERT_EQ(log_.warnings().size(), 1);
+  EXPECT_TRUE(log_.warnings().first().startsWith(folder_.filePath(QStringLiteral("a/en.strings:2: "))));
   EXPECT_EQ(tables.text(u"k"), QStringLiteral("text"));
 }
 
@@ -111,7 +111,7 @@ TEST_F(StringTablesTest, IgnoresFilesThatAreNotNamedAfterALanguage) {
   write(QStringLiteral("a/en-.strings"), "\"k\"=\"no\";");
   const StringTables tables(folders({QStringLiteral("a")}), log_);
   EXPECT_THAT(tables.languages(), IsEmpty());
-  EXPECT_EQ(log_.lines().size(), 2);
+  EXPECT_EQ(log_.warnings().size(), 2);
 }
 
 TEST_F(StringTablesTest, NeitherWaitsForAPipeNorTakesWhatIsNoFile) {
@@ -137,7 +137,7 @@ TEST_F(StringTablesTest, RefusesAFileThatIsTooLarge) {
   ASSERT_TRUE(file.resize(qint64(1) << 40));
   const StringTables tables(folders({QStringLiteral("a")}), log_);
   EXPECT_EQ(tables.text(u"k"), QStringLiteral("k"));
-  EXPECT_EQ(log_.lines().size(), 1);
+  EXPECT_EQ(log_.warnings().size(), 1);
 }
 
 TEST_F(StringTablesTest, LooksForTablesBesideTheProgramAndThenInTheUsersFolder) {

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstdarg>
+#include <thread>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -25,6 +26,12 @@ TerminalFaults &terminalFaults() {
 
 namespace {
 
+const std::thread::id testsThread = std::this_thread::get_id();
+
+bool isTestsThread() {
+  return std::this_thread::get_id() == testsThread;
+}
+
 bool fails(TerminalFaults::Fault &fault) {
   if (fault.times == 0) return false;
   --fault.times;
@@ -36,6 +43,7 @@ bool fails(TerminalFaults::Fault &fault) {
 }  // namespace tavril
 
 using tavril::fails;
+using tavril::isTestsThread;
 using tavril::terminalFaults;
 
 // The linker puts these before the C library's functions (its option --wrap).
@@ -47,6 +55,7 @@ int __real_fcntl(int descriptor, int command, ...);
 int __real_tcgetattr(int descriptor, termios *attributes);
 int __real_tcsetattr(int descriptor, int when, const termios *attributes);
 int __real_tcflush(int descriptor, int queue);
+int __real_tcdrain(int descriptor);
 int __real_close(int descriptor);
 int __real_ioctl(int descriptor, unsigned long request, ...);
 
@@ -86,9 +95,15 @@ int __wrap_tcflush(int descriptor, int queue) {
   return __real_tcflush(descriptor, queue);
 }
 
+int __wrap_tcdrain(int descriptor) {
+  const auto chip = terminalFaults().atChipDrain;  // a copy: the test may have ended when it returns
+  if (chip) chip();
+  return __real_tcdrain(descriptor);
+}
+
 int __wrap_close(int descriptor) {
   const int closed = __real_close(descriptor);
-  return closed == 0 && fails(terminalFaults().close) ? -1 : closed;
+  return closed == 0 && isTestsThread() && fails(terminalFaults().close) ? -1 : closed;
 }
 
 int __wrap_ioctl(int descriptor, unsigned long request, ...) {
@@ -129,6 +144,18 @@ std::pair<unsigned, unsigned> kernelSpeeds(int descriptor) {
   termios2 settings{};
   __real_ioctl(descriptor, TCGETS2, &settings);
   return {settings.c_ispeed, settings.c_ospeed};
+}
+
+void setKernelSpeeds(int descriptor, unsigned input, unsigned output) {
+  constexpr tcflag_t otherSpeed = 010000;
+  constexpr tcflag_t otherInputSpeed = otherSpeed << 16;
+  termios2 settings{};
+  __real_ioctl(descriptor, TCGETS2, &settings);
+  settings.c_cflag &= ~static_cast<tcflag_t>(CBAUD | CIBAUD);
+  settings.c_cflag |= otherSpeed | otherInputSpeed;
+  settings.c_ispeed = input;
+  settings.c_ospeed = output;
+  __real_ioctl(descriptor, TCSETS2, &settings);
 }
 
 }  // namespace tavril

@@ -16,6 +16,8 @@
 namespace tavril {
 namespace {
 
+using namespace Qt::StringLiterals;
+
 using Names = QStringList;
 
 /// A real pseudo-terminal; its node goes when it is closed.
@@ -129,7 +131,7 @@ const QString socketA = QStringLiteral("1-1");
 const QString socketB = QStringLiteral("1-2");
 
 TEST_F(UdevDeviceRegistryTest, AnFtdiAdapterIsAUsbSerialDeviceWithAllItsProperties) {
-  machine_.plugFtdi(u"ttyUSB0"_qs);
+  machine_.plugFtdi(u"ttyUSB0"_s);
   UdevDeviceRegistry registry;
   const RegistryHandle device = onlyDevice(registry);
   EXPECT_EQ(read(registry, device, DeviceKey::ttyDevice), u"usbserial-ttyUSB0");
@@ -143,11 +145,11 @@ TEST_F(UdevDeviceRegistryTest, AnFtdiAdapterIsAUsbSerialDeviceWithAllItsProperti
   EXPECT_EQ(read(registry, device, DeviceKey::vendorId), u"0403");
   EXPECT_EQ(read(registry, device, DeviceKey::productId), u"6001");
   EXPECT_EQ(read(registry, device, DeviceKey::driver), u"ftdi_sio");
-  EXPECT_TRUE(registry.stringProperty(device, u"unheard of"_qs).isNull());
+  EXPECT_TRUE(registry.stringProperty(device, u"unheard of"_s).isNull());
 }
 
 TEST_F(UdevDeviceRegistryTest, ACdcAcmAdapterIsAUsbModem) {
-  machine_.plugAcm(u"ttyACM0"_qs, socketA);
+  machine_.plugAcm(u"ttyACM0"_s, socketA);
   UdevDeviceRegistry registry;
   const RegistryHandle device = onlyDevice(registry);
   EXPECT_EQ(read(registry, device, DeviceKey::ttyDevice), u"usbmodem-ttyACM0");
@@ -159,7 +161,7 @@ TEST_F(UdevDeviceRegistryTest, ACdcAcmAdapterIsAUsbModem) {
 }
 
 TEST_F(UdevDeviceRegistryTest, ABuiltInPortKeepsItsKernelName) {
-  machine_.addBuiltIn(u"ttyS0"_qs);
+  machine_.addBuiltIn(u"ttyS0"_s);
   UdevDeviceRegistry registry;
   const RegistryHandle device = onlyDevice(registry);
   EXPECT_EQ(read(registry, device, DeviceKey::ttyDevice), u"ttyS0");
@@ -171,36 +173,36 @@ TEST_F(UdevDeviceRegistryTest, ABuiltInPortKeepsItsKernelName) {
 }
 
 TEST_F(UdevDeviceRegistryTest, TheDriverOfABuiltInPortIsThatOfItsHardware) {
-  machine_.addBuiltInBelowSerialCore(u"ttyS0"_qs);
+  machine_.addBuiltInBelowSerialCore(u"ttyS0"_s);
   UdevDeviceRegistry registry;
   EXPECT_EQ(read(registry, onlyDevice(registry), DeviceKey::driver), u"serial");
 }
 
 TEST_F(UdevDeviceRegistryTest, APortWithoutHardwareBehindItIsNotListed) {
-  machine_.addLegacy(u"ttyS1"_qs, 0);
-  machine_.addLegacy(u"ttyS2"_qs, 4);
+  machine_.addLegacy(u"ttyS1"_s, 0);
+  machine_.addLegacy(u"ttyS2"_s, 4);
   UdevDeviceRegistry registry;
-  EXPECT_EQ(listed(registry), Names({u"ttyS2"_qs}));
+  EXPECT_EQ(listed(registry), Names({u"ttyS2"_s}));
 }
 
 TEST_F(UdevDeviceRegistryTest, PseudoTerminalsAndConsolesAreNotListed) {
-  for (const QString &name : {u"tty1"_qs, u"console"_qs, u"ptyp0"_qs, u"ttyp0"_qs}) machine_.addVirtual(name);
-  machine_.plugFtdi(u"ttyUSB0"_qs);
+  for (const QString &name : {u"tty1"_s, u"console"_s, u"ptyp0"_s, u"ttyp0"_s}) machine_.addVirtual(name);
+  machine_.plugFtdi(u"ttyUSB0"_s);
   const Pty pty;
   UdevDeviceRegistry registry;
-  EXPECT_EQ(listed(registry), Names({u"usbserial-ttyUSB0"_qs}));
+  EXPECT_EQ(listed(registry), Names({u"usbserial-ttyUSB0"_s}));
 }
 
 TEST_F(UdevDeviceRegistryTest, ATerminalBelowADeviceIsListedAlsoWhenThatIsAVirtualOne) {
-  machine_.addBelowVirtual(u"rfcomm0"_qs);
+  machine_.addBelowVirtual(u"rfcomm0"_s);
   UdevDeviceRegistry registry;
-  EXPECT_EQ(listed(registry), Names({u"rfcomm0"_qs}));
+  EXPECT_EQ(listed(registry), Names({u"rfcomm0"_s}));
 }
 
 TEST_F(UdevDeviceRegistryTest, LooksAtNoConsoleAndAtEachAdapterOnceWhenAWatchBegins) {
   for (int number = 0; number < 64; ++number) machine_.addVirtual(QStringLiteral("tty%1").arg(number));
-  machine_.plugFtdi(u"ttyUSB0"_qs);
-  machine_.plugFtdi(u"ttyUSB1"_qs, socketB);
+  machine_.plugFtdi(u"ttyUSB0"_s);
+  machine_.plugFtdi(u"ttyUSB1"_s, socketB);
   udevFaults().devicesLookedAt = 0;  // building the machine looks at them as well
   UdevDeviceRegistry registry;
   const Watcher watcher(registry);
@@ -208,74 +210,74 @@ TEST_F(UdevDeviceRegistryTest, LooksAtNoConsoleAndAtEachAdapterOnceWhenAWatchBeg
 }
 
 TEST_F(UdevDeviceRegistryTest, ATerminalInSoftwareOnlyIsKnownWhenTheUserHasNamedIt) {
-  machine_.addVirtual(u"ttyGS0"_qs);
-  machine_.addVirtual(u"ttyGS1"_qs);
+  machine_.addVirtual(u"ttyGS0"_s);
+  machine_.addVirtual(u"ttyGS1"_s);
   UdevDeviceRegistry registry;
   EXPECT_EQ(listed(registry), Names());
-  EXPECT_EQ(registry.addTerminal(u"/dev/ttyGS1"_qs), std::nullopt);
-  EXPECT_EQ(listed(registry), Names({u"usbport-ttyGS1"_qs}));
+  EXPECT_EQ(registry.addTerminal(u"/dev/ttyGS1"_s), std::nullopt);
+  EXPECT_EQ(listed(registry), Names({u"usbport-ttyGS1"_s}));
   Watcher watcher(registry);
-  machine_.removeVirtual(u"ttyGS1"_qs);
-  EXPECT_TRUE(watcher.sees({u"-usbport-ttyGS1"_qs}));
+  machine_.removeVirtual(u"ttyGS1"_s);
+  EXPECT_TRUE(watcher.sees({u"-usbport-ttyGS1"_s}));
 }
 
 TEST_F(UdevDeviceRegistryTest, WhoOnlyWaitsForDevicesToGoIsToldOfThoseThatWereThere) {
-  machine_.plugFtdi(u"ttyUSB0"_qs);
+  machine_.plugFtdi(u"ttyUSB0"_s);
   UdevDeviceRegistry registry;
-  EXPECT_EQ(listed(registry), Names({u"usbserial-ttyUSB0"_qs}));
+  EXPECT_EQ(listed(registry), Names({u"usbserial-ttyUSB0"_s}));
   Watcher watcher(registry, Watcher::Waits::ForDevicesToGo);
-  machine_.unplug(u"ttyUSB0"_qs, socketA);
-  EXPECT_TRUE(watcher.sees({u"-usbserial-ttyUSB0"_qs}));
+  machine_.unplug(u"ttyUSB0"_s, socketA);
+  EXPECT_TRUE(watcher.sees({u"-usbserial-ttyUSB0"_s}));
 }
 
 TEST_F(UdevDeviceRegistryTest, ATerminalThatIsNamedBetweenTwoWatchesIsToldWhenItGoes) {
-  machine_.addVirtual(u"ttyGS0"_qs);
+  machine_.addVirtual(u"ttyGS0"_s);
   UdevDeviceRegistry registry;
   const Watcher first(registry);
-  EXPECT_EQ(registry.addTerminal(u"/dev/ttyGS0"_qs), std::nullopt);
+  EXPECT_EQ(registry.addTerminal(u"/dev/ttyGS0"_s), std::nullopt);
   Watcher second(registry, Watcher::Waits::ForDevicesToGo);
-  machine_.removeVirtual(u"ttyGS0"_qs);
-  EXPECT_TRUE(second.sees({u"-usbport-ttyGS0"_qs}));
+  machine_.removeVirtual(u"ttyGS0"_s);
+  EXPECT_TRUE(second.sees({u"-usbport-ttyGS0"_s}));
 }
 
 TEST_F(UdevDeviceRegistryTest, ADeviceThatUdevIsNotDoneWithIsListedWithItsEvent) {
-  machine_.plugFtdi(u"ttyUSB0"_qs, socketA, false);
+  machine_.plugFtdi(u"ttyUSB0"_s, socketA, false);
   UdevDeviceRegistry registry;
   EXPECT_EQ(listed(registry), Names());
   Watcher watcher(registry);
-  machine_.sendEvent(u"ttyUSB0"_qs, socketA, "add");
-  EXPECT_TRUE(watcher.sees({u"+usbserial-ttyUSB0"_qs}));
+  machine_.sendEvent(u"ttyUSB0"_s, socketA, "add");
+  EXPECT_TRUE(watcher.sees({u"+usbserial-ttyUSB0"_s}));
 }
 
 TEST_F(UdevDeviceRegistryTest, AnotherKindOfServiceMatchesNothing) {
-  machine_.plugFtdi(u"ttyUSB0"_qs);
+  machine_.plugFtdi(u"ttyUSB0"_s);
   UdevDeviceRegistry registry;
-  EXPECT_EQ(listed(registry, {.clientType = u"IOModemStream"_qs}), Names());
-  EXPECT_EQ(listed(registry, {.serviceClass = u"IONetworkInterface"_qs}), Names());
+  EXPECT_EQ(listed(registry, {.clientType = u"IOModemStream"_s}), Names());
+  EXPECT_EQ(listed(registry, {.serviceClass = u"IONetworkInterface"_s}), Names());
 
   int calls = 0;
   RegistryHandle walk = 0;
   ASSERT_TRUE(registry.addMatchingNotification(
-      DeviceEvent::Published, {.clientType = u"IOModemStream"_qs},
+      DeviceEvent::Published, {.clientType = u"IOModemStream"_s},
       [&](DeviceRegistry::Context *, RegistryHandle) { ++calls; }, nullptr, walk));
   EXPECT_EQ(walkToEnd(registry, walk), Names());
   Watcher watcher(registry);
-  machine_.plugFtdi(u"ttyUSB1"_qs, socketB);
-  EXPECT_TRUE(watcher.sees({u"+usbserial-ttyUSB1"_qs}));
+  machine_.plugFtdi(u"ttyUSB1"_s, socketB);
+  EXPECT_TRUE(watcher.sees({u"+usbserial-ttyUSB1"_s}));
   EXPECT_EQ(calls, 0);
 }
 
 TEST_F(UdevDeviceRegistryTest, AWalkHoldsWhatWasThereWhenItWasMade) {
-  machine_.plugFtdi(u"ttyUSB0"_qs);
+  machine_.plugFtdi(u"ttyUSB0"_s);
   UdevDeviceRegistry registry;
   const RegistryHandle walk = registry.matchingServices({});
-  machine_.plugFtdi(u"ttyUSB1"_qs, socketB);
-  EXPECT_EQ(walkToEnd(registry, walk), Names({u"usbserial-ttyUSB0"_qs}));
-  EXPECT_EQ(listed(registry), Names({u"usbserial-ttyUSB0"_qs, u"usbserial-ttyUSB1"_qs}));
+  machine_.plugFtdi(u"ttyUSB1"_s, socketB);
+  EXPECT_EQ(walkToEnd(registry, walk), Names({u"usbserial-ttyUSB0"_s}));
+  EXPECT_EQ(listed(registry), Names({u"usbserial-ttyUSB0"_s, u"usbserial-ttyUSB1"_s}));
 }
 
 TEST_F(UdevDeviceRegistryTest, ADeviceIsKnownUntilItsLastOwnerReleasesIt) {
-  machine_.plugFtdi(u"ttyUSB0"_qs);
+  machine_.plugFtdi(u"ttyUSB0"_s);
   UdevDeviceRegistry registry;
   const RegistryHandle device = onlyDevice(registry);
   registry.retain(device);
@@ -286,29 +288,29 @@ TEST_F(UdevDeviceRegistryTest, ADeviceIsKnownUntilItsLastOwnerReleasesIt) {
 }
 
 TEST_F(UdevDeviceRegistryTest, TheFirstWalkOfAWatchHoldsThosePresentOrNone) {
-  machine_.plugFtdi(u"ttyUSB0"_qs);
+  machine_.plugFtdi(u"ttyUSB0"_s);
   UdevDeviceRegistry registry;
   RegistryHandle published = 0;
   RegistryHandle terminated = 0;
   ASSERT_TRUE(registry.addMatchingNotification(DeviceEvent::Published, {}, {}, nullptr, published));
   ASSERT_TRUE(registry.addMatchingNotification(DeviceEvent::Terminated, {}, {}, nullptr, terminated));
-  EXPECT_EQ(walkToEnd(registry, published), Names({u"usbserial-ttyUSB0"_qs}));
+  EXPECT_EQ(walkToEnd(registry, published), Names({u"usbserial-ttyUSB0"_s}));
   EXPECT_EQ(walkToEnd(registry, terminated), Names());
 }
 
 TEST_F(UdevDeviceRegistryTest, AnAdapterThatIsPluggedInAndPulledOutIsTold) {
   UdevDeviceRegistry registry;
   Watcher watcher(registry);
-  machine_.plugFtdi(u"ttyUSB0"_qs);
-  EXPECT_TRUE(watcher.sees({u"+usbserial-ttyUSB0"_qs}));
-  machine_.unplug(u"ttyUSB0"_qs, socketA);
-  EXPECT_TRUE(watcher.sees({u"-usbserial-ttyUSB0"_qs}));
-  machine_.plugFtdi(u"ttyUSB0"_qs);
-  EXPECT_TRUE(watcher.sees({u"+usbserial-ttyUSB0"_qs}));
+  machine_.plugFtdi(u"ttyUSB0"_s);
+  EXPECT_TRUE(watcher.sees({u"+usbserial-ttyUSB0"_s}));
+  machine_.unplug(u"ttyUSB0"_s, socketA);
+  EXPECT_TRUE(watcher.sees({u"-usbserial-ttyUSB0"_s}));
+  machine_.plugFtdi(u"ttyUSB0"_s);
+  EXPECT_TRUE(watcher.sees({u"+usbserial-ttyUSB0"_s}));
 }
 
 TEST_F(UdevDeviceRegistryTest, ADeviceThatWentIsWhatItWasThoughItsAncestorsAreGone) {
-  machine_.plugAcm(u"ttyACM0"_qs, socketA);
+  machine_.plugAcm(u"ttyACM0"_s, socketA);
   UdevDeviceRegistry registry;
   QStringList properties;
   RegistryHandle walk = 0;
@@ -320,53 +322,53 @@ TEST_F(UdevDeviceRegistryTest, ADeviceThatWentIsWhatItWasThoughItsAncestorsAreGo
   };
   ASSERT_TRUE(registry.addMatchingNotification(DeviceEvent::Terminated, {}, note, nullptr, walk));
   EXPECT_EQ(registry.next(walk), 0U);
-  machine_.unplug(u"ttyACM0"_qs, socketA);
+  machine_.unplug(u"ttyACM0"_s, socketA);
   ASSERT_TRUE(waitFor([&] { return !properties.isEmpty(); }));
-  EXPECT_EQ(properties, Names({u"usbmodem-ttyACM0"_qs, u"/dev/ttyACM0"_qs, u"cdc_acm"_qs}));
+  EXPECT_EQ(properties, Names({u"usbmodem-ttyACM0"_s, u"/dev/ttyACM0"_s, u"cdc_acm"_s}));
 }
 
 TEST_F(UdevDeviceRegistryTest, AListingBeforeTheEventIsReadDoesNotForgetTheDeviceThatWent) {
-  machine_.plugFtdi(u"ttyUSB0"_qs);
+  machine_.plugFtdi(u"ttyUSB0"_s);
   UdevDeviceRegistry registry;
   Watcher watcher(registry);
-  machine_.unplug(u"ttyUSB0"_qs, socketA);
+  machine_.unplug(u"ttyUSB0"_s, socketA);
   EXPECT_EQ(listed(registry), Names());
-  EXPECT_TRUE(watcher.sees({u"-usbserial-ttyUSB0"_qs}));
+  EXPECT_TRUE(watcher.sees({u"-usbserial-ttyUSB0"_s}));
 }
 
 TEST_F(UdevDeviceRegistryTest, SeveralEventsAtOnceAreToldInOrder) {
   UdevDeviceRegistry registry;
   Watcher watcher(registry);
-  machine_.plugFtdi(u"ttyUSB0"_qs, socketA);
-  machine_.plugAcm(u"ttyACM0"_qs, u"1-3"_qs);
-  machine_.unplug(u"ttyACM0"_qs, u"1-3"_qs);
-  machine_.plugFtdi(u"ttyUSB1"_qs, socketB);
+  machine_.plugFtdi(u"ttyUSB0"_s, socketA);
+  machine_.plugAcm(u"ttyACM0"_s, u"1-3"_s);
+  machine_.unplug(u"ttyACM0"_s, u"1-3"_s);
+  machine_.plugFtdi(u"ttyUSB1"_s, socketB);
   // The modem was gone before its coming was read, so that nothing was left to know it by.
-  EXPECT_TRUE(watcher.sees({u"+usbserial-ttyUSB0"_qs, u"+usbserial-ttyUSB1"_qs}));
-  machine_.unplug(u"ttyUSB1"_qs, socketB);
-  machine_.unplug(u"ttyUSB0"_qs, socketA);
-  EXPECT_TRUE(watcher.sees({u"-usbserial-ttyUSB1"_qs, u"-usbserial-ttyUSB0"_qs}));
+  EXPECT_TRUE(watcher.sees({u"+usbserial-ttyUSB0"_s, u"+usbserial-ttyUSB1"_s}));
+  machine_.unplug(u"ttyUSB1"_s, socketB);
+  machine_.unplug(u"ttyUSB0"_s, socketA);
+  EXPECT_TRUE(watcher.sees({u"-usbserial-ttyUSB1"_s, u"-usbserial-ttyUSB0"_s}));
 }
 
 TEST_F(UdevDeviceRegistryTest, ADeviceThatIsAddedTwiceIsToldTwiceAndGoesOnce) {
   UdevDeviceRegistry registry;
   Watcher watcher(registry);
-  machine_.plugFtdi(u"ttyUSB0"_qs);
-  machine_.sendEvent(u"ttyUSB0"_qs, socketA, "add");
-  EXPECT_TRUE(watcher.sees({u"+usbserial-ttyUSB0"_qs, u"+usbserial-ttyUSB0"_qs}));
-  machine_.sendEvent(u"ttyUSB0"_qs, socketA, "remove");
-  machine_.sendEvent(u"ttyUSB0"_qs, socketA, "remove");
-  machine_.plugFtdi(u"ttyUSB1"_qs, socketB);
-  EXPECT_TRUE(watcher.sees({u"-usbserial-ttyUSB0"_qs, u"+usbserial-ttyUSB1"_qs}));
+  machine_.plugFtdi(u"ttyUSB0"_s);
+  machine_.sendEvent(u"ttyUSB0"_s, socketA, "add");
+  EXPECT_TRUE(watcher.sees({u"+usbserial-ttyUSB0"_s, u"+usbserial-ttyUSB0"_s}));
+  machine_.sendEvent(u"ttyUSB0"_s, socketA, "remove");
+  machine_.sendEvent(u"ttyUSB0"_s, socketA, "remove");
+  machine_.plugFtdi(u"ttyUSB1"_s, socketB);
+  EXPECT_TRUE(watcher.sees({u"-usbserial-ttyUSB0"_s, u"+usbserial-ttyUSB1"_s}));
 }
 
 TEST_F(UdevDeviceRegistryTest, WhatIsNotListedIsNotTold) {
   UdevDeviceRegistry registry;
   Watcher watcher(registry);
-  machine_.addVirtual(u"tty7"_qs);
-  machine_.addLegacy(u"ttyS3"_qs, 0);
-  machine_.plugFtdi(u"ttyUSB0"_qs);
-  EXPECT_TRUE(watcher.sees({u"+usbserial-ttyUSB0"_qs}));
+  machine_.addVirtual(u"tty7"_s);
+  machine_.addLegacy(u"ttyS3"_s, 0);
+  machine_.plugFtdi(u"ttyUSB0"_s);
+  EXPECT_TRUE(watcher.sees({u"+usbserial-ttyUSB0"_s}));
 }
 
 TEST_F(UdevDeviceRegistryTest, ReleasingTheWalkEndsTheWatch) {
@@ -379,37 +381,79 @@ TEST_F(UdevDeviceRegistryTest, ReleasingTheWalkEndsTheWatch) {
       walk));
   EXPECT_EQ(registry.next(walk), 0U);
   registry.release(walk);
-  machine_.plugFtdi(u"ttyUSB0"_qs);
-  EXPECT_TRUE(other.sees({u"+usbserial-ttyUSB0"_qs}));
+  machine_.plugFtdi(u"ttyUSB0"_s);
+  EXPECT_TRUE(other.sees({u"+usbserial-ttyUSB0"_s}));
   EXPECT_EQ(calls, 0);
 }
 
 TEST_F(UdevDeviceRegistryTest, AfterAnOverflowTheDifferencesAreToldThoseGoneFirst) {
-  machine_.plugFtdi(u"ttyUSB0"_qs, socketA);
-  machine_.plugAcm(u"ttyACM0"_qs, u"1-3"_qs);
+  machine_.plugFtdi(u"ttyUSB0"_s, socketA);
+  machine_.plugAcm(u"ttyACM0"_s, u"1-3"_s);
   UdevDeviceRegistry registry;
   Watcher watcher(registry);
-  machine_.plugFtdi(u"ttyUSB1"_qs, socketB);
-  machine_.unplug(u"ttyUSB0"_qs, socketA);
-  udevFaults().overflowOnce = true;
-  EXPECT_TRUE(watcher.sees({u"-usbserial-ttyUSB0"_qs, u"+usbserial-ttyUSB1"_qs}));
-  EXPECT_FALSE(udevFaults().overflowOnce);
-  machine_.unplug(u"ttyUSB1"_qs, socketB);
-  EXPECT_TRUE(watcher.sees({u"-usbserial-ttyUSB1"_qs}));
+  machine_.plugFtdi(u"ttyUSB1"_s, socketB);
+  machine_.unplug(u"ttyUSB0"_s, socketA);
+  udevFaults().overflowAfter = 0;
+  EXPECT_TRUE(watcher.sees({u"-usbserial-ttyUSB0"_s, u"+usbserial-ttyUSB1"_s}));
+  EXPECT_FALSE(udevFaults().overflowAfter.has_value());
+  machine_.unplug(u"ttyUSB1"_s, socketB);
+  EXPECT_TRUE(watcher.sees({u"-usbserial-ttyUSB1"_s}));
+}
+
+TEST_F(UdevDeviceRegistryTest, WhatWasQueuedBeforeAnOverflowIsReadBeforeTheMachineIsLookedAt) {
+  machine_.plugFtdi(u"ttyUSB0"_s, socketA);
+  UdevDeviceRegistry registry;
+  Watcher watcher(registry);
+  machine_.unplug(u"ttyUSB0"_s, socketA);
+  machine_.plugFtdi(u"ttyUSB0"_s, socketA);  // of which the word is lost
+  udevFaults().overflowAfter = 1;
+  EXPECT_TRUE(watcher.sees({u"-usbserial-ttyUSB0"_s, u"+usbserial-ttyUSB0"_s}));
+  EXPECT_TRUE(udevFaults().inTime.empty());
+}
+
+TEST_F(UdevDeviceRegistryTest, AnotherAdapterInTheSameSocketIsToldAfterAnOverflow) {
+  machine_.plugFtdi(u"ttyUSB0"_s, socketA);
+  UdevDeviceRegistry registry;
+  Watcher watcher(registry);
+  machine_.unplug(u"ttyUSB0"_s, socketA);
+  machine_.plugFtdi(u"ttyUSB0"_s, socketA, true, u"B60396CJ"_s);
+  udevFaults().overflowAfter = 0;
+  EXPECT_TRUE(watcher.sees({u"-usbserial-ttyUSB0"_s, u"+usbserial-ttyUSB0"_s}));
+  EXPECT_EQ(read(registry, onlyDevice(registry), DeviceKey::serialNumber), u"B60396CJ");
+}
+
+TEST_F(UdevDeviceRegistryTest, AnAdapterAtTheNodeOfOneWhoseGoingWasLostIsToldLast) {
+  machine_.plugFtdi(u"ttyUSB0"_s, socketA);
+  UdevDeviceRegistry registry;
+  Watcher watcher(registry);
+  machine_.unplug(u"ttyUSB0"_s, socketA);
+  machine_.plugFtdi(u"ttyUSB0"_s, socketB);
+  udevFaults().overflowAfter = 1;
+  udevFaults().lostFirst = 1;
+  EXPECT_TRUE(watcher.sees({u"+usbserial-ttyUSB0"_s, u"-usbserial-ttyUSB0"_s, u"+usbserial-ttyUSB0"_s}));
+}
+
+TEST_F(UdevDeviceRegistryTest, AnAdapterThatIsStillThereAfterAnOverflowIsNotTold) {
+  machine_.plugFtdi(u"ttyUSB0"_s, socketA);
+  UdevDeviceRegistry registry;
+  Watcher watcher(registry);
+  machine_.plugFtdi(u"ttyUSB1"_s, socketB);
+  udevFaults().overflowAfter = 0;
+  EXPECT_TRUE(watcher.sees({u"+usbserial-ttyUSB1"_s}));
 }
 
 TEST_F(UdevDeviceRegistryTest, WithoutAMonitorThereIsNoWatch) {
-  machine_.plugFtdi(u"ttyUSB0"_qs);
+  machine_.plugFtdi(u"ttyUSB0"_s);
   udevFaults().noMonitor = true;
   UdevDeviceRegistry registry;
   RegistryHandle walk = 1;
   EXPECT_FALSE(registry.addMatchingNotification(DeviceEvent::Published, {}, {}, nullptr, walk));
   EXPECT_EQ(walk, 0U);
-  EXPECT_EQ(listed(registry), Names({u"usbserial-ttyUSB0"_qs}));
+  EXPECT_EQ(listed(registry), Names({u"usbserial-ttyUSB0"_s}));
 }
 
 TEST_F(UdevDeviceRegistryTest, WithoutUdevOnlyTheTerminalsOfTheUserAreThere) {
-  machine_.plugFtdi(u"ttyUSB0"_qs);
+  machine_.plugFtdi(u"ttyUSB0"_s);
   udevFaults().noContext = true;
   UdevDeviceRegistry registry;
   RegistryHandle walk = 1;
@@ -421,13 +465,13 @@ TEST_F(UdevDeviceRegistryTest, WithoutUdevOnlyTheTerminalsOfTheUserAreThere) {
 }
 
 TEST_F(UdevDeviceRegistryTest, TerminalsOfTheUserComeFirstInTheOrderAdded) {
-  machine_.plugFtdi(u"ttyUSB0"_qs);
+  machine_.plugFtdi(u"ttyUSB0"_s);
   const Pty first;
   const Pty second;
   UdevDeviceRegistry registry;
   EXPECT_EQ(registry.addTerminal(second.node()), std::nullopt);
   EXPECT_EQ(registry.addTerminal(first.node()), std::nullopt);
-  EXPECT_EQ(listed(registry), Names({second.name(), first.name(), u"usbserial-ttyUSB0"_qs}));
+  EXPECT_EQ(listed(registry), Names({second.name(), first.name(), u"usbserial-ttyUSB0"_s}));
 }
 
 TEST_F(UdevDeviceRegistryTest, ATerminalOfTheUserIsNamedAfterItsPathBelowDev) {
@@ -446,7 +490,7 @@ TEST_F(UdevDeviceRegistryTest, ATerminalOfTheUserIsNamedAfterItsPathBelowDev) {
 TEST_F(UdevDeviceRegistryTest, ALinkToATerminalIsTheTerminal) {
   const Pty pty;
   const QTemporaryDir folder;
-  const QString link = folder.filePath(u"servo"_qs);
+  const QString link = folder.filePath(u"servo"_s);
   ASSERT_TRUE(QFile::link(pty.node(), link));
   UdevDeviceRegistry registry;
   EXPECT_EQ(registry.addTerminal(link), std::nullopt);
@@ -457,12 +501,12 @@ TEST_F(UdevDeviceRegistryTest, ALinkToATerminalIsTheTerminal) {
 }
 
 TEST_F(UdevDeviceRegistryTest, ADeviceThatUdevListsAsWellIsListedOnceInFront) {
-  machine_.plugFtdi(u"ttyUSB0"_qs, socketA);
-  machine_.plugFtdi(u"ttyUSB1"_qs, socketB);
-  machine_.link(u"serial/by-id/usb-FTDI-if00"_qs, u"../../ttyUSB1"_qs);
+  machine_.plugFtdi(u"ttyUSB0"_s, socketA);
+  machine_.plugFtdi(u"ttyUSB1"_s, socketB);
+  machine_.link(u"serial/by-id/usb-FTDI-if00"_s, u"../../ttyUSB1"_s);
   UdevDeviceRegistry registry;
-  EXPECT_EQ(registry.addTerminal(u"/dev/serial/by-id/usb-FTDI-if00"_qs), std::nullopt);
-  EXPECT_EQ(listed(registry), Names({u"usbport-ttyUSB1"_qs, u"usbserial-ttyUSB0"_qs}));
+  EXPECT_EQ(registry.addTerminal(u"/dev/serial/by-id/usb-FTDI-if00"_s), std::nullopt);
+  EXPECT_EQ(listed(registry), Names({u"usbport-ttyUSB1"_s, u"usbserial-ttyUSB0"_s}));
 
   const RegistryHandle walk = registry.matchingServices({});
   const RegistryHandle device = registry.next(walk);
@@ -471,15 +515,15 @@ TEST_F(UdevDeviceRegistryTest, ADeviceThatUdevListsAsWellIsListedOnceInFront) {
 }
 
 TEST_F(UdevDeviceRegistryTest, AnAdapterThatTheUserNamedComesAndGoesUnderThatName) {
-  machine_.plugFtdi(u"ttyUSB0"_qs);
+  machine_.plugFtdi(u"ttyUSB0"_s);
   UdevDeviceRegistry registry;
-  EXPECT_EQ(registry.addTerminal(u"/dev/ttyUSB0"_qs), std::nullopt);
+  EXPECT_EQ(registry.addTerminal(u"/dev/ttyUSB0"_s), std::nullopt);
   Watcher watcher(registry);
-  machine_.unplug(u"ttyUSB0"_qs, socketA);
-  EXPECT_TRUE(watcher.sees({u"-usbport-ttyUSB0"_qs}));
+  machine_.unplug(u"ttyUSB0"_s, socketA);
+  EXPECT_TRUE(watcher.sees({u"-usbport-ttyUSB0"_s}));
   EXPECT_EQ(listed(registry), Names());
-  machine_.plugFtdi(u"ttyUSB0"_qs);
-  EXPECT_TRUE(watcher.sees({u"+usbport-ttyUSB0"_qs}));
+  machine_.plugFtdi(u"ttyUSB0"_s);
+  EXPECT_TRUE(watcher.sees({u"+usbport-ttyUSB0"_s}));
 }
 
 TEST_F(UdevDeviceRegistryTest, ATerminalOfTheUserThatIsGoneIsNotListed) {
@@ -492,17 +536,17 @@ TEST_F(UdevDeviceRegistryTest, ATerminalOfTheUserThatIsGoneIsNotListed) {
 
 TEST_F(UdevDeviceRegistryTest, APathThatIsNotThereIsRefusedWithTheReason) {
   UdevDeviceRegistry registry;
-  EXPECT_EQ(registry.addTerminal(u"/dev/ttyUSB77"_qs), u"/dev/ttyUSB77: No such file or directory"_qs);
-  EXPECT_EQ(registry.addTerminal(QString()), u": No such file or directory"_qs);
+  EXPECT_EQ(registry.addTerminal(u"/dev/ttyUSB77"_s), u"/dev/ttyUSB77: No such file or directory"_s);
+  EXPECT_EQ(registry.addTerminal(QString()), u": No such file or directory"_s);
   EXPECT_EQ(listed(registry), Names());
 }
 
 TEST_F(UdevDeviceRegistryTest, AFileThatIsNoTerminalIsRefusedWithTheReason) {
   const QTemporaryDir folder;
-  QFile file(folder.filePath(u"notes"_qs));
+  QFile file(folder.filePath(u"notes"_s));
   ASSERT_TRUE(file.open(QIODevice::WriteOnly));
   UdevDeviceRegistry registry;
-  const QString reason = u": is not a terminal: not a character device"_qs;
+  const QString reason = u": is not a terminal: not a character device"_s;
   EXPECT_EQ(registry.addTerminal(file.fileName()), file.fileName() + reason);
   EXPECT_EQ(registry.addTerminal(folder.path()), folder.path() + reason);
   EXPECT_EQ(listed(registry), Names());
@@ -511,8 +555,8 @@ TEST_F(UdevDeviceRegistryTest, AFileThatIsNoTerminalIsRefusedWithTheReason) {
 TEST_F(UdevDeviceRegistryTest, ACharacterDeviceThatIsNoTerminalIsRefusedWithTheReason) {
   machine_.addNull();
   UdevDeviceRegistry registry;
-  EXPECT_EQ(registry.addTerminal(u"/dev/null"_qs),
-            u"/dev/null: is not a terminal but a device of kind \"mem\""_qs);
+  EXPECT_EQ(registry.addTerminal(u"/dev/null"_s),
+            u"/dev/null: is not a terminal but a device of kind \"mem\""_s);
   EXPECT_EQ(listed(registry), Names());
 }
 

@@ -4,6 +4,9 @@
 
 #include <cerrno>
 #include <dlfcn.h>
+#include <utility>
+
+#include <poll.h>
 
 namespace tavril {
 
@@ -43,11 +46,33 @@ udev_device *udev_device_new_from_syspath(udev *context, const char *place) {
 
 udev_device *udev_monitor_receive_device(udev_monitor *monitor) {
   const auto receive = original(&udev_monitor_receive_device, "udev_monitor_receive_device");
-  if (!udevFaults().overflowOnce) return receive(monitor);
-  while (udev_device *lost = receive(monitor)) udev_device_unref(lost);
-  udevFaults().overflowOnce = false;
-  errno = ENOBUFS;
-  return nullptr;
+  tavril::UdevFaults &faults = udevFaults();
+  if (const auto kept = std::exchange(faults.overflowAfter, std::nullopt)) {
+    // One that is on its way is among them.
+    constexpr int longestWay_ms = 20000;
+    std::size_t missing = faults.lostFirst + *kept;
+    for (;;) {
+      pollfd input{udev_monitor_get_fd(monitor), POLLIN, 0};
+      if (missing > 0) ::poll(&input, 1, longestWay_ms);
+      udev_device *waiting = receive(monitor);
+      if (!waiting) break;
+      if (missing > 0) --missing;
+      if (faults.lostFirst > 0) {
+        --faults.lostFirst;
+        udev_device_unref(waiting);
+      } else if (faults.inTime.size() < *kept) {
+        faults.inTime.push_back(waiting);
+      } else {
+        udev_device_unref(waiting);
+      }
+    }
+    errno = ENOBUFS;
+    return nullptr;
+  }
+  if (faults.inTime.empty()) return receive(monitor);
+  udev_device *first = faults.inTime.front();
+  faults.inTime.pop_front();
+  return first;
 }
 
 // udev's database, in which it notes the devices that it is done with, is not part of the mocked machine; the

@@ -1,6 +1,7 @@
 // The programs as users start them, with a user's rights.
 #include "serial/SerialPort.h"
 #include "serial/SerialPortManager.h"
+#include "tests/support/SyslogSocket.h"
 #include "tests/vm/guest/KernelBench.h"
 
 #include <QFile>
@@ -115,6 +116,25 @@ TEST_F(Programs, TellThatNoPortIsThere) {
   run(report());
   EXPECT_EQ(status(), 1);
   EXPECT_TRUE(err.startsWith("tavril: there is no serial port")) << err.toStdString();
+}
+
+TEST_F(Programs, WriteToTheLogOfTheMachineUnderTheirNames) {
+  // So many messages wait for us to read them.
+  QFile queue(QStringLiteral("/proc/sys/net/unix/max_dgram_qlen"));
+  ASSERT_TRUE(queue.open(QIODevice::WriteOnly) && queue.write("512") == 3 && queue.flush());
+  const SyslogSocket log("/dev/log");
+  plugIn();
+  const QByteArray error =
+      ": Serial port usbserial-ttyUSB0 encountered an error: Permission denied (13): /dev/ttyUSB0";
+  run(report(), guest);
+  EXPECT_EQ(status(), 1);
+  const QByteArrayList ofTavril = log.pendingTexts();
+  EXPECT_TRUE(ofTavril.contains("<15>tavril: Key count=15")) << ofTavril.join('\n').toStdString();
+  EXPECT_TRUE(ofTavril.contains("<12>tavril" + error)) << ofTavril.join('\n').toStdString();
+  run({QStringLiteral("read")}, guest, tavrilctl);
+  EXPECT_EQ(status(), 3);
+  const QByteArrayList ofTavrilctl = log.pendingTexts();
+  EXPECT_TRUE(ofTavrilctl.contains("<12>tavrilctl" + error)) << ofTavrilctl.join('\n').toStdString();
 }
 
 TEST_F(Programs, TellThatThePlugWasPulledDuringTheStartUpWait) {

@@ -1,4 +1,4 @@
-"""The tables of docs/troubleshooting.md and docs/threat-model.md are about messages and tests that there are.
+"""The tables of docs/messages.md, docs/troubleshooting.md and docs/threat-model.md are about existing messages and tests.
 
 Every test that a row names stands in the sources of the tests, every text that a row quotes in the string table or in
 the sources of the program, and every failure that the command line programs can end with has a row.
@@ -36,12 +36,12 @@ def plain(text):
 
 
 def rows_of(document):
-    """The cells of every row of every table, without the heads."""
+    """The cells of every row of every table, without the heads and the lists of two columns."""
     rows = []
     for line in read(document).splitlines():
         if line.startswith("|") and not re.match(r"\|[-|]+\|$", line):
             rows.append([cell.strip() for cell in line.strip("|").split(" | ")])
-    return [row for row in rows if row[-1] not in ("Test", "Tests")]
+    return [row for row in rows if len(row) > 2 and row[-1] not in ("Test", "Tests", "What to do")]
 
 
 def pieces(text):
@@ -59,8 +59,28 @@ def test_names():
     return names
 
 
-class Troubleshooting(unittest.TestCase):
-    document = "docs/troubleshooting.md"
+def quoted_texts(document):
+    """The pieces of all texts that the first cells of a document's tables quote."""
+    found = []
+    for row in rows_of(document):
+        for quoted in re.findall(r'(?:^|or )"(.+?)"(?=$| or "| beside| as an)', row[0]):
+            found += pieces(quoted)
+    return found
+
+
+def texts_of_the_programs():
+    corpus = plain("\n".join(joined(text) for text in sources("src/**/*.cpp", "src/**/*.h").values()))
+    return corpus + plain(read("resources/strings/en.strings"))
+
+
+def texts_of_the_doctors_problems():
+    texts = dict(re.findall(r'^"(.*?)"="(.*)";$', read("resources/strings/en.strings"), re.MULTILINE))
+    cases = re.findall(r'\{"(\w+)",\s*CheckId::\w+,\s*State::(Failed|Warning),', read("tests/doctor/ExaminationTest.cpp"))
+    return {finding: texts["doctor_" + finding] for finding, _ in cases}
+
+
+class Messages(unittest.TestCase):
+    document = "docs/messages.md"
 
     def test_every_row_has_the_four_columns(self):
         rows = rows_of(self.document)
@@ -84,17 +104,10 @@ class Troubleshooting(unittest.TestCase):
         self.assertGreater(count, 110)
 
     def test_every_text_that_is_quoted_can_be_met(self):
-        corpus = plain("\n".join(joined(text) for text in sources("src/**/*.cpp", "src/**/*.h").values()))
-        corpus += plain(read("resources/strings/en.strings"))
-        missing = []
-        count = 0
-        for row in rows_of(self.document):
-            for quoted in re.findall(r'(?:^|or )"(.+?)"(?=$| or "| beside| as an)', row[0]):
-                found = pieces(quoted)
-                missing += [piece for piece in found if piece not in corpus]
-                count += len(found)
-        self.assertEqual(missing, [])
-        self.assertGreater(count, 90)
+        corpus = texts_of_the_programs()
+        quoted = quoted_texts(self.document)
+        self.assertEqual([piece for piece in quoted if piece not in corpus], [])
+        self.assertGreater(len(quoted), 90)
 
     def test_every_failure_of_the_command_line_programs_has_a_row(self):
         table = "\n".join(row[0] for row in rows_of(self.document))
@@ -115,12 +128,42 @@ class Troubleshooting(unittest.TestCase):
 
     def test_every_problem_that_the_doctor_finds_has_a_row(self):
         table = "\n".join(row[0] for row in rows_of(self.document))
-        texts = dict(re.findall(r'^"(.*?)"="(.*)";$', read("resources/strings/en.strings"), re.MULTILINE))
-        cases = re.findall(r'\{"(\w+)",\s*CheckId::\w+,\s*State::(Failed|Warning),', read("tests/doctor/ExaminationTest.cpp"))
-        self.assertGreater(len(cases), 25)
-        for finding, _ in cases:
-            for piece in pieces(texts["doctor_" + finding]):
+        problems = texts_of_the_doctors_problems()
+        self.assertGreater(len(problems), 25)
+        for finding, text in problems.items():
+            for piece in pieces(text):
                 self.assertIn(piece, table, finding)
+
+    def test_no_advice_sends_the_reader_back_to_the_message(self):
+        for row in rows_of(self.document):
+            self.assertNotRegex(row[2], r"^As (it says|above)", row)
+
+
+class Troubleshooting(unittest.TestCase):
+    document = "docs/troubleshooting.md"
+
+    def test_every_row_says_what_is_seen_why_and_what_to_do(self):
+        rows = rows_of(self.document)
+        self.assertGreater(len(rows), 40)
+        for row in rows:
+            self.assertEqual(len(row), 3, row)
+            for cell in row:
+                self.assertTrue(cell, row)
+
+    def test_every_text_that_is_quoted_can_be_met(self):
+        corpus = texts_of_the_programs()
+        quoted = quoted_texts(self.document)
+        self.assertEqual([piece for piece in quoted if piece not in corpus], [])
+        self.assertGreater(len(quoted), 40)
+
+    def test_every_problem_that_the_doctor_finds_is_explained(self):
+        text = read(self.document)
+        for finding, problem in texts_of_the_doctors_problems().items():
+            for piece in pieces(problem):
+                self.assertIn(piece, text, finding)
+
+    def test_names_no_tests(self):
+        self.assertNotRegex(read(self.document), r"`\w+(Test|Program)?\.[A-Z]\w+`")
 
 
 class ThreatModel(unittest.TestCase):
@@ -151,10 +194,15 @@ class ThreatModel(unittest.TestCase):
             else:
                 self.assertEqual(modes, [], os.path.relpath(path, ROOT))
 
-    def test_no_socket_is_opened(self):
+    def test_the_only_socket_is_the_one_that_sends_to_the_log(self):
+        sends = []
         for path, text in self.program.items():
-            self.assertIsNone(re.search(r"QLocalServer|QTcpServer|QUdpSocket|\bsocket\s*\(|\bbind\s*\(", text),
+            self.assertIsNone(re.search(r"QLocalServer|QLocalSocket|QTcp|QUdpSocket|\bbind\s*\(|(?<!\w)::(listen|accept4?|recv(from|msg)?)\s*\(", text),
                               os.path.relpath(path, ROOT))
+            if re.search(r"\bsocket\s*\(", text):
+                sends.append(os.path.relpath(path, ROOT))
+        self.assertEqual(sends, ["src/platform/linux/SystemLog.cpp"])
+        self.assertIn("::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0)", read(sends[0]))
 
     def test_every_label_of_a_screen_design_is_plain_text(self):
         designs = sources("src/**/*.ui")

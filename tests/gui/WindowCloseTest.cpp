@@ -1,0 +1,101 @@
+// The real program on a desktop with a window manager, which is asked to close its window.
+#include "tests/support/Program.h"
+#include "tests/support/Pty.h"
+#include "tests/support/XDesktop.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <sys/ioctl.h>
+
+namespace tavril {
+namespace {
+
+constexpr qsizetype frameSize = 50;
+
+/// The program with its window, connected to a terminal of the test's.
+class ConnectedProgram {
+ public:
+  /// `hangs`: the name of the thread that is to hang; empty for none.
+  explicit ConnectedProgram(const char *hangs) : isToHang_(*hangs != '\0') {
+    termios odd = before_;
+    odd.c_lflag ^= ICANON | ECHO;
+    odd.c_iflag |= IXANY;
+    ::cfsetspeed(&odd, B4800);
+    EXPECT_EQ(::tcsetattr(pty_.slave(), TCSANOW, &odd), 0);
+    before_ = pty_.attributes();
+
+    qputenv("XDG_RUNTIME_DIR", QFile::encodeName(folder_.path()));
+    qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent");  // a window of its own
+    qputenv("TAVRIL_TEST_HANG", hangs);
+    qputenv("TAVRIL_TEST_HANGS", QFile::encodeName(mark()));
+    if (isToHang_) qputenv("LD_PRELOAD", TAVRIL_HANGING_CALLS);
+    program_ = std::make_unique<TavrilProgram>(
+        QStringList{QStringLiteral("--connect"), QStringLiteral("--port"), pty_.path()});
+    for (const char *name : {"XDG_RUNTIME_DIR", "DBUS_SESSION_BUS_ADDRESS", "TAVRIL_TEST_HANG",
+                             "TAVRIL_TEST_HANGS", "LD_PRELOAD"}) {
+      qunsetenv(name);
+    }
+  }
+
+  /// Whether the program has connected, and now has a worker that hangs where it is to have one.
+  bool isConnected() {
+    return pty_.read(frameSize).size() == frameSize &&
+           waitFor([this] { return !isToHang_ || QFile::exists(mark()); });
+  }
+  bool hasTakenTheLine() const { return !isAsBefore() && isExclusive(); }
+  bool closeWindow() { return XDesktop().close(program_->processId()); }
+  const Program::Outcome &outcome() { return program_->outcome(); }
+
+  bool isAsBefore() const {
+    const termios now = pty_.attributes();
+    return now.c_iflag == before_.c_iflag && now.c_oflag == before_.c_oflag &&
+           now.c_cflag == before_.c_cflag && now.c_lflag == before_.c_lflag &&
+           ::cfgetospeed(&now) == ::cfgetospeed(&before_);
+  }
+  bool isExclusive() const {
+    int exclusive = 0;
+    return ::ioctl(pty_.slave(), TIOCGEXCL, &exclusive) == 0 && exclusive != 0;
+  }
+
+ private:
+  QString mark() const { return folder_.filePath(QStringLiteral("hangs")); }
+
+  const bool isToHang_;
+  QTemporaryDir folder_;
+  Pty pty_;
+  termios before_ = pty_.attributes();
+  std::unique_ptr<TavrilProgram> program_;
+};
+
+/// One program for each thread of a port, so that they wait for their bridges at the same time.
+struct AllPrograms {
+  ConnectedProgram well{""};
+  ConnectedProgram withHangingReadLoop{"tavril-run"};
+  ConnectedProgram withHangingPinPoller{"tavril-repeat"};
+};
+StartedFirst<AllPrograms> programs;
+
+void expectGoodEnd(ConnectedProgram &program) {
+  ASSERT_TRUE(program.isConnected());
+  ASSERT_TRUE(program.hasTakenTheLine());
+  ASSERT_TRUE(waitFor([&] { return program.closeWindow(); }));
+  EXPECT_EQ(program.outcome().status, 0);
+  EXPECT_TRUE(program.isAsBefore());
+  EXPECT_FALSE(program.isExclusive());
+}
+
+TEST(ClosingTheWindow, EndsTheProcessAndPutsTheLineBack) {
+  expectGoodEnd(programs->well);
+}
+
+TEST(ClosingTheWindow, EndsTheProcessAndPutsTheLineBackWhenTheReadLoopHangs) {
+  expectGoodEnd(programs->withHangingReadLoop);
+}
+
+TEST(ClosingTheWindow, EndsTheProcessAndPutsTheLineBackWhenThePinPollerHangs) {
+  expectGoodEnd(programs->withHangingPinPoller);
+}
+
+}  // namespace
+}  // namespace tavril
