@@ -82,14 +82,26 @@ TEST_F(CtlSession, TakesCommandsFromTheStandardInput) {
   expectSuccess(sh("printf 'read kp\\n' | \"$0\" shell --port \"$1\" --timeout 60000"), " 9  kp  440\n");
 }
 
+/// The shell on a terminal of its own, as only there a line is edited; its exit status is that of the
+/// outcome. The "exec" leaves no other shell between, which Ctrl-C would end.
+class ShellOnTerminal : public Program {
+ public:
+  /// Its history is below `stateFolder`, if there is one, and its number in the file `number` there.
+  ShellOnTerminal(const QString &port, const QString &options, const QString &stateFolder = {})
+      : Program(
+            QStringLiteral("/bin/sh"),
+            {QStringLiteral("-c"),
+             QStringLiteral("HOME= XDG_STATE_HOME='%1' TERM=dumb exec script -qec \"%2exec '$0' shell "
+                            "--port $1 %3\" /dev/null")
+                 .arg(stateFolder,
+                      stateFolder.isEmpty() ? QString()
+                                            : QStringLiteral("echo \\$\\$ >'%1/number'; ").arg(stateFolder),
+                      options),
+             QStringLiteral(TAVRILCTL_PROGRAM), port}) {}
+};
+
 TEST_F(CtlSession, HasAShellWithHistoryThatGoesOnAfterCtrlCAndFailures) {
-  // A terminal of its own, as only there a line is edited.
-  Program program(QStringLiteral("/bin/sh"),
-                  {QStringLiteral("-c"),
-                   QStringLiteral("XDG_STATE_HOME='%1' TERM=dumb exec script -qec \"'$0' shell --port $1 "
-                                  "--timeout 60000\" /dev/null")
-                       .arg(folder_.path()),
-                   QStringLiteral(TAVRILCTL_PROGRAM), servo_.path()});
+  ShellOnTerminal program(servo_.path(), QStringLiteral("--timeout 60000"), folder_.path());
   const std::string prompt = "tavril> ";
   ASSERT_TRUE(program.showsNext(prompt)) << program.outcome().err;
   program.type("read kp\n");
@@ -116,23 +128,6 @@ TEST_F(CtlSession, HasAShellWithHistoryThatGoesOnAfterCtrlCAndFailures) {
   EXPECT_EQ(QFileInfo(history.fileName()).permissions() & (QFile::ReadGroup | QFile::ReadOther),
             QFile::Permissions());
 }
-
-/// The shell on a terminal of its own; its exit status is that of the outcome.
-class ShellOnTerminal : public Program {
- public:
-  /// Its history is below `stateFolder`, if there is one, and its number in the file `number` there.
-  ShellOnTerminal(const QString &port, const QString &options, const QString &stateFolder = {})
-      : Program(
-            QStringLiteral("/bin/sh"),
-            {QStringLiteral("-c"),
-             QStringLiteral("HOME= XDG_STATE_HOME='%1' TERM=dumb exec script -qec \"%2exec '$0' shell "
-                            "--port $1 %3\" /dev/null")
-                 .arg(stateFolder,
-                      stateFolder.isEmpty() ? QString()
-                                            : QStringLiteral("echo \\$\\$ >'%1/number'; ").arg(stateFolder),
-                      options),
-             QStringLiteral(TAVRILCTL_PROGRAM), port}) {}
-};
 
 TEST_F(CtlSession, EndsItsShellAtASignalWithTheStatusThatSaysSo) {
   ShellOnTerminal shell(servo_.path(), QStringLiteral("--timeout 60000"), folder_.path());
