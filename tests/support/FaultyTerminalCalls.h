@@ -1,8 +1,8 @@
 #pragma once
 
 #include "platform/TerminalCalls.h"
+#include "tests/support/Hook.h"
 
-#include <functional>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -119,7 +119,7 @@ class FaultyTerminalCalls final : public TerminalCalls {
     return order_;
   }
   /// Called at the beginning of each call, on the calling thread.
-  std::function<void(Call)> atCall;
+  Hook<Call> atCall;
 
   CallResult open(const std::string &path) override {
     return pass(Call::Open, [&] { return real_.open(path); });
@@ -224,7 +224,7 @@ class FaultyTerminalCalls final : public TerminalCalls {
 
   template <typename Real>
   CallResult pass(Call call, Real real) {
-    if (atCall) atCall(call);
+    atCall(call);
     {
       const std::lock_guard lock(mutex_);
       ++counts_[call];

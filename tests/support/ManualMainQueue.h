@@ -1,11 +1,11 @@
 #pragma once
 
 #include "platform/MainQueue.h"
+#include "tests/support/Hook.h"
 
 #include <chrono>
 #include <condition_variable>
 #include <deque>
-#include <functional>
 #include <mutex>
 #include <thread>
 #include <utility>
@@ -32,11 +32,11 @@ class ManualMainQueue final : public MainQueue {
     changed_.notify_all();
   }
 
-  /// Called at the beginning of each sync() of another thread, on that thread. Set before there is one.
-  std::function<void()> atSync;
+  /// Called at the beginning of each sync() of another thread, on that thread.
+  Hook<> atSync;
 
   bool sync(Job job) override {
-    if (atSync && !isMainThread()) atSync();
+    if (!isMainThread()) atSync();
     std::unique_lock lock(mutex_);
     if (shutDown_) return false;
     if (isMainThread()) {
