@@ -37,7 +37,7 @@ mirror_of() {
 # The mounts first: rm must not get into what belongs to this machine.
 remove_system() {
   local place
-  for place in dev proc var/cache/ccache; do umount --recursive "$root/$place" 2>/dev/null || true; done
+  for place in dev proc sys var/cache/ccache; do umount --recursive "$root/$place" 2>/dev/null || true; done
   grep -qF " $root/" /proc/self/mountinfo || rm -rf --one-file-system "$folder"
 }
 
@@ -66,6 +66,9 @@ make_system() {
     printf 'Acquire::Retries "3";\nAcquire::Check-Valid-Until "false";\n' >"$root/etc/apt/apt.conf.d/99clean-system"
   fi
   mount --types proc proc "$root/proc"
+  # What a device is stands there; nothing is to be changed.
+  mount --bind /sys "$root/sys"
+  mount -o remount,bind,ro "$root/sys"
   mount --rbind /dev "$root/dev"
   mount --make-rslave "$root/dev"
 }
