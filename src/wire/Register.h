@@ -17,6 +17,19 @@ enum class ReplyValue {
   DetailBits,  ///< the low byte as a list of details
 };
 
+/// Settings are written in this order. The limits that become wider come before those that become narrower,
+/// and with another reply policy the servo may stop answering.
+enum class WriteStage {
+  Limit,
+  CheckPeriod,
+  Gain,
+  Calibration,
+  TorquePolicy,
+  LedPolicy,
+  ServoId,
+  ReplyPolicy
+};
+
 /// What a value counts. Empty where only the servo knows.
 struct Unit {
   std::u16string_view step;   ///< one step of the register: "10 ms"
@@ -37,9 +50,12 @@ struct Register {
   std::u16string_view entryKey{};    ///< where the text last read from the servo is kept
   std::u16string_view identifier{};  ///< of the field in which a value is typed
   ReplyValue reply = ReplyValue::Byte;
-  Range range{};      ///< of a setting
-  Unit unit{};        ///< the servo's own if empty
-  Choices choices{};  ///< what each value means, if the values are choices
+  Range range{};                         ///< of a setting
+  Unit unit{};                           ///< the servo's own if empty
+  Choices choices{};                     ///< what each value means, if the values are choices
+  WriteStage stage = WriteStage::Limit;  ///< of a setting
+  int limited = 0;                       ///< the register whose value a limit limits
+  bool isLowest = false;                 ///< the limit is a minimum
   std::u16string_view meaning;
 
   constexpr bool isSetting() const { return !helpKey.empty(); }

@@ -65,6 +65,21 @@ TEST(Registers, AreBitListsAt16And17) {
   for (const Register &row : registers) EXPECT_EQ(row.isBitList(), row.number == 16 || row.number == 17);
 }
 
+TEST(Registers, LimitWhatTheServoMeasures) {
+  for (const Register &row : registers) {
+    const bool isLimit = row.number >= 5 && row.number <= 8;
+    EXPECT_EQ(row.limited != 0, isLimit) << row.number;
+    if (row.isSetting()) {
+      EXPECT_EQ(row.stage == WriteStage::Limit, isLimit) << row.number;
+    }
+  }
+  EXPECT_EQ(findRegister(5)->limited, 19);
+  EXPECT_EQ(findRegister(6)->limited, 18);
+  EXPECT_EQ(findRegister(7)->limited, 18);
+  EXPECT_EQ(findRegister(8)->limited, 20);
+  for (const Register &row : registers) EXPECT_EQ(row.isLowest, row.number == 6) << row.number;
+}
+
 TEST(StatusBits, HaveTextsButForErrorBit4) {
   for (const StatusBit &bit : errorBits) EXPECT_EQ(bit.key.empty(), bit.bit == 4);
   for (const StatusBit &bit : detailBits) EXPECT_FALSE(bit.key.empty());
