@@ -2,8 +2,8 @@
 
 #include "app/ReplyDelivery.h"
 #include "platform/BlockingWait.h"
+#include "platform/Bytes.h"
 #include "platform/Desktop.h"
-#include "platform/IntegerValue.h"
 #include "platform/Log.h"
 #include "platform/ModalAlert.h"
 #include "platform/NotificationCenter.h"
@@ -13,15 +13,17 @@
 #include "platform/Timers.h"
 #include "protocol/Function.h"
 #include "protocol/RegisterCatalogue.h"
-#include "protocol/ReplyFrame.h"
 #include "protocol/SharedState.h"
 #include "serial/SerialEnvironment.h"
 #include "serial/SerialPort.h"
+#include "wire/Frames.h"
+#include "wire/Registers.h"
 
 #include <QLatin1Char>
 #include <QLatin1String>
 #include <algorithm>
 #include <any>
+#include <cstdint>
 #include <utility>
 
 namespace tavril {
@@ -31,7 +33,6 @@ namespace {
 constexpr unsigned long linkBaudRate = 115200;
 constexpr std::chrono::milliseconds settleTime{50};
 constexpr std::chrono::seconds notificationStays{3};
-constexpr int lastLabelledRegister = 14;
 
 QString portsText(const SerialPortList &ports) {
   QStringList names;
@@ -156,33 +157,27 @@ QString AppDelegate::pathToOpen() const {
 QString AppDelegate::cmdlabel(int registerNumber) const {
   const RegisterRow *row = findRegister(registerNumber);
   if (!row || !row->isSetting()) return {};
-  // Meant: register 15 gives its help key, under which no screen element is found.
-  return (registerNumber <= lastLabelledRegister ? row->valueKey : row->helpKey).toString();
+  // Meant: the calibration angle gives its help key, under which no screen element is found.
+  const bool isAngle = registerNumber == wire::RegisterNumber::CalibrationAngle;
+  return (isAngle ? row->helpKey : row->valueKey).toString();
 }
 
 void AppDelegate::SendCMDtoMCU() {
   // Meant: byte 3 is taken for a register number whatever the command is.
-  QString trace = cmdlabel(state_.SerialCMD[FrameByte::firstParameter]) + QStringLiteral("TX:");
-  const std::size_t length = std::min<std::size_t>(state_.SerialCMD[FrameByte::length], commandBufferSize);
-  for (std::size_t i = 0; i < length; ++i) {
-    const QString byte = QString::number(state_.SerialCMD[i], 16);
-    desktop_.log.write(byte);
-    trace += u' ' + byte;
+  QString trace = cmdlabel(state_.SerialCMD[wire::FrameByte::firstData]) + QStringLiteral("TX:");
+  for (const std::uint8_t byte : wire::frameIn(state_.SerialCMD)) {
+    const QString text = QString::number(byte, 16);
+    desktop_.log.write(text);
+    trace += u' ' + text;
   }
   state_.ObjectDictionaryArray.element(u"TXcmd").setText(trace);
-  if (serialPort_) {
-    serialPort_->sendData(QByteArray(reinterpret_cast<const char *>(state_.SerialCMD.data()),
-                                     static_cast<qsizetype>(commandBufferSize)));
-  }
+  if (serialPort_) serialPort_->sendData(toByteArray(state_.SerialCMD));
   state_.SerialCMD.fill(0);
 }
 
 void AppDelegate::remember(const QByteArray &data) {
   constexpr qsizetype longest = 4096;
-  const bool isDetection =
-      data.size() > static_cast<qsizetype>(FrameByte::firstParameter) &&
-      static_cast<CommandCode>(static_cast<unsigned char>(data[FrameByte::code])) == CommandCode::InitServo;
-  if (isDetection) received_.clear();
+  if (wire::codeIn(asBytes(data)) == wire::CommandCode::InitServo) received_.clear();
   received_ += data.first(std::min(data.size(), longest - received_.size()));
 }
 
@@ -195,7 +190,10 @@ void AppDelegate::didReceiveData(const Port &, const QByteArray &data) {
     decimal.append(QString::number(value));
     hexadecimal.append(QStringLiteral("%1").arg(value, 2, 16, QLatin1Char('0')));
   }
-  if (state_.CancelConnectFlag.isEmpty() && !acceptFrame(data, decimal, hexadecimal)) restartReading(decimal);
+  if (state_.CancelConnectFlag.isEmpty() && !acceptFrame(data, decimal, hexadecimal) &&
+      wire::hasStartMark(asBytes(data))) {
+    restartReading(decimal);
+  }
 
   // Meant: a decimal text has no leading zero, so this comparison never holds.
   if (data.size() == 1 && decimal.front() == u"00") {
@@ -206,11 +204,8 @@ void AppDelegate::didReceiveData(const Port &, const QByteArray &data) {
 
 bool AppDelegate::acceptFrame(const QByteArray &data, const QStringList &decimal,
                               const QStringList &hexadecimal) {
-  if (data.size() < 2 || decimal.front() != u"255" || decimal.back() != u"254" ||
-      integerValueOf(decimal[1]) != data.size()) {
-    return false;
-  }
-  if (takesExactRepliesOnly_ && replyLengthAt(data) != data.size()) {
+  if (!wire::isFrame(asBytes(data))) return false;
+  if (takesExactRepliesOnly_ && !wire::replyAt(asBytes(data))) {
     desktop_.log.write(QStringLiteral("Not a reply, ignored: ") + listText(decimal));
     return true;
   }
@@ -222,7 +217,6 @@ bool AppDelegate::acceptFrame(const QByteArray &data, const QStringList &decimal
 }
 
 void AppDelegate::restartReading(const QStringList &decimal) {
-  if (decimal.isEmpty() || decimal.front() != u"255") return;
   if (desktop_.log.isEnabled()) {
     const QString content = QStringLiteral("ContentArray=") + listText(decimal);
     for (qsizetype i = 0; i < decimal.size();

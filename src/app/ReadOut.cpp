@@ -81,7 +81,7 @@ void ReadOut::update() {
   if (read > readSoFar_ || detected != detected_) secondsLeft_ = countdownSeconds;
   readSoFar_ = read;
   detected_ = detected;
-  if (read < registerCount) return;
+  if (read < wire::registerCount) return;
   if (detected) {
     finish(QString());
   } else if (!std::exchange(hasAskedAgain_, true)) {
@@ -110,7 +110,7 @@ void ReadOut::countDown() {
             "%1 stopped answering after %2 of %3 registers: check the servo's cable and power, then retry.")
             .arg(port_->name())
             .arg(readSoFar_)
-            .arg(registerCount));
+            .arg(wire::registerCount));
   }
 }
 

@@ -1,13 +1,15 @@
 #pragma once
 
+#include "wire/Range.h"
+
 /// The arithmetic of the dial. Angles are degrees, anticlockwise from the right; the mix of single and double
 /// precision decides results at the borders and is meant as it stands.
 namespace tavril::dial {
 
 inline constexpr double knobRadius = 66;
 inline constexpr double knobSize = 22;
-inline constexpr double unitsPerDegree = 3.41;
-inline constexpr int positionEnd = 1024;  ///< first value that is no position
+inline constexpr double unitsPerDegree = wire::positionsPerDegree;
+inline constexpr int positionEnd = wire::positionRange.maximum + 1;  ///< first value that is no position
 
 double DegreeToRadians(double degrees);
 

@@ -10,6 +10,7 @@ class EditorView;
 class StringTable;
 class TextChange;
 struct Desktop;
+struct RegisterRow;
 struct SharedState;
 
 /// Explains the row of the parameter list that the pointer has come to, or the keyboard's focus. A notice
@@ -28,7 +29,7 @@ class HoverNotices {
   void languageDidChange(const TextChange &change);
 
  private:
-  void take(QStringView noticeKey, QStringView entryKey);
+  void take(const RegisterRow &row);
   void show();
 
   SharedState &state_;

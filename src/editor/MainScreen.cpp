@@ -8,6 +8,7 @@
 #include "platform/IntegerValue.h"
 #include "platform/StringTable.h"
 #include "ui_MainScreen.h"
+#include "wire/Range.h"
 
 #include <QChar>
 #include <QFont>
@@ -19,8 +20,6 @@
 namespace tavril {
 
 namespace {
-
-constexpr int highestPosition = 1023;
 
 QFont demiBold(int pixelSize) {
   QFont font = Style::textFont(pixelSize);
@@ -70,7 +69,7 @@ void MainScreen::followPosition(const QString &entry) {
   const bool isNumber =
       std::all_of(entry.begin(), entry.end(), [](QChar c) { return c >= u'0' && c <= u'9'; });
   const int position = integerValueOf(entry);
-  if (isNumber && position <= highestPosition) {
+  if (isNumber && position <= wire::positionRange.maximum) {
     ui_->imageView->setPosition(position);
     ui_->MotorPoint->setKnown(true);
   }

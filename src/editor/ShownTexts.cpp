@@ -4,6 +4,7 @@
 #include "platform/TextChange.h"
 #include "protocol/RegisterCatalogue.h"
 #include "protocol/SharedState.h"
+#include "wire/StatusBits.h"
 
 #include <QStringList>
 #include <QStringView>
@@ -14,8 +15,15 @@ namespace {
 
 QStringList statusKeys() {
   QStringList keys;
-  for (const int bit : {0, 1, 2, 3, 5, 6, 7}) keys.append(QStringLiteral("StatusErrorMsg%1").arg(bit));
-  for (const int bit : {4, 5, 60, 61, 7}) keys.append(QStringLiteral("StatusDetailMsg%1").arg(bit));
+  const auto append = [&](const auto &bits) {
+    for (const wire::StatusBit &bit : bits) {
+      for (const auto key : {bit.key, bit.keyIfShutDown}) {
+        if (!key.empty()) keys.append(QStringView(key).toString());
+      }
+    }
+  };
+  append(wire::errorBits);
+  append(wire::detailBits);
   return keys;
 }
 

@@ -262,13 +262,13 @@ void ViewController::flash() {
 
 void ViewController::sweep() {
   cmdcnt = 1;
-  while (cmdcnt < settingCount + 1) {
+  while (cmdcnt < wire::settingCount + 1) {
     FunctionCMD_->WriteMotorParameter(cmdcnt);
     desktop_.blockingWait.wait(sweepPause);
     ++cmdcnt;
   }
   ++cmdcnt;
-  if (cmdcnt > settingCount) cmdcnt = 1;
+  if (cmdcnt > wire::settingCount) cmdcnt = 1;
 }
 
 void ViewController::Colorreset() {

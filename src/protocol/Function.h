@@ -1,7 +1,5 @@
 #pragma once
 
-#include "protocol/Frames.h"
-
 #include <QString>
 #include <QStringList>
 #include <QStringView>
@@ -9,6 +7,10 @@
 #include <cstdint>
 
 namespace tavril {
+
+namespace wire {
+struct Command;
+}
 
 class CommandSender;
 class Log;
@@ -49,8 +51,8 @@ class Function {
   QString returnErrorCode(const QStringList &frame);
 
  private:
-  void begin(CommandCode code);
-  void send(CommandCode code);
+  void fill(const wire::Command &command);
+  void send(const wire::Command &command);
   void logCommand();
 
   void show(QStringView key, const QString &text) const;
@@ -60,7 +62,7 @@ class Function {
   QString decodeSetting(const QStringList &frame);
   void showSetting(const RegisterRow &row, const QStringList &frame);
   bool decodeStatus(const QStringList &frame);
-  void showStatus(int registerNumber, const QStringList &frame);
+  void showStatus(const RegisterRow &row, const QStringList &frame);
   QString decodeErrorReport(const QStringList &frame);
   QString decodePosition(const QStringList &frame);
 

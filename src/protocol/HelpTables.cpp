@@ -15,7 +15,7 @@ namespace {
 
 // The texts stand as the system has them, "RAED" included. Two are meant although they look wrong: the one of
 // "Kd" names Ki first, and the one of "CalibrationAngle" explains the present current.
-std::array<HelpEntry, settingCount> helpTexts() {
+std::array<HelpEntry, wire::settingCount> helpTexts() {
   return {{
       QStringList{QStringLiteral("系統沒有馬達"), QStringLiteral("系統有兩顆以上的馬達")},
       QStringList{QStringLiteral("Only STAT command reply"),

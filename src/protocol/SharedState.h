@@ -1,8 +1,8 @@
 #pragma once
 
 #include "protocol/EntryValue.h"
-#include "protocol/Frames.h"
 #include "protocol/ValueStore.h"
+#include "wire/Frames.h"
 
 #include <QHash>
 #include <QString>
@@ -24,7 +24,7 @@ using HelpEntry = std::variant<QString, QStringList>;
 /// What the parts of the program share, under the names by which all of them know it. One instance, made by
 /// main and passed on by reference; tests make their own. Main thread only. Texts are empty when idle.
 struct SharedState {
-  CommandBuffer SerialCMD{};         ///< the command being sent; all zero between two transmissions
+  wire::CommandBuffer SerialCMD{};   ///< the command being sent; all zero between two transmissions
   ValueStore ObjectDictionaryArray;  ///< screen elements by key
 
   QString ToolbarFlag;        ///< request word for the screen, such as "MotorInitOK"

@@ -2,6 +2,7 @@
 
 #include "platform/Log.h"
 #include "platform/StringTable.h"
+#include "wire/StatusBits.h"
 
 namespace tavril {
 
@@ -25,16 +26,15 @@ void appendItem(StatusList &list, const QString &text) {
 
 StatusList statusErrorList(int bits, const StringTable &strings, Log &log) {
   StatusList list;
-  for (int i = 0; i < 8; ++i) {
-    const int mask = 1 << i;
-    const int bit = bits & mask;
-    log.write(QStringLiteral("bit=%1,%2").arg(QString::number(mask, 16), QString::number(bit, 16)));
+  for (const wire::StatusBit &row : wire::errorBits) {
+    const int bit = bits & row.mask();
+    log.write(QStringLiteral("bit=%1,%2").arg(QString::number(row.mask(), 16), QString::number(bit, 16)));
     if (bit == 0) continue;
     startItem(list, bit, log);
-    if (i == 4) {
-      --list.count;  // meant: bit 4 has no message, yet it may put the separator up
+    if (row.key.empty()) {
+      --list.count;  // meant: a bit without a text counts for nothing, yet it may put the separator up
     } else {
-      appendItem(list, strings.text(QStringLiteral("StatusErrorMsg%1").arg(i)));
+      appendItem(list, strings.text(row.key));
     }
   }
   return list;
@@ -42,14 +42,12 @@ StatusList statusErrorList(int bits, const StringTable &strings, Log &log) {
 
 StatusList statusDetailList(int bits, bool shutDownDisabled, const StringTable &strings, Log &log) {
   StatusList list;
-  for (int i = 4; i < 8; ++i) {
-    const int mask = 1 << i;
-    log.write(QStringLiteral("bit=%1").arg(QString::number(mask, 16)));
-    if ((bits & mask) == 0) continue;
-    startItem(list, bits & mask, log);
-    QString key = QStringLiteral("StatusDetailMsg%1").arg(i);
-    if (i == 6) key += shutDownDisabled ? u'0' : u'1';
-    appendItem(list, strings.text(key));
+  for (const wire::StatusBit &row : wire::detailBits) {
+    log.write(QStringLiteral("bit=%1").arg(QString::number(row.mask(), 16)));
+    const int bit = bits & row.mask();
+    if (bit == 0) continue;
+    startItem(list, bit, log);
+    appendItem(list, strings.text(row.keyFor(shutDownDisabled)));
   }
   return list;
 }

@@ -28,7 +28,7 @@ class CountingSender final : public CommandSender {
     commands.push_back(state_.SerialCMD);
     state_.SerialCMD.fill(0);
   }
-  std::vector<CommandBuffer> commands;
+  std::vector<wire::CommandBuffer> commands;
 
  private:
   SharedState &state_;
@@ -117,7 +117,7 @@ class Decoder {
                "the next one is asked for");
     }
     if (!sender_.commands.empty()) {
-      const CommandBuffer &command = sender_.commands[0];
+      const wire::CommandBuffer &command = sender_.commands[0];
       mustHold(command[2] == 0x91 && command[3] >= 2 && command[3] <= 20, "only registers are asked for");
     }
     checkLists(after, before, low);
