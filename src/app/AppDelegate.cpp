@@ -4,6 +4,7 @@
 #include "platform/BlockingWait.h"
 #include "platform/Desktop.h"
 #include "platform/IntegerValue.h"
+#include "platform/KeyedText.h"
 #include "platform/Log.h"
 #include "platform/ModalAlert.h"
 #include "platform/NotificationCenter.h"
@@ -357,7 +358,7 @@ void AppDelegate::request(const QString &word) {
 // -------------------------------------------------------------------------------------------------- helpers
 
 void AppDelegate::showConnection(QStringView key) {
-  state_.ObjectDictionaryArray.element(u"ConnectStatus").setText(desktop_.strings.text(key));
+  state_.ObjectDictionaryArray.show(u"ConnectStatus", KeyedText(key), desktop_.strings);
 }
 
 int AppDelegate::alertUser(const QString &informativeText) {

@@ -1,13 +1,9 @@
 #include "editor/HoverNotices.h"
 
 #include "editor/EditorView.h"
-#include "editor/ShownTexts.h"
 #include "platform/Desktop.h"
-#include "platform/ScreenElement.h"
-#include "platform/StringTable.h"
 #include "protocol/SharedState.h"
 
-#include <QLatin1String>
 #include <algorithm>
 #include <array>
 
@@ -65,7 +61,7 @@ HoverNotices::HoverNotices(SharedState &state, EditorView &view, const Desktop &
     : state_(state), view_(view), strings_(desktop.strings) {}
 
 void HoverNotices::reset() {
-  str = QLatin1String("");
+  str = KeyedText();
 }
 
 void HoverNotices::mouseMoved(QPointF location) {
@@ -85,18 +81,14 @@ void HoverNotices::focusCame(QStringView noticeKey) {
 }
 
 void HoverNotices::take(QStringView noticeKey, QStringView entryKey) {
-  str = strings_.text(noticeKey);
-  const QString entry = state_.ErrorMsgShowToMegView.value(entryKey.toString());
-  if (!entry.isEmpty()) str += entry + u'\n';
+  str = KeyedText(noticeKey);
+  const KeyedText entry = state_.ErrorMsgShowToMegView.value(entryKey.toString());
+  if (!entry.isEmpty()) str += entry + KeyedText::words(QStringLiteral("\n"));
 }
 
 void HoverNotices::show() {
   view_.setTextLook(u"NoticeMSGview", 18, LabelColor::White);
-  view_.element(u"NoticeMSGview").setText(str);
-}
-
-void HoverNotices::languageDidChange(const TextChange &change) {
-  str = ShownTexts::notice(str, change);
+  state_.ObjectDictionaryArray.show(u"NoticeMSGview", str, strings_);
 }
 
 }  // namespace tavril

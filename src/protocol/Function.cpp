@@ -1,6 +1,7 @@
 #include "protocol/Function.h"
 
 #include "platform/Desktop.h"
+#include "platform/KeyedText.h"
 #include "platform/Log.h"
 #include "platform/ModalAlert.h"
 #include "platform/NamedDevice.h"
@@ -186,8 +187,8 @@ QString Function::returnErrorCode(const QStringList &frame) {
   return result;
 }
 
-void Function::show(QStringView key, const QString &text) const {
-  state_.ObjectDictionaryArray.element(key).setText(text);
+void Function::show(QStringView key, const KeyedText &text) const {
+  state_.ObjectDictionaryArray.show(key, text, strings_);
 }
 
 void Function::alertUser(const QString &messageText, const QString &informativeText) {
@@ -203,21 +204,21 @@ QString Function::decodeDetection(const QStringList &frame) {
     alertUser(strings_.text(u"Error"), message);
     state_.CanUseTavril = QStringLiteral("fail");
     state_.ToolbarFlag = QStringLiteral("MotorInitFail");
-    show(u"errormsg", message);
+    show(u"errormsg", KeyedText(u"no_servo"));
   } else if (frame[dataAt] == u"1") {
     message = QLatin1String("");  // empty, which is not the null of an unknown result
     state_.CanUseTavril = QStringLiteral("true");
     state_.ToolbarFlag = QStringLiteral("MotorInitOK");
-    show(u"errormsg", message);
+    show(u"errormsg", KeyedText());
     ReadServoSettingValue(1);
   } else if (frame[dataAt] == u"2") {
     message = strings_.text(u"there_are_more_than_one_servo");
     state_.CanUseTavril = QStringLiteral("fail");
     state_.ToolbarFlag = QStringLiteral("MotorInitFail");
-    show(u"errormsg", message);
+    show(u"errormsg", KeyedText(u"there_are_more_than_one_servo"));
   }
   const QString port = state_.SelectSerial ? state_.SelectSerial->name() : QString();
-  show(u"ConnectStatus", strings_.text(u"COM_Connect_P1") + port);
+  show(u"ConnectStatus", KeyedText(u"COM_Connect_P1") + KeyedText::words(port));
   state_.ObjectDictionaryArray.element(u"ContrainerView_WaitView").setHidden(true);
   return message;
 }
@@ -233,7 +234,7 @@ QString Function::decodeSetting(const QStringList &frame) {
   }
   if (!decodeStatus(frame)) {
     OnlyReadFlag.clear();
-    show(u"StatusError_value", frame[lowAt]);
+    state_.ObjectDictionaryArray.element(u"StatusError_value").setText(frame[lowAt]);
     log_.warn(QStringLiteral("Error=") + listText(frame));
     log_.warn(QStringLiteral("Read Error!"));
   }
@@ -281,18 +282,19 @@ void Function::showStatus(int registerNumber, const QStringList &frame) {
   log_.write(QString::fromUtf16(name) + u'=' + listText(frame));
 
   const RegisterRow &row = *findRegister(registerNumber);
+  ScreenElement &element = state_.ObjectDictionaryArray.element(row.valueKey);
   const int bits = frame[lowAt].toInt();
   if (row.reply == ReplyValue::ErrorBits) {
     const StatusList list = statusErrorList(bits, strings_, log_);
-    state_.ErrorMsgShowToMegView.insert(QStringLiteral("Error"), list.text);
-    show(row.valueKey, countText(bits, list, frame[lowAt]));
+    state_.ErrorMsgShowToMegView.insert(QStringLiteral("Error"), list.keyedText);
+    element.setText(countText(bits, list, frame[lowAt]));
   } else if (row.reply == ReplyValue::DetailBits) {
     const bool shutDownDisabled = state_.ObjectDictionaryArray.element(u"Torque_value").text() == u"0";
     const StatusList list = statusDetailList(bits, shutDownDisabled, strings_, log_);
-    state_.ErrorMsgShowToMegView.insert(QStringLiteral("Detail"), list.text);
-    show(row.valueKey, countText(bits, list, frame[lowAt]));
+    state_.ErrorMsgShowToMegView.insert(QStringLiteral("Detail"), list.keyedText);
+    element.setText(countText(bits, list, frame[lowAt]));
   } else {
-    show(row.valueKey, frame[lowAt]);
+    element.setText(frame[lowAt]);
   }
 }
 
@@ -305,7 +307,7 @@ QString Function::decodeErrorReport(const QStringList &frame) {
   for (qsizetype code = 0; code < texts.size(); ++code) {
     if (frame[dataAt] == QString::number(code)) text = texts[code];
   }
-  show(u"errormsg", text);
+  show(u"errormsg", KeyedText::words(text));
   log_.warn(text);
   return text;
 }

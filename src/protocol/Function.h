@@ -11,6 +11,7 @@
 namespace tavril {
 
 class CommandSender;
+class KeyedText;
 class Log;
 class ModalAlert;
 class StringTable;
@@ -53,7 +54,7 @@ class Function {
   void send(CommandCode code);
   void logCommand();
 
-  void show(QStringView key, const QString &text) const;
+  void show(QStringView key, const KeyedText &text) const;
   void alertUser(const QString &messageText, const QString &informativeText);
 
   QString decodeDetection(const QStringList &frame);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/KeyedText.h"
 #include "protocol/EntryValue.h"
 #include "protocol/Frames.h"
 #include "protocol/ValueStore.h"
@@ -34,8 +35,8 @@ struct SharedState {
   QString CancelConnectFlag;  ///< "disconnect" after the user gave up waiting
   QString returnSTR;          ///< what the last decoded reply said; the position after a position reply
 
-  QHash<QString, EntryValue> textFieldValue;      ///< what a rejected entry is put back to, by entry key
-  QHash<QString, QString> ErrorMsgShowToMegView;  ///< decoded status lists under "Error" and "Detail"
+  QHash<QString, EntryValue> textFieldValue;        ///< what a rejected entry is put back to, by entry key
+  QHash<QString, KeyedText> ErrorMsgShowToMegView;  ///< decoded status lists under "Error" and "Detail"
 
   std::vector<std::shared_ptr<SerialPort>> allSerialPortsInfo;  ///< USB ports ever seen; the first is opened
   std::shared_ptr<NamedDevice> SelectSerial;                    ///< port chosen in the dialog, for messages

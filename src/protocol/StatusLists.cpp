@@ -12,13 +12,14 @@ QString separator() {
 }
 
 void startItem(StatusList &list, int bit, Log &log) {
-  if (list.text.isEmpty()) list.text = separator();
+  if (list.keyedText.isEmpty()) list.keyedText = KeyedText::words(separator());
   ++list.count;
   log.write(QStringLiteral("StrToChar=%1").arg(bit));
 }
 
-void appendItem(StatusList &list, const QString &text) {
-  list.text += QStringLiteral("%1. ").arg(list.count) + text + u'\n';
+void appendItem(StatusList &list, const QString &key) {
+  list.keyedText += KeyedText::words(QStringLiteral("%1. ").arg(list.count)) + KeyedText(key) +
+                    KeyedText::words(QStringLiteral("\n"));
 }
 
 }  // namespace
@@ -34,9 +35,10 @@ StatusList statusErrorList(int bits, const StringTable &strings, Log &log) {
     if (i == 4) {
       --list.count;  // meant: bit 4 has no message, yet it may put the separator up
     } else {
-      appendItem(list, strings.text(QStringLiteral("StatusErrorMsg%1").arg(i)));
+      appendItem(list, QStringLiteral("StatusErrorMsg%1").arg(i));
     }
   }
+  list.text = list.keyedText.in(strings);
   return list;
 }
 
@@ -49,8 +51,9 @@ StatusList statusDetailList(int bits, bool shutDownDisabled, const StringTable &
     startItem(list, bits & mask, log);
     QString key = QStringLiteral("StatusDetailMsg%1").arg(i);
     if (i == 6) key += shutDownDisabled ? u'0' : u'1';
-    appendItem(list, strings.text(key));
+    appendItem(list, key);
   }
+  list.text = list.keyedText.in(strings);
   return list;
 }
 

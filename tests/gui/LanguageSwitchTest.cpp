@@ -118,7 +118,7 @@ TEST_F(LanguageSwitch, WhenNotConnectedNoTextOfTheOldLanguageRemains) {
 
 TEST_F(LanguageSwitch, WhenConnectedNoTextOfTheOldLanguageRemains) {
   connectToServo();
-  find<QWidget>("NoticeMSGview")->findChild<QPlainTextEdit *>()->setPlainText(strings.text(u"NoticeMsg_kp"));
+  controller().focusCame(u"NoticeMsg_kp");
   const QString value = textOf("sID_value");
   tourTheLanguages();
   ASSERT_TRUE(languageChoice.choose(QStringLiteral("zh-Hant")));
