@@ -2,6 +2,7 @@
 
 #include "app/LanguageChoice.h"
 #include "editor/ButtonLabel.h"
+#include "editor/ConnectionLine.h"
 #include "editor/EntryField.h"
 #include "editor/LanguageMenu.h"
 #include "editor/MainScreen.h"
@@ -81,6 +82,7 @@ void EditorWindow::buildScreen(SharedState &state, AppDelegate &appdelegate) {
 
   msgPanel_ = new MsgPanel;
   waitPanel_ = new WaitPanel;
+  screen_->findChild<ConnectionLine *>(QStringLiteral("ConnectStatus"))->follow(state.connection);
   screen_->findChild<PanelBackdrop *>(QStringLiteral("ContrainerView_MsgView"))->setPanel(msgPanel_);
   auto *waitBackdrop = screen_->findChild<PanelBackdrop *>(QStringLiteral("ContrainerView_WaitView"));
   waitBackdrop->setPanel(waitPanel_);

@@ -11,6 +11,7 @@
 #include "platform/ScreenElement.h"
 #include "platform/StringTable.h"
 #include "platform/Timers.h"
+#include "protocol/ConnectionState.h"
 #include "protocol/Function.h"
 #include "protocol/RegisterCatalogue.h"
 #include "protocol/SharedState.h"
@@ -88,9 +89,9 @@ void ViewController::viewDidLoad() {
   view_.element(u"ContrainerView_WaitView").setHidden(true);
   registerElements();
   state_.ErrorMsgShowToMegView = {{QStringLiteral("Error"), {}}, {QStringLiteral("Detail"), {}}};
-  auto &elements = state_.ObjectDictionaryArray;
-  elements.show(u"errormsg", KeyedText(u"Please_choose_COM_Port_and_Connect_to_device"), desktop_.strings);
-  elements.show(u"ConnectStatus", KeyedText(u"Not_connect"), desktop_.strings);
+  state_.ObjectDictionaryArray.show(u"errormsg", KeyedText(u"Please_choose_COM_Port_and_Connect_to_device"),
+                                    desktop_.strings);
+  showConnection(state_, ConnectionState::NotConnected, desktop_.strings);
   state_.limitFlag = QLatin1String("");
   hoverNotices_.reset();
   state_.TextMouseFlag = QLatin1String("");
@@ -221,7 +222,7 @@ void ViewController::ConnectTimeout() {
   auto &elements = state_.ObjectDictionaryArray;
   elements.element(u"CloseButtonView").setHidden(false);
   elements.show(u"WaitContent", KeyedText(u"Please_check_device_is_ready"), desktop_.strings);
-  elements.show(u"ConnectStatus", KeyedText(u"Not_connect"), desktop_.strings);
+  showConnection(state_, ConnectionState::NotConnected, desktop_.strings);
   cnt = countdownStart;
 }
 

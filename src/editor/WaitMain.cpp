@@ -5,6 +5,7 @@
 #include "platform/KeyedText.h"
 #include "platform/ScreenElement.h"
 #include "platform/StringTable.h"
+#include "protocol/ConnectionState.h"
 #include "protocol/SharedState.h"
 
 namespace tavril {
@@ -31,7 +32,7 @@ void WaitMain::WaitButton(const QString &identifier) {
     state_.ToolbarFlag = QStringLiteral("MotorInitFail");
     state_.CancelConnectFlag = QStringLiteral("disconnect");
     // Nobody else says so: what comes from the port counts no more.
-    state_.ObjectDictionaryArray.show(u"ConnectStatus", KeyedText(u"Not_connect"), desktop_.strings);
+    showConnection(state_, ConnectionState::NotConnected, desktop_.strings);
   }
   state_.ObjectDictionaryArray.element(u"ContrainerView_WaitView").setHidden(true);
 }

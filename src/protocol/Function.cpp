@@ -4,10 +4,10 @@
 #include "platform/KeyedText.h"
 #include "platform/Log.h"
 #include "platform/ModalAlert.h"
-#include "platform/NamedDevice.h"
 #include "platform/ScreenElement.h"
 #include "platform/StringTable.h"
 #include "protocol/CommandSender.h"
+#include "protocol/ConnectionState.h"
 #include "protocol/RegisterCatalogue.h"
 #include "protocol/SharedState.h"
 #include "protocol/StatusLists.h"
@@ -187,8 +187,8 @@ QString Function::returnErrorCode(const QStringList &frame) {
   return result;
 }
 
-void Function::show(QStringView key, const KeyedText &text) const {
-  state_.ObjectDictionaryArray.show(key, text, strings_);
+void Function::showMessage(const KeyedText &message) const {
+  state_.ObjectDictionaryArray.show(u"errormsg", message, strings_);
 }
 
 void Function::alertUser(const QString &messageText, const QString &informativeText) {
@@ -204,21 +204,20 @@ QString Function::decodeDetection(const QStringList &frame) {
     alertUser(strings_.text(u"Error"), message);
     state_.CanUseTavril = QStringLiteral("fail");
     state_.ToolbarFlag = QStringLiteral("MotorInitFail");
-    show(u"errormsg", KeyedText(u"no_servo"));
+    showMessage(KeyedText(u"no_servo"));
   } else if (frame[dataAt] == u"1") {
     message = QLatin1String("");  // empty, which is not the null of an unknown result
     state_.CanUseTavril = QStringLiteral("true");
     state_.ToolbarFlag = QStringLiteral("MotorInitOK");
-    show(u"errormsg", KeyedText());
+    showMessage(KeyedText());
     ReadServoSettingValue(1);
   } else if (frame[dataAt] == u"2") {
     message = strings_.text(u"there_are_more_than_one_servo");
     state_.CanUseTavril = QStringLiteral("fail");
     state_.ToolbarFlag = QStringLiteral("MotorInitFail");
-    show(u"errormsg", KeyedText(u"there_are_more_than_one_servo"));
+    showMessage(KeyedText(u"there_are_more_than_one_servo"));
   }
-  const QString port = state_.SelectSerial ? state_.SelectSerial->name() : QString();
-  show(u"ConnectStatus", KeyedText(u"COM_Connect_P1") + KeyedText::words(port));
+  showConnection(state_, ConnectionState::Connected, strings_);
   state_.ObjectDictionaryArray.element(u"ContrainerView_WaitView").setHidden(true);
   return message;
 }
@@ -307,7 +306,7 @@ QString Function::decodeErrorReport(const QStringList &frame) {
   for (qsizetype code = 0; code < texts.size(); ++code) {
     if (frame[dataAt] == QString::number(code)) text = texts[code];
   }
-  show(u"errormsg", KeyedText::words(text));
+  showMessage(KeyedText::words(text));
   log_.warn(text);
   return text;
 }

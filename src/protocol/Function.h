@@ -4,7 +4,6 @@
 
 #include <QString>
 #include <QStringList>
-#include <QStringView>
 
 #include <cstdint>
 
@@ -54,7 +53,7 @@ class Function {
   void send(CommandCode code);
   void logCommand();
 
-  void show(QStringView key, const KeyedText &text) const;
+  void showMessage(const KeyedText &message) const;
   void alertUser(const QString &messageText, const QString &informativeText);
 
   QString decodeDetection(const QStringList &frame);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/KeyedText.h"
+#include "protocol/ConnectionState.h"
 #include "protocol/EntryValue.h"
 #include "protocol/Frames.h"
 #include "protocol/ValueStore.h"
@@ -27,6 +28,8 @@ using HelpEntry = std::variant<QString, QStringList>;
 struct SharedState {
   CommandBuffer SerialCMD{};         ///< the command being sent; all zero between two transmissions
   ValueStore ObjectDictionaryArray;  ///< screen elements by key
+
+  ConnectionState connection = ConnectionState::NotConnected;
 
   QString ToolbarFlag;        ///< request word for the screen, such as "MotorInitOK"
   QString CanUseTavril;       ///< "true" once exactly one servo answered, "fail" after a failed detection

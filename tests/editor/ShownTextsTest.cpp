@@ -1,10 +1,21 @@
+#include "platform/NamedDevice.h"
 #include "platform/linux/StringTables.h"
+#include "protocol/ConnectionState.h"
 #include "protocol/RegisterCatalogue.h"
 #include "protocol/StatusLists.h"
 #include "tests/editor/EditorBench.h"
 
 namespace tavril {
 namespace {
+
+class ChosenPort final : public NamedDevice {
+ public:
+  explicit ChosenPort(QString name) : name_(std::move(name)) {}
+  QString name() const override { return name_; }
+
+ private:
+  QString name_;
+};
 
 /// The screen's controllers on two tables that came with the program.
 class ShownTextsTest : public testing::Test {
@@ -58,12 +69,19 @@ TEST_F(ShownTextsTest, TheScreenAtStartUp) {
 }
 
 TEST_F(ShownTextsTest, EveryConnectionState) {
-  for (const QStringView key : {u"Not_connect", u"Serial_port_start_initialization"}) {
-    EXPECT_EQ(changed(u"ConnectStatus", KeyedText(key)), chinese(key));
-  }
+  const auto changed = [this](ConnectionState connection) {
+    EXPECT_TRUE(strings.setLanguage("en"));
+    showConnection(state, connection, strings);
+    change();
+    EXPECT_EQ(state.connection, connection);
+    return element(u"ConnectStatus").text();
+  };
+  EXPECT_EQ(changed(ConnectionState::NotConnected), chinese(u"Not_connect"));
+  EXPECT_EQ(changed(ConnectionState::Initialising), chinese(u"Serial_port_start_initialization"));
+  EXPECT_EQ(changed(ConnectionState::Connected), chinese(u"COM_Connect_P1")) << "no port was chosen";
   for (const QString &port : {QStringLiteral("usbport-test"), QString(), english(u"Not_connect")}) {
-    EXPECT_EQ(changed(u"ConnectStatus", KeyedText(u"COM_Connect_P1") + KeyedText::words(port)),
-              chinese(u"COM_Connect_P1") + port);
+    state.SelectSerial = std::make_shared<ChosenPort>(port);
+    EXPECT_EQ(changed(ConnectionState::Connected), chinese(u"COM_Connect_P1") + port);
   }
 }
 
