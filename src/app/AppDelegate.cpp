@@ -11,6 +11,7 @@
 #include "platform/ScreenElement.h"
 #include "platform/StringTable.h"
 #include "platform/Timers.h"
+#include "protocol/ConnectionState.h"
 #include "protocol/Function.h"
 #include "protocol/RegisterCatalogue.h"
 #include "protocol/SharedState.h"
@@ -197,7 +198,7 @@ void AppDelegate::didReceiveData(const Port &, const QByteArray &data) {
 
   // Meant: a decimal text has no leading zero, so this comparison never holds.
   if (data.size() == 1 && decimal.front() == u"00") {
-    showConnection(u"Not_connect");
+    showConnection(state_, ConnectionState::NotConnected, desktop_.strings);
     clearSettings(false);
   }
 }
@@ -235,19 +236,19 @@ bool AppDelegate::respondsTo(SerialPortCallback callback) const {
 
 void AppDelegate::serialPortWasOpened(const Port &) {
   received_.clear();
-  showConnection(u"Serial_port_start_initialization");
+  showConnection(state_, ConnectionState::Initialising, desktop_.strings);
   desktop_.blockingWait.wait(startUpWait_);
   state_.FunctionCMD->Init_Servo();
 }
 
 void AppDelegate::serialPortWasClosed(const Port &) {
-  showConnection(u"Not_connect");
+  showConnection(state_, ConnectionState::NotConnected, desktop_.strings);
 }
 
 void AppDelegate::serialPortWasRemovedFromSystem(const Port &) {
   setSerialPort(nullptr);
   // The port that closes next has no delegate any more to say so.
-  showConnection(u"Not_connect");
+  showConnection(state_, ConnectionState::NotConnected, desktop_.strings);
   alertUser(QStringLiteral("Serial Port Was Removed From PC."));
 }
 
@@ -349,10 +350,6 @@ void AppDelegate::request(const QString &word) {
 }
 
 // -------------------------------------------------------------------------------------------------- helpers
-
-void AppDelegate::showConnection(QStringView key) {
-  state_.ObjectDictionaryArray.element(u"ConnectStatus").setText(desktop_.strings.text(key));
-}
 
 int AppDelegate::alertUser(const QString &informativeText) {
   const int answer =

@@ -11,7 +11,6 @@
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
-#include <QStringView>
 
 #include <chrono>
 #include <memory>
@@ -130,7 +129,6 @@ class AppDelegate final : public SerialPortDelegate,
                                  const UserNotification &notification) override;
 
  private:
-  void showConnection(QStringView key);
   bool acceptFrame(const QByteArray &data, const QStringList &decimal, const QStringList &hexadecimal);
   void remember(const QByteArray &data);
   void restartReading(const QStringList &decimal);

@@ -2,9 +2,9 @@
 
 #include "editor/AboutPanel.h"
 #include "platform/Desktop.h"
+#include "platform/Languages.h"
 #include "platform/NotificationCenter.h"
 #include "platform/StringTable.h"
-#include "platform/TextChange.h"
 
 #include <QKeyEvent>
 #include <QSize>

@@ -4,10 +4,10 @@
 #include "editor/DoctorRow.h"
 #include "editor/Style.h"
 #include "platform/Desktop.h"
+#include "platform/Languages.h"
 #include "platform/NotificationCenter.h"
 #include "platform/PlainTitle.h"
 #include "platform/StringTable.h"
-#include "platform/TextChange.h"
 
 #include <QAbstractSlider>
 #include <QFrame>

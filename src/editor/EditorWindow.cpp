@@ -2,6 +2,7 @@
 
 #include "app/LanguageChoice.h"
 #include "editor/ButtonLabel.h"
+#include "editor/ConnectionLine.h"
 #include "editor/EntryField.h"
 #include "editor/LanguageMenu.h"
 #include "editor/MainScreen.h"
@@ -14,11 +15,11 @@
 #include "editor/ValueField.h"
 #include "editor/WaitPanel.h"
 #include "platform/Desktop.h"
+#include "platform/Languages.h"
 #include "platform/MainQueue.h"
 #include "platform/NotificationCenter.h"
 #include "platform/PlainTitle.h"
 #include "platform/StringTable.h"
-#include "platform/TextChange.h"
 #include "protocol/RegisterCatalogue.h"
 #include "protocol/SharedState.h"
 
@@ -35,7 +36,6 @@
 #include <QWidget>
 #include <QWindow>
 
-#include <any>
 #include <utility>
 
 namespace tavril {
@@ -62,11 +62,8 @@ EditorWindow::EditorWindow(SharedState &state, AppDelegate &appdelegate, const D
   buildMenus(appdelegate);
   wireScreen();
   windowController_->windowDidLoad();
-  desktop_.notifications.addObserver(
-      this, QString::fromUtf16(LanguageDidChangeNotification), [this](const Notification &notification) {
-        const std::any change = notification.userInfo.value(QString::fromUtf16(textChangeKey));
-        if (const auto *texts = std::any_cast<TextChange>(&change)) languageDidChange(*texts);
-      });
+  desktop_.notifications.addObserver(this, QString::fromUtf16(LanguageDidChangeNotification),
+                                     [this](const Notification &) { languageDidChange(); });
 }
 
 EditorWindow::~EditorWindow() {
@@ -85,6 +82,7 @@ void EditorWindow::buildScreen(SharedState &state, AppDelegate &appdelegate) {
 
   msgPanel_ = new MsgPanel;
   waitPanel_ = new WaitPanel;
+  screen_->findChild<ConnectionLine *>(QStringLiteral("ConnectStatus"))->follow(state.connection);
   screen_->findChild<PanelBackdrop *>(QStringLiteral("ContrainerView_MsgView"))->setPanel(msgPanel_);
   auto *waitBackdrop = screen_->findChild<PanelBackdrop *>(QStringLiteral("ContrainerView_WaitView"));
   waitBackdrop->setPanel(waitPanel_);
@@ -187,13 +185,13 @@ void EditorWindow::setTexts() {
   waitPanel_->setTexts(desktop_.strings);
 }
 
-void EditorWindow::languageDidChange(const TextChange &change) {
+void EditorWindow::languageDidChange() {
   // First of all, for the texts are laid out in their faces.
   if (actions_.language) Style::setLanguage(actions_.language->language());
   setTexts();
   message_->setTexts();
   waiting_->setTexts();
-  controller_->languageDidChange(change);
+  controller_->languageDidChange();
   appdelegate_.setMenuTitles(outlets_);
   setToolTexts();
   if (languageMenu_) languageMenu_->mark();

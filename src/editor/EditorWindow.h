@@ -29,7 +29,6 @@ class LanguageChoice;
 class LanguageMenu;
 class MainScreen;
 class MsgPanel;
-class TextChange;
 class WaitPanel;
 
 /// The main window: the screen with its two panels, their controllers, and the menus. On a desktop that is
@@ -78,7 +77,7 @@ class EditorWindow final : public QMainWindow {
   void addLanguageMenu(QMenu &tavril);
   ScreenElement *item(QAction *action);
   void setTexts();
-  void languageDidChange(const TextChange &change);
+  void languageDidChange();
 
   AppDelegate &appdelegate_;
   const Desktop &desktop_;

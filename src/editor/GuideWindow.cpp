@@ -1,10 +1,10 @@
 #include "editor/GuideWindow.h"
 
 #include "platform/Desktop.h"
+#include "platform/Languages.h"
 #include "platform/ModalAlert.h"
 #include "platform/NotificationCenter.h"
 #include "platform/StringTable.h"
-#include "platform/TextChange.h"
 
 #include <QFileInfo>
 #include <QKeyEvent>

@@ -1,14 +1,10 @@
 #include "editor/HoverNotices.h"
 
 #include "editor/EditorView.h"
-#include "editor/ShownTexts.h"
 #include "platform/Desktop.h"
-#include "platform/ScreenElement.h"
-#include "platform/StringTable.h"
 #include "protocol/RegisterCatalogue.h"
 #include "protocol/SharedState.h"
 
-#include <QLatin1String>
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -50,7 +46,7 @@ HoverNotices::HoverNotices(SharedState &state, EditorView &view, const Desktop &
     : state_(state), view_(view), strings_(desktop.strings) {}
 
 void HoverNotices::reset() {
-  str = QLatin1String("");
+  str = KeyedText();
 }
 
 void HoverNotices::mouseMoved(QPointF location) {
@@ -71,18 +67,14 @@ void HoverNotices::focusCame(QStringView noticeKey) {
 }
 
 void HoverNotices::take(const RegisterRow &row) {
-  str = strings_.text(row.noticeKey());
-  const QString entry = state_.ErrorMsgShowToMegView.value(listKey(row));
-  if (!entry.isEmpty()) str += entry + u'\n';
+  str = KeyedText(row.noticeKey());
+  const KeyedText entry = state_.ErrorMsgShowToMegView.value(listKey(row));
+  if (!entry.isEmpty()) str += entry + KeyedText::words(QStringLiteral("\n"));
 }
 
 void HoverNotices::show() {
   view_.setTextLook(u"NoticeMSGview", 18, LabelColor::White);
-  view_.element(u"NoticeMSGview").setText(str);
-}
-
-void HoverNotices::languageDidChange(const TextChange &change) {
-  str = ShownTexts::notice(str, change);
+  state_.ObjectDictionaryArray.show(u"NoticeMSGview", str, strings_);
 }
 
 }  // namespace tavril

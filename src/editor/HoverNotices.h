@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/KeyedText.h"
+
 #include <QPointF>
 #include <QString>
 #include <QStringView>
@@ -8,7 +10,6 @@ namespace tavril {
 
 class EditorView;
 class StringTable;
-class TextChange;
 struct Desktop;
 struct RegisterRow;
 struct SharedState;
@@ -25,8 +26,6 @@ class HoverNotices {
   void mouseMoved(QPointF location);
   /// The field of the row whose notice has this key has got the focus.
   void focusCame(QStringView noticeKey);
-  /// The notice that stays is from now on the one of the other language.
-  void languageDidChange(const TextChange &change);
 
  private:
   void take(const RegisterRow &row);
@@ -35,7 +34,7 @@ class HoverNotices {
   SharedState &state_;
   EditorView &view_;
   const StringTable &strings_;
-  QString str;  ///< the notice shown last
+  KeyedText str;  ///< the notice shown last
 };
 
 }  // namespace tavril

@@ -58,7 +58,6 @@ MainScreen::~MainScreen() = default;
 void MainScreen::setTexts(const StringTable &strings) {
   ui_->product->setText(strings.text(u"tavril"));
   ui_->productLine->setText(strings.text(u"product_line"));
-  ui_->ConnectStatus->setKnownTexts(strings.text(u"Not_connect"), strings.text(u"COM_Connect_P1"));
   ui_->imageView->setAccessibleName(strings.text(u"dial"));
   ui_->imageView->setAccessibleDescription(strings.text(u"dial_help"));
   AccessibleTexts::put(*this, strings);

@@ -2,15 +2,16 @@
 
 #include "editor/EditorView.h"
 #include "editor/ScreenLabels.h"
-#include "editor/ShownTexts.h"
 #include "platform/BlockingWait.h"
 #include "platform/Desktop.h"
 #include "platform/IntegerValue.h"
+#include "platform/KeyedText.h"
 #include "platform/Log.h"
 #include "platform/ModalAlert.h"
 #include "platform/ScreenElement.h"
 #include "platform/StringTable.h"
 #include "platform/Timers.h"
+#include "protocol/ConnectionState.h"
 #include "protocol/Function.h"
 #include "protocol/RegisterCatalogue.h"
 #include "protocol/SharedState.h"
@@ -87,10 +88,10 @@ void ViewController::viewDidLoad() {
   view_.element(u"ContrainerView_MsgView").setHidden(true);
   view_.element(u"ContrainerView_WaitView").setHidden(true);
   registerElements();
-  state_.ErrorMsgShowToMegView = {{QStringLiteral("Error"), QLatin1String("")},
-                                  {QStringLiteral("Detail"), QLatin1String("")}};
-  view_.element(u"errormsg").setText(desktop_.strings.text(u"Please_choose_COM_Port_and_Connect_to_device"));
-  view_.element(u"ConnectStatus").setText(desktop_.strings.text(u"Not_connect"));
+  state_.ErrorMsgShowToMegView = {{QStringLiteral("Error"), {}}, {QStringLiteral("Detail"), {}}};
+  state_.ObjectDictionaryArray.show(u"errormsg", KeyedText(u"Please_choose_COM_Port_and_Connect_to_device"),
+                                    desktop_.strings);
+  showConnection(state_, ConnectionState::NotConnected, desktop_.strings);
   state_.limitFlag = QLatin1String("");
   hoverNotices_.reset();
   state_.TextMouseFlag = QLatin1String("");
@@ -134,9 +135,12 @@ void ViewController::viewWillLayout() {
   }
 }
 
-void ViewController::languageDidChange(const TextChange &change) {
-  ShownTexts::change(state_, change);
-  hoverNotices_.languageDidChange(change);
+void ViewController::languageDidChange() {
+  state_.ObjectDictionaryArray.showAgain(desktop_.strings);
+  for (const RegisterRow &row : settingRegisters()) {
+    ScreenElement &field = view_.element(row.valueKey);
+    if (!field.toolTip().isEmpty()) field.setToolTip(desktop_.strings.text(row.toolTipKey()));
+  }
   viewWillLayout();
 }
 
@@ -180,7 +184,7 @@ bool ViewController::carryOut(const QString &request) {
 
 void ViewController::askFor(QStringView questionKey) {
   state_.ToolbarFlag = QLatin1String("");
-  state_.ObjectDictionaryArray.element(u"_MsgContent").setText(desktop_.strings.text(questionKey));
+  state_.ObjectDictionaryArray.show(u"_MsgContent", KeyedText(questionKey), desktop_.strings);
   CreateMSGview(state_.CanUseTavril);
 }
 
@@ -217,8 +221,8 @@ void ViewController::ConnectTimeout() {
   stopCountdowns();
   auto &elements = state_.ObjectDictionaryArray;
   elements.element(u"CloseButtonView").setHidden(false);
-  elements.element(u"WaitContent").setText(desktop_.strings.text(u"Please_check_device_is_ready"));
-  elements.element(u"ConnectStatus").setText(desktop_.strings.text(u"Not_connect"));
+  elements.show(u"WaitContent", KeyedText(u"Please_check_device_is_ready"), desktop_.strings);
+  showConnection(state_, ConnectionState::NotConnected, desktop_.strings);
   cnt = countdownStart;
 }
 

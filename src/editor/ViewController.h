@@ -19,7 +19,6 @@ namespace tavril {
 class CommandSender;
 class EditorView;
 class Function;
-class TextChange;
 class Timer;
 struct Desktop;
 struct SharedState;
@@ -38,8 +37,8 @@ class ViewController {
   void viewDidLoad();
   /// Looks up title, texts and font size of the labels.
   void viewWillLayout();
-  /// The language is another: what is shown, or kept to be shown, is put into it.
-  void languageDidChange(const TextChange &change);
+  /// The language is another: all that is shown is put into it.
+  void languageDidChange();
   /// One tick.
   void update();
 

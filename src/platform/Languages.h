@@ -7,6 +7,9 @@ namespace tavril {
 
 class StringTable;
 
+/// Posted when all texts have another language; who shows texts looks them up again.
+inline constexpr char16_t LanguageDidChangeNotification[] = u"LanguageDidChange";
+
 /// The string tables that there are, and which of them is in use. Main thread only.
 class Languages {
  public:

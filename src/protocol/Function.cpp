@@ -1,12 +1,13 @@
 #include "protocol/Function.h"
 
 #include "platform/Desktop.h"
+#include "platform/KeyedText.h"
 #include "platform/Log.h"
 #include "platform/ModalAlert.h"
-#include "platform/NamedDevice.h"
 #include "platform/ScreenElement.h"
 #include "platform/StringTable.h"
 #include "protocol/CommandSender.h"
+#include "protocol/ConnectionState.h"
 #include "protocol/RegisterCatalogue.h"
 #include "protocol/SharedState.h"
 #include "protocol/StatusLists.h"
@@ -165,8 +166,8 @@ QString Function::returnErrorCode(const QStringList &frame) {
   return result;
 }
 
-void Function::show(QStringView key, const QString &text) const {
-  state_.ObjectDictionaryArray.element(key).setText(text);
+void Function::showMessage(const KeyedText &message) const {
+  state_.ObjectDictionaryArray.show(u"errormsg", message, strings_);
 }
 
 void Function::alertUser(const QString &messageText, const QString &informativeText) {
@@ -182,21 +183,20 @@ QString Function::decodeDetection(const QStringList &frame) {
     alertUser(strings_.text(u"Error"), message);
     state_.CanUseTavril = QStringLiteral("fail");
     state_.ToolbarFlag = QStringLiteral("MotorInitFail");
-    show(u"errormsg", message);
+    showMessage(KeyedText(u"no_servo"));
   } else if (frame[dataAt] == u"1") {
     message = QLatin1String("");  // empty, which is not the null of an unknown result
     state_.CanUseTavril = QStringLiteral("true");
     state_.ToolbarFlag = QStringLiteral("MotorInitOK");
-    show(u"errormsg", message);
+    showMessage(KeyedText());
     ReadServoSettingValue(1);
   } else if (frame[dataAt] == u"2") {
     message = strings_.text(u"there_are_more_than_one_servo");
     state_.CanUseTavril = QStringLiteral("fail");
     state_.ToolbarFlag = QStringLiteral("MotorInitFail");
-    show(u"errormsg", message);
+    showMessage(KeyedText(u"there_are_more_than_one_servo"));
   }
-  const QString port = state_.SelectSerial ? state_.SelectSerial->name() : QString();
-  show(u"ConnectStatus", strings_.text(u"COM_Connect_P1") + port);
+  showConnection(state_, ConnectionState::Connected, strings_);
   state_.ObjectDictionaryArray.element(u"ContrainerView_WaitView").setHidden(true);
   return message;
 }
@@ -212,7 +212,7 @@ QString Function::decodeSetting(const QStringList &frame) {
   }
   if (!decodeStatus(frame)) {
     OnlyReadFlag.clear();
-    show(u"StatusError_value", frame[lowAt]);
+    state_.ObjectDictionaryArray.element(u"StatusError_value").setText(frame[lowAt]);
     log_.warn(QStringLiteral("Error=") + listText(frame));
     log_.warn(QStringLiteral("Read Error!"));
   }
@@ -258,18 +258,19 @@ void Function::showStatus(const RegisterRow &row, const QStringList &frame) {
   // The log names a status register as its screen element is named, without "_value".
   log_.write(row.valueKey.first(row.valueKey.indexOf(u'_')).toString() + u'=' + listText(frame));
 
+  ScreenElement &element = state_.ObjectDictionaryArray.element(row.valueKey);
   const int bits = frame[lowAt].toInt();
   if (row.reply == wire::ReplyValue::ErrorBits) {
     const StatusList list = statusErrorList(bits, strings_, log_);
-    state_.ErrorMsgShowToMegView.insert(QStringLiteral("Error"), list.text);
-    show(row.valueKey, countText(bits, list, frame[lowAt]));
+    state_.ErrorMsgShowToMegView.insert(QStringLiteral("Error"), list.keyedText);
+    element.setText(countText(bits, list, frame[lowAt]));
   } else if (row.reply == wire::ReplyValue::DetailBits) {
     const bool shutDownDisabled = state_.ObjectDictionaryArray.element(u"Torque_value").text() == u"0";
     const StatusList list = statusDetailList(bits, shutDownDisabled, strings_, log_);
-    state_.ErrorMsgShowToMegView.insert(QStringLiteral("Detail"), list.text);
-    show(row.valueKey, countText(bits, list, frame[lowAt]));
+    state_.ErrorMsgShowToMegView.insert(QStringLiteral("Detail"), list.keyedText);
+    element.setText(countText(bits, list, frame[lowAt]));
   } else {
-    show(row.valueKey, frame[lowAt]);
+    element.setText(frame[lowAt]);
   }
 }
 
@@ -282,7 +283,7 @@ QString Function::decodeErrorReport(const QStringList &frame) {
   for (qsizetype code = 0; code < texts.size(); ++code) {
     if (frame[dataAt] == QString::number(code)) text = texts[code];
   }
-  show(u"errormsg", text);
+  showMessage(KeyedText::words(text));
   log_.warn(text);
   return text;
 }

@@ -2,7 +2,6 @@
 
 #include <QString>
 #include <QStringList>
-#include <QStringView>
 
 #include <cstdint>
 
@@ -13,6 +12,7 @@ struct Command;
 }
 
 class CommandSender;
+class KeyedText;
 class Log;
 class ModalAlert;
 class StringTable;
@@ -55,7 +55,7 @@ class Function {
   void send(const wire::Command &command);
   void logCommand();
 
-  void show(QStringView key, const QString &text) const;
+  void showMessage(const KeyedText &message) const;
   void alertUser(const QString &messageText, const QString &informativeText);
 
   QString decodeDetection(const QStringList &frame);

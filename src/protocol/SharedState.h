@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/KeyedText.h"
+#include "protocol/ConnectionState.h"
 #include "protocol/EntryValue.h"
 #include "protocol/ValueStore.h"
 #include "wire/Frames.h"
@@ -27,6 +29,8 @@ struct SharedState {
   wire::CommandBuffer SerialCMD{};   ///< the command being sent; all zero between two transmissions
   ValueStore ObjectDictionaryArray;  ///< screen elements by key
 
+  ConnectionState connection = ConnectionState::NotConnected;
+
   QString ToolbarFlag;        ///< request word for the screen, such as "MotorInitOK"
   QString CanUseTavril;       ///< "true" once exactly one servo answered, "fail" after a failed detection
   QString limitFlag;          ///< "MouseIn" while the dial is dragged
@@ -34,8 +38,8 @@ struct SharedState {
   QString CancelConnectFlag;  ///< "disconnect" after the user gave up waiting
   QString returnSTR;          ///< what the last decoded reply said; the position after a position reply
 
-  QHash<QString, EntryValue> textFieldValue;      ///< what a rejected entry is put back to, by entry key
-  QHash<QString, QString> ErrorMsgShowToMegView;  ///< decoded status lists under "Error" and "Detail"
+  QHash<QString, EntryValue> textFieldValue;        ///< what a rejected entry is put back to, by entry key
+  QHash<QString, KeyedText> ErrorMsgShowToMegView;  ///< decoded status lists under "Error" and "Detail"
 
   std::vector<std::shared_ptr<SerialPort>> allSerialPortsInfo;  ///< USB ports ever seen; the first is opened
   std::shared_ptr<NamedDevice> SelectSerial;                    ///< port chosen in the dialog, for messages

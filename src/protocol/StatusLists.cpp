@@ -13,13 +13,14 @@ QString separator() {
 }
 
 void startItem(StatusList &list, int bit, Log &log) {
-  if (list.text.isEmpty()) list.text = separator();
+  if (list.keyedText.isEmpty()) list.keyedText = KeyedText::words(separator());
   ++list.count;
   log.write(QStringLiteral("StrToChar=%1").arg(bit));
 }
 
-void appendItem(StatusList &list, const QString &text) {
-  list.text += QStringLiteral("%1. ").arg(list.count) + text + u'\n';
+void appendItem(StatusList &list, QStringView key) {
+  list.keyedText += KeyedText::words(QStringLiteral("%1. ").arg(list.count)) + KeyedText(key) +
+                    KeyedText::words(QStringLiteral("\n"));
 }
 
 }  // namespace
@@ -34,9 +35,10 @@ StatusList statusErrorList(int bits, const StringTable &strings, Log &log) {
     if (row.key.empty()) {
       --list.count;  // meant: a bit without a text counts for nothing, yet it may put the separator up
     } else {
-      appendItem(list, strings.text(row.key));
+      appendItem(list, row.key);
     }
   }
+  list.text = list.keyedText.in(strings);
   return list;
 }
 
@@ -47,8 +49,9 @@ StatusList statusDetailList(int bits, bool shutDownDisabled, const StringTable &
     const int bit = bits & row.mask();
     if (bit == 0) continue;
     startItem(list, bit, log);
-    appendItem(list, strings.text(row.keyFor(shutDownDisabled)));
+    appendItem(list, row.keyFor(shutDownDisabled));
   }
+  list.text = list.keyedText.in(strings);
   return list;
 }
 

@@ -1,7 +1,7 @@
 #include "tools/StringsConverter.h"
 
+#include "platform/Languages.h"
 #include "platform/NotificationCenter.h"
-#include "platform/TextChange.h"
 #include "tools/ConverterWindow.h"
 #include "tools/FileListWindow.h"
 

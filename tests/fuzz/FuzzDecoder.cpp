@@ -56,7 +56,7 @@ class Decoder {
     frame.append(QStringLiteral("254"));
 
     const std::map<QString, QString> before = texts();
-    const QHash<QString, QString> listsBefore = state_.ErrorMsgShowToMegView;
+    const QHash<QString, KeyedText> listsBefore = state_.ErrorMsgShowToMegView;
     sender_.commands.clear();
     const QString answer = function_.returnErrorCode(frame);
     state_.returnSTR = answer;

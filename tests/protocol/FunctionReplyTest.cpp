@@ -26,7 +26,9 @@ class FunctionReply : public FunctionFixture {
     for (const auto &[key, element] : elements) texts[key] = element.text();
     return texts;
   }
-  QString list(const char *key) { return state.ErrorMsgShowToMegView.value(QString::fromLatin1(key)); }
+  QString list(const char *key) {
+    return state.ErrorMsgShowToMegView.value(QString::fromLatin1(key)).in(fakes.strings);
+  }
 };
 
 // --------------------------------------------------------------------------------------------- detection
@@ -166,7 +168,8 @@ TEST_F(FunctionReply, OneDetectionReadsAllTwentyRegistersInOrder) {
 
 TEST_F(FunctionReply, WhileTheDialIsDraggedAReadReplyChangesNothing) {
   elements.at("StatusError_value").setText("old error");
-  state.ErrorMsgShowToMegView = {{"Error", "old list"}, {"Detail", "old details"}};
+  state.ErrorMsgShowToMegView = {{"Error", KeyedText::words("old list")},
+                                 {"Detail", KeyedText::words("old details")}};
   state.ToolbarFlag = "RebootServo";
   state.returnSTR = "512";
   const auto before = textsOf(elements);

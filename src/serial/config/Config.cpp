@@ -1,12 +1,13 @@
 #include "serial/config/Config.h"
 
 #include "platform/Desktop.h"
+#include "platform/KeyedText.h"
+#include "platform/Languages.h"
 #include "platform/Log.h"
 #include "platform/NotificationCenter.h"
 #include "platform/PlainTitle.h"
 #include "platform/ScreenElement.h"
 #include "platform/StringTable.h"
-#include "platform/TextChange.h"
 #include "protocol/SharedState.h"
 #include "serial/LinkOpener.h"
 #include "serial/SerialPort.h"
@@ -116,8 +117,8 @@ void Config::done() {
   // A port that was shown but never picked is what the user saw and confirmed.
   if (!state_.SelectSerial) comboBoxSelectionDidChange(*ui_->portCombo);
   state_.ObjectDictionaryArray.element(u"ContrainerView_WaitView").setHidden(false);
-  state_.ObjectDictionaryArray.element(u"WaitContent")
-      .setText(desktop_.strings.text(u"Serial_port_start_initialization"));
+  state_.ObjectDictionaryArray.show(u"WaitContent", KeyedText(u"Serial_port_start_initialization"),
+                                    desktop_.strings);
   state_.ToolbarFlag = QStringLiteral("InitSerialPort");
   state_.CancelConnectFlag = QLatin1String("");
   appdelegate_.serialFormat();
