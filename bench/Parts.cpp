@@ -3,7 +3,7 @@
 #include "bench/Allocations.h"
 #include "bench/LinkHouse.h"
 #include "editor/EditorWindow.h"
-#include "editor/Style.h"
+#include "look/Style.h"
 #include "platform/StringTableFile.h"
 #include "platform/linux/StringTables.h"
 #include "protocol/HelpTables.h"

@@ -1,7 +1,7 @@
 #include "editor/About.h"
 
 #include "editor/AboutView.h"
-#include "editor/Style.h"
+#include "look/Style.h"
 #include "platform/Desktop.h"
 #include "platform/ScreenElement.h"
 #include "platform/StringTable.h"
@@ -25,7 +25,7 @@ void About::viewDidLoad() {
 }
 
 void About::viewWillLayout() {
-  view_.setWindowBackground(Style::aboutGround);
+  view_.setWindowBackground(Style::aboutGround());
 }
 
 }  // namespace tavril

@@ -1,6 +1,6 @@
 #include "editor/ConnectionLine.h"
 
-#include "editor/Style.h"
+#include "look/Style.h"
 
 #include <QColor>
 #include <QPainter>
@@ -18,13 +18,13 @@ constexpr double lampRadius = 9;
 QColor colourOf(ConnectionState state) {
   switch (state) {
     case ConnectionState::Connected:
-      return Style::accent;
+      return Style::accent();
     case ConnectionState::Initialising:
-      return Style::warningText;
+      return Style::warningText();
     case ConnectionState::NotConnected:
       break;
   }
-  return Style::shown(Style::mutedText);
+  return Style::mutedText();
 }
 
 /// An empty ring, a ring half full, a full disc.
@@ -55,9 +55,9 @@ void ConnectionLine::paintEvent(QPaintEvent *event) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     const QRectF band = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
-    painter.setPen(QPen(
-        state() == ConnectionState::NotConnected ? Style::shown(Style::hairline) : colourOf(state()), 1));
-    painter.setBrush(Style::recess);
+    painter.setPen(
+        QPen(state() == ConnectionState::NotConnected ? Style::hairline() : colourOf(state()), 1));
+    painter.setBrush(Style::recess());
     painter.drawRoundedRect(band, 8, 8);
     drawLamp(painter, {lampRoom / 2.0, height() / 2.0}, state());
   }

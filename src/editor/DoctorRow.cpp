@@ -2,7 +2,7 @@
 
 #include "doctor/ResultTexts.h"
 #include "editor/DoctorMark.h"
-#include "editor/Style.h"
+#include "look/Style.h"
 #include "platform/PlainTitle.h"
 #include "platform/StringTable.h"
 

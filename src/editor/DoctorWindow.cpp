@@ -2,7 +2,7 @@
 
 #include "app/AppDelegate.h"
 #include "editor/DoctorRow.h"
-#include "editor/Style.h"
+#include "look/Style.h"
 #include "platform/Desktop.h"
 #include "platform/Languages.h"
 #include "platform/NotificationCenter.h"
@@ -103,7 +103,7 @@ doctor::Request DoctorWindow::requestFor(const AppDelegate &link, std::chrono::m
 
 void DoctorWindow::build() {
   QPalette colours = palette();
-  colours.setColor(QPalette::Window, Style::card);
+  colours.setColor(QPalette::Window, Style::card());
   setPalette(colours);
   setAutoFillBackground(true);
 

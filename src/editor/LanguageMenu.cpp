@@ -1,7 +1,7 @@
 #include "editor/LanguageMenu.h"
 
 #include "app/LanguageChoice.h"
-#include "editor/Style.h"
+#include "look/Style.h"
 #include "platform/PlainTitle.h"
 
 #include <QAction>

@@ -1,6 +1,6 @@
 #include "editor/LicenceWindow.h"
 
-#include "editor/Style.h"
+#include "look/Style.h"
 #include "platform/StringTable.h"
 
 #include <QFile>
@@ -30,7 +30,7 @@ LicenceWindow::LicenceWindow(QWidget *parent)
     : QWidget(parent, Qt::Window), text_(new QPlainTextEdit(licenceText())) {
   setObjectName(QStringLiteral("LicenceWindow"));
   QPalette black = palette();
-  black.setColor(backgroundRole(), Style::aboutGround);
+  black.setColor(backgroundRole(), Style::aboutGround());
   setPalette(black);
   setAutoFillBackground(true);
   text_->setObjectName(QStringLiteral("licenceText"));

@@ -4,7 +4,7 @@
 #include "editor/AccessibleTexts.h"
 #include "editor/NoticeTypography.h"
 #include "editor/ScreenPointer.h"
-#include "editor/Style.h"
+#include "look/Style.h"
 #include "platform/IntegerValue.h"
 #include "platform/StringTable.h"
 #include "ui_MainScreen.h"

@@ -8,7 +8,7 @@
 #include "editor/EditorWindow.h"
 #include "editor/GuideWindow.h"
 #include "editor/MainScreen.h"
-#include "editor/Style.h"
+#include "look/Style.h"
 #include "platform/AlertErrorPresenter.h"
 #include "platform/Desktop.h"
 #include "platform/NotificationCenter.h"

@@ -1,6 +1,6 @@
 #include "tests/vm/guest/House.h"
 
-#include "editor/Style.h"
+#include "look/Style.h"
 #include "protocol/HelpTables.h"
 #include "protocol/RegisterCatalogue.h"
 #include "serial/SerialPort.h"

@@ -1,6 +1,6 @@
 #include "tests/vm/guest/KernelBench.h"
 
-#include "editor/Style.h"
+#include "look/Style.h"
 #include "serial/SerialPort.h"
 #include "serial/SerialPortManager.h"
 
