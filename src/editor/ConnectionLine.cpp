@@ -55,8 +55,7 @@ void ConnectionLine::paintEvent(QPaintEvent *event) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     const QRectF band = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
-    painter.setPen(
-        QPen(state() == ConnectionState::NotConnected ? Style::hairline() : colourOf(state()), 1));
+    painter.setPen(QPen(state() == ConnectionState::NotConnected ? Style::hairline() : colourOf(state()), 1));
     painter.setBrush(Style::recess());
     painter.drawRoundedRect(band, 8, 8);
     drawLamp(painter, {lampRoom / 2.0, height() / 2.0}, state());
