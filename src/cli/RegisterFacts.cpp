@@ -162,8 +162,7 @@ const RegisterRow *registerNamed(const QString &text) {
   const int number = text.toInt(&isNumber);
   if (isNumber) return findRegister(number);
   QString name = text.toLower().replace(u'-', u'_');
-  if (name == maxTemperatureForPeople)
-    name = QStringLiteral("max_tempertaure");  // meant: the key is spelt so
+  if (name == maxTemperatureForPeople) name = QStringLiteral("max_tempertaure");  // the key is misspelt
   const auto rows = registerCatalogue();
   const auto found = std::ranges::find(rows, QStringView(name), &RegisterRow::nameKey);
   return found == rows.end() ? nullptr : &*found;

@@ -1,7 +1,7 @@
 #pragma once
 
 /// The arithmetic of the dial. Angles are degrees, anticlockwise from the right; the mix of single and double
-/// precision decides results at the borders and is meant as it stands.
+/// precision decides the results at the borders.
 namespace tavril::dial {
 
 inline constexpr double knobRadius = 66;

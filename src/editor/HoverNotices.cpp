@@ -22,7 +22,7 @@ struct Row {
 };
 
 constexpr float rowHeight = 25;
-// The distances of the rows differ, as those of the drawn rows do; meant.
+// Kept: C81.
 constexpr std::array<Row, 20> rows{{
     {618, u"NoticeMsg_sid"},
     {589, u"NoticeMsg_ack_policy"},
@@ -73,7 +73,7 @@ void HoverNotices::mouseMoved(QPointF location) {
     if (const Row *row = rowAt(location)) take(row->key, row->entry);
     show();
   } else if (isBetween(658, location.x(), 993) && isBetween(103, location.y(), 307)) {
-    state_.TextMouseFlag = QStringLiteral("MouseDown");  // meant: stands here although it is never reached
+    state_.TextMouseFlag = QStringLiteral("MouseDown");  // Kept: C82.
   }
 }
 

@@ -6,7 +6,7 @@ namespace tavril {
 
 namespace {
 
-// "max_tempertaure" and "calibretion_angle" are the system's own spellings and are meant.
+// Kept: C58.
 constexpr std::array<ScreenLabel, 31> labels{{
     {u"setting_list", u"setting_list"},
     {u"motor_parameter", u"motor_parameter"},

@@ -11,7 +11,7 @@ namespace tavril {
 /// by the receiver, who releases it. 0 is none.
 using RegistryHandle = std::uint32_t;
 
-/// Keys of a serial device's properties.
+/// Keys of a serial device's properties. Kept: C38.
 namespace DeviceKey {
 inline constexpr char16_t calloutDevice[] = u"IOCalloutDevice";  ///< path of the node that is opened
 inline constexpr char16_t dialinDevice[] = u"IODialinDevice";    ///< path of the dial-in node

@@ -6,7 +6,7 @@ namespace tavril {
 
 namespace {
 
-// The limits 253 and 32766 are the system's own and meant.
+// Kept: C23.
 constexpr std::array<EntryRange, 12> ranges{{
     {1, u"sid", 0, 253, false, u"sID"},
     {5, u"maxtemp", 0, 253, false, u"maxTemp"},

@@ -10,7 +10,7 @@ namespace tavril {
 inline constexpr std::uint8_t startMark = 0xFF;
 inline constexpr std::uint8_t endMark = 0xFE;
 
-/// Every transmission is the whole buffer: the frame, then zeros.
+/// Every transmission is the whole buffer: the frame, then zeros. Kept: C8.
 inline constexpr std::size_t commandBufferSize = 50;
 using CommandBuffer = std::array<std::uint8_t, commandBufferSize>;
 

@@ -38,7 +38,7 @@ const FrameRow *rowOf(const QString &code) {
 }
 
 QString countText(int bits, const StatusList &list, const QString &byteText) {
-  // A byte is never negative; the branch stands for the order of decisions and is meant to stay.
+  // Kept: C18.
   if (bits < 0) return byteText + QStringLiteral(" Item");
   return QStringLiteral("%1 Items").arg(list.count);
 }
@@ -99,7 +99,7 @@ void Function::ReadServoSettingValue(int registerNumber) {
 void Function::WriteServoSettingValue(std::uint8_t registerNumber, int value) {
   begin(CommandCode::WriteServoSettingValue);
   state_.SerialCMD[3] = registerNumber;
-  state_.SerialCMD[4] = lowByte(value / 256);  // truncates toward zero: -1 becomes 00 FF
+  state_.SerialCMD[4] = lowByte(value / 256);  // Kept: C10.
   state_.SerialCMD[5] = lowByte(value % 256);
   if (registerNumber == calibrationAngle) {
     state_.SerialCMD[4] = value >= 0 ? 0x00 : 0xFF;
@@ -111,6 +111,7 @@ void Function::WriteServoSettingValue(std::uint8_t registerNumber, int value) {
 
 void Function::ErrorMessageReturn(int code) {
   begin(CommandCode::ErrorMessage);
+  // Kept: C9.
   if (code >= 1 && code <= 3) state_.SerialCMD[3] = lowByte(code);
   sender_.SendCMDtoMCU();
 }
@@ -141,17 +142,16 @@ QString Function::returnErrorCode(const QStringList &frame) {
   const FrameRow *row = rowOf(code);
   QString result;
   if (!row || row->code == CommandCode::ReleaseServo) {
-    // Meant: the answer to a release is decoded as an unknown one.
+    // Kept: C11.
     result = QStringLiteral("Null");
   } else if (row->code == CommandCode::ReadServoSettingValue && !state_.limitFlag.isEmpty()) {
-    // While the dial is dragged the fields are the user's.
+    // Kept: C17.
   } else if (static_cast<std::size_t>(frame.size()) < row->replyPlaces()) {
     // The position read last must not be lost to a cut reply, so the text that the link keeps stays too.
     log_.write(QStringLiteral("Reply too short, ignored: ") + listText(frame));
     result = state_.returnSTR;
   } else {
-    // Meant: where a reply is one byte shorter than it should be, its end mark is taken for the last of its
-    // data.
+    // If a reply is one byte short, its end mark counts as the last byte of its data.
     switch (row->code) {
       case CommandCode::InitServo:
         result = decodeDetection(frame);
@@ -160,10 +160,11 @@ QString Function::returnErrorCode(const QStringList &frame) {
         result = decodeSetting(frame);
         break;
       case CommandCode::WriteServoSettingValue:
+        // Kept: C13.
         if (frame[dataAt] == QString::number(calibrationAngle)) {
           alertUser(strings_.text(u"SetOK"), QString());
         }
-        // Meant: this is what the acknowledgement of a write says, although the write succeeded.
+        // Kept: C12.
         result = QStringLiteral("Lost Servo Connecting");
         break;
       case CommandCode::ErrorMessage:
@@ -210,12 +211,13 @@ QString Function::decodeDetection(const QStringList &frame) {
     state_.ToolbarFlag = QStringLiteral("MotorInitOK");
     show(u"errormsg", message);
     ReadServoSettingValue(1);
-  } else if (frame[dataAt] == u"2") {
+  } else if (frame[dataAt] == u"2") {  // Kept: C15.
     message = strings_.text(u"there_are_more_than_one_servo");
     state_.CanUseTavril = QStringLiteral("fail");
     state_.ToolbarFlag = QStringLiteral("MotorInitFail");
     show(u"errormsg", message);
   }
+  // Kept: C16.
   const QString port = state_.SelectSerial ? state_.SelectSerial->name() : QString();
   show(u"ConnectStatus", strings_.text(u"COM_Connect_P1") + port);
   state_.ObjectDictionaryArray.element(u"ContrainerView_WaitView").setHidden(true);
@@ -233,6 +235,7 @@ QString Function::decodeSetting(const QStringList &frame) {
   }
   if (!decodeStatus(frame)) {
     OnlyReadFlag.clear();
+    // Kept: C22.
     show(u"StatusError_value", frame[lowAt]);
     log_.warn(QStringLiteral("Error=") + listText(frame));
     log_.warn(QStringLiteral("Read Error!"));
@@ -264,9 +267,9 @@ void Function::showSetting(const RegisterRow &row, const QStringList &frame) {
 bool Function::decodeStatus(const QStringList &frame) {
   for (int number = firstStatusRegister; number <= registerCount; ++number) {
     const QString text = QString::number(number);
-    // The reply counts as the register that it names or the one that is expected, whichever comes first.
+    // Kept: C20.
     if (frame[dataAt] != text && OnlyReadFlag != text) continue;
-    if (number < registerCount) OnlyReadFlag = QString::number(number + 1);  // meant: it stays at "20"
+    if (number < registerCount) OnlyReadFlag = QString::number(number + 1);  // Kept: C21.
     showStatus(number, frame);
     ReadMotorParameter(number + 1);
     return true;
@@ -297,6 +300,7 @@ void Function::showStatus(int registerNumber, const QStringList &frame) {
 }
 
 QString Function::decodeErrorReport(const QStringList &frame) {
+  // Kept: C14.
   static const QStringList texts{QStringLiteral("Packet CMD Error"), QStringLiteral("Packet Timerout"),
                                  QStringLiteral("Packet Length Error"),
                                  QStringLiteral("Packet Setting Over Range"),

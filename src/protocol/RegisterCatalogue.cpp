@@ -4,7 +4,7 @@ namespace tavril {
 
 namespace {
 
-// The odd spellings ("TorquPolicy", "max_tempertaure") are the system's own names and are meant.
+// Kept: C1.
 constexpr std::array<RegisterRow, registerCount> rows{{
     {1, u"InitServo", u"sID_value", u"sID", u"sid", ReplyValue::Byte},
     {2, u"ACK", u"ACK_value", u"", u"ack_policy", ReplyValue::Byte},

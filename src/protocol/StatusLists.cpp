@@ -32,7 +32,7 @@ StatusList statusErrorList(int bits, const StringTable &strings, Log &log) {
     if (bit == 0) continue;
     startItem(list, bit, log);
     if (i == 4) {
-      --list.count;  // meant: bit 4 has no message, yet it may put the separator up
+      --list.count;  // Kept: C19.
     } else {
       appendItem(list, strings.text(QStringLiteral("StatusErrorMsg%1").arg(i)));
     }

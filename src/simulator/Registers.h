@@ -42,7 +42,7 @@ struct SettingRow {
   int lowest;
   int highest;
   int factory;
-  const char *key;  ///< its name in files, which is the system's own, odd spellings included
+  const char *key;  ///< its name in files, the same as that of `tavrilctl dump`
 };
 
 /// Range, factory value and name of registers 1 to 15, in their order.

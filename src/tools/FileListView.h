@@ -29,9 +29,9 @@ class FileListView final : public FileSystemFunction {
   /// Lists the folder of the last conversion; the table has to be loaded after it.
   void viewDidLoad();
 
-  /// Lets the user choose a file, with which nothing is done: meant.
+  /// Lets the user choose a file. Kept: C89.
   void open();
-  /// Deletes the selected file, without a question and whatever its name says: both meant.
+  /// Deletes the selected file. Kept: C90.
   void cancel();
 
   int numberOfRowsInTableView() const;

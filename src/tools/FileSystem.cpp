@@ -13,7 +13,7 @@ void FileSystem::CreatFolder(const QString &folder, const QString &FolderName) {
 }
 
 void FileSystem::CreatFile(const QString &folder, const QString &FileName) {
-  // Not looked at, which is meant: whether there is a file shows when it is opened for writing.
+  // Kept: C88.
   (void)files_.createEmpty(fullPath(folder, FileName));
   report(QStringLiteral("Creat Succeed"));
 }

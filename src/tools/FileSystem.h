@@ -17,11 +17,11 @@ class FileSystem {
   /// Not owned; nothing when nobody wants to hear.
   FileSystemFunction *delegate = nullptr;
 
-  // "Creat" is how these operations and their reports are spelt, which is meant.
+  // Kept: C87.
 
   /// Makes a folder, but none above it.
   void CreatFolder(const QString &folder, const QString &FolderName);
-  /// Makes an empty file, also in place of one that is there. Reports success whatever happened: meant.
+  /// Makes an empty file, also in place of one that is there. Reports success, whatever happened.
   void CreatFile(const QString &folder, const QString &FileName);
   /// Reports the whole text of a file.
   void ReadFile(const QString &folder, const QString &FileName);

@@ -14,8 +14,7 @@ struct LinePairing {
   /// The first line, from 0, whose key has no value. There is no table then.
   std::optional<qsizetype> missing;
 
-  /// Keys and values stand in the table as they are, also quotes, backslashes and empty lines: meant. Values
-  /// beyond the last key are left out.
+  /// Kept: C100.
   static LinePairing of(const QStringList &keyArray, const QStringList &valueArray);
 };
 
