@@ -10,8 +10,8 @@ namespace tavril {
 
 class StringTable;
 
-/// Posted when all texts have another language; who shows texts looks them up again. The user info has a
-/// TextChange under `textChangeKey`, which is good until post() returns.
+/// Posted when the language has changed. Observers look their texts up again. The user info has a TextChange
+/// under `textChangeKey`, which is valid until post() returns.
 inline constexpr char16_t LanguageDidChangeNotification[] = u"LanguageDidChange";
 inline constexpr char16_t textChangeKey[] = u"textChange";
 
