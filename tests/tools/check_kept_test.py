@@ -68,6 +68,9 @@ class CheckKeptTest(unittest.TestCase):
         self.write("docs/compatibility.md", "# Compatibility\n")
         self.write("src/protocol/Keys.cpp", "")
         self.assertEqual(self.check().returncode, 2)
+        os.remove(os.path.join(self.root, "docs/compatibility.md"))
+        self.assertEqual(self.check().returncode, 2)
+        self.assertIn("is not there", self.check().stderr)
 
 
 if __name__ == "__main__":
