@@ -93,8 +93,7 @@ void AppDelegate::applicationDidFinishLaunching(const MenuOutlets &menu) {
   state_.ToolbarFlag = QLatin1String("");
   state_.FunctionCMD = std::make_shared<Function>(state_, *this, desktop_);
   OSSerialInit();
-  // Meant: the placeholder for the port that the user has not chosen yet cannot be made. This is reported to
-  // the log at every launch, and no port stands chosen until the dialog is used.
+  // Kept: C25.
   state_.SelectSerial = SerialPort::init(serial_);
 }
 
@@ -158,13 +157,13 @@ QString AppDelegate::pathToOpen() const {
 QString AppDelegate::cmdlabel(int registerNumber) const {
   const RegisterRow *row = findRegister(registerNumber);
   if (!row || !row->isSetting()) return {};
-  // Meant: the calibration angle gives its help key, under which no screen element is found.
+  // Kept: C26.
   const bool isAngle = registerNumber == wire::RegisterNumber::CalibrationAngle;
   return (isAngle ? row->helpKey : row->valueKey).toString();
 }
 
 void AppDelegate::SendCMDtoMCU() {
-  // Meant: byte 3 is taken for a register number whatever the command is.
+  // Kept: C27.
   QString trace = cmdlabel(state_.SerialCMD[wire::FrameByte::firstData]) + QStringLiteral("TX:");
   for (const std::uint8_t byte : wire::frameIn(state_.SerialCMD)) {
     const QString text = QString::number(byte, 16);
@@ -196,7 +195,7 @@ void AppDelegate::didReceiveData(const Port &, const QByteArray &data) {
     restartReading(decimal);
   }
 
-  // Meant: a decimal text has no leading zero, so this comparison never holds.
+  // Kept: C28.
   if (data.size() == 1 && decimal.front() == u"00") {
     showConnection(state_, ConnectionState::NotConnected, desktop_.strings);
     clearSettings(false);
@@ -220,8 +219,7 @@ bool AppDelegate::acceptFrame(const QByteArray &data, const QStringList &decimal
 void AppDelegate::restartReading(const QStringList &decimal) {
   if (desktop_.log.isEnabled()) {
     const QString content = QStringLiteral("ContentArray=") + listText(decimal);
-    for (qsizetype i = 0; i < decimal.size();
-         ++i) {  // meant: once for every byte, though only the first is tested
+    for (qsizetype i = 0; i < decimal.size(); ++i) {  // Kept: C29.
       desktop_.log.write(content);
       desktop_.log.write(QStringLiteral("out %1").arg(i));
     }
@@ -263,6 +261,7 @@ void AppDelegate::serialPortsWereConnected(const Notification &notification) {
   const SerialPortList ports = portsOf(notification, ConnectedSerialPortsKey);
   desktop_.log.write(QStringLiteral("Ports were connected: ") + portsText(ports));
   postUserNotificationForConnectedPorts(ports);
+  // Kept: C31.
   if (ports.empty() || !ports.front()->name().startsWith(u"usb")) return;
 
   if (alertUser(QStringLiteral("Serial Port Was Connected From PC.")) != ModalAlert::firstButton) return;
@@ -283,6 +282,7 @@ void AppDelegate::serialPortsWereDisconnected(const Notification &notification) 
 void AppDelegate::postUserNotificationForConnectedPorts(const SerialPortList &ports) {
   if (!desktop_.userNotifications) return;
   for (const auto &port : ports) {
+    // Kept: C34.
     deliver(QStringLiteral("Serial Port Connected"),
             QStringLiteral("Serial Port %@ was connected to your Mac."), *port);
   }
@@ -299,7 +299,7 @@ void AppDelegate::postUserNotificationForDisconnectedPorts(const SerialPortList 
 
 void AppDelegate::forgetDisconnected(const SerialPort &port, std::size_t position) {
   auto &known = state_.allSerialPortsInfo;
-  // Meant: the ports are compared place by place, not searched for.
+  // Kept: C30.
   if (position >= known.size() || !known[position]->isEqual(&port)) return;
   known.erase(known.begin() + static_cast<std::ptrdiff_t>(position));
   clearSettings(true);
@@ -351,6 +351,7 @@ void AppDelegate::request(const QString &word) {
 
 // -------------------------------------------------------------------------------------------------- helpers
 
+// Kept: C33.
 int AppDelegate::alertUser(const QString &informativeText) {
   const int answer =
       desktop_.alert.run({QStringLiteral("Serial Notice"), informativeText, {QStringLiteral("OK")}});

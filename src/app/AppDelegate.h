@@ -53,7 +53,7 @@ class AppDelegate final : public SerialPortDelegate,
   struct Token {};
 
  public:
-  /// How long the bridge behind a port needs after the port was opened, before it answers.
+  /// How long the bridge behind a port needs after the port was opened, before it answers. Kept: C32.
   static constexpr std::chrono::milliseconds bridgeStartUp{5000};
 
   /// Owns nothing it is given; all of it must outlive the delegate.
@@ -111,7 +111,7 @@ class AppDelegate final : public SerialPortDelegate,
   /// Menu actions: each asks the screen for its action, unless one is pending.
   void RebootServo();
   void ResetServo();
-  void DetectionMotro();
+  void DetectionMotro();  // Kept: C35.
 
   bool respondsTo(SerialPortCallback callback) const override;
   void serialPortWasRemovedFromSystem(const Port &port) override;

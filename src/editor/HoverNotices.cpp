@@ -14,8 +14,7 @@ namespace tavril {
 namespace {
 
 constexpr float rowHeight = 25;
-/// Where the rows of the registers begin, in their order. The distances differ, as those of the drawn rows
-/// do; meant.
+/// Where the rows of the registers begin, in their order. Kept: C81.
 constexpr std::array<float, wire::registerCount> rowBases{618, 589, 560, 534, 505, 476, 447, 419, 392, 363,
                                                           334, 305, 277, 249, 220, 192, 164, 136, 107, 79};
 
@@ -54,7 +53,7 @@ void HoverNotices::mouseMoved(QPointF location) {
     if (const RegisterRow *row = rowAt(location)) take(*row);
     show();
   } else if (isBetween(658, location.x(), 993) && isBetween(103, location.y(), 307)) {
-    state_.TextMouseFlag = QStringLiteral("MouseDown");  // meant: stands here although it is never reached
+    state_.TextMouseFlag = QStringLiteral("MouseDown");  // Kept: C82.
   }
 }
 

@@ -16,6 +16,7 @@
 
 namespace tavril {
 
+// Kept: C83.
 QString leftoverOf(const QString &text, bool signAllowed) {
   QString leftover = text;
   leftover.removeIf(
@@ -42,7 +43,7 @@ QString ValueEntry::checkValue(const QString &text, int minvalue, int maxvalue, 
   const QString leftover = leftoverOf(text, !cal.isEmpty());
   log_.write(leftover);
   if (leftover.isEmpty()) {
-    if (text.isEmpty()) return {};
+    if (text.isEmpty()) return {};  // Kept: C84.
     const int value = integerValueOf(text);
     if (value >= minvalue && value <= maxvalue) return {};
   }

@@ -107,7 +107,7 @@ void ViewController::registerElements() {
   for (const char16_t *name : {u"TXcmd", u"RXcmd", u"NoticeMSGview", u"errormsg", u"ConnectStatus"}) {
     elements.set(QString::fromUtf16(name), view_.element(name));
   }
-  // Meant: the message panel's container has one name on the screen and another here.
+  // Kept: C59.
   elements.set(QStringLiteral("ContainerView_MsgView"), view_.element(u"ContrainerView_MsgView"));
   elements.set(QStringLiteral("ContrainerView_WaitView"), view_.element(u"ContrainerView_WaitView"));
   state_.textFieldValue.clear();
@@ -130,7 +130,7 @@ void ViewController::viewWillLayout() {
   view_.setTitle(desktop_.strings.text(u"tavril"));
   for (const ScreenLabel &label : screenLabels()) {
     view_.element(label.name).setText(desktop_.strings.text(label.key));
-    // Looked up for every label, so that a changed table shows at the next pass.
+    // Kept: C71.
     view_.setLabelFontSize(label.name, desktop_.strings.text(u"fontsize").toDouble());
   }
 }
@@ -164,7 +164,7 @@ bool ViewController::carryOut(const QString &request) {
   }
   if (request == u"InitSerialPort") {
     cnt = countdownStart;
-    // Meant: a countdown that still runs goes on, and two of them run twice as fast.
+    // Kept: C62.
     TimerCnt_.push_back(desktop_.timers.repeating(countdownInterval, [this] { ConnectTimeout(); }));
   } else if (request == u"MotorInitOK") {
     setUsable(true);
@@ -177,7 +177,7 @@ bool ViewController::carryOut(const QString &request) {
   } else if (request == u"UpdateMotorValue") {
     UpdateMotorValue(integerValueOf(state_.returnSTR));
   } else {
-    return false;  // an unknown word stays and blocks nothing
+    return false;  // Kept: C63.
   }
   return true;
 }
@@ -204,7 +204,7 @@ void ViewController::stopCountdowns() {
 }
 
 void ViewController::UpdateMotorValue(int position) {
-  if (position >= dial::positionEnd) return;
+  if (position >= dial::positionEnd) return;  // Kept: C72.
   desktop_.log.write(
       QString::asprintf("str=%d,angle=%f", position, static_cast<double>(dial::travelAngle(position))));
   knob_.showPosition(position);
@@ -240,7 +240,7 @@ void ViewController::LabelTouchEvent(const QString &identifier) {
       case ButtonName::Capture:
         FunctionCMD_->ReadServoPosition();
         break;
-      // Meant: sent as it stands, in range or not.
+      // Kept: C64.
       case ButtonName::MotorSet:
         FunctionCMD_->SetServoPosition(view_.element(u"angle").integerValue());
         break;
@@ -264,6 +264,7 @@ void ViewController::flash() {
   });
 }
 
+// Kept: C65.
 void ViewController::sweep() {
   cmdcnt = 1;
   while (cmdcnt < wire::settingCount + 1) {

@@ -50,12 +50,12 @@ class ViewController {
   void LabelTouchEvent(const QString &identifier);
   /// One second of the connection attempt is over.
   void ConnectTimeout();
-  /// Diagnostic action; nothing calls it.
+  /// Reads the position. Kept: C66.
   void test();
 
   /// Shows the message panel when the flag is "true", else an alert.
   void CreateMSGview(const QString &flag);
-  /// An alert "Please Wait..."; nothing calls it, it is kept.
+  /// An alert "Please Wait...". Kept: C67.
   void actIndicatorBegin();
 
   /// A value field's entry was committed.

@@ -14,7 +14,7 @@ WaitMain::WaitMain(SharedState &state, PanelView &view, const Desktop &desktop)
     : state_(state), view_(view), desktop_(desktop) {}
 
 void WaitMain::setTexts() {
-  // Meant: the title is the text of the confirm key.
+  // Kept: C61.
   view_.element(u"WaitTittle").setText(desktop_.strings.text(u"Confirm"));
   view_.element(u"cancel").setText(desktop_.strings.text(u"CancelBT"));
 }

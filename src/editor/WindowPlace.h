@@ -20,7 +20,7 @@ struct WindowPlace {
   bool isMaximized = false;
 
   QString text() const;
-  /// Nothing when the text is not one of these, or means a window that nobody can have had.
+  /// Nothing if the text is not one of these, or if no window can have this place.
   static std::optional<WindowPlace> fromText(QStringView text);
 
   /// The same, but whole within one of the screens: the one that it has most in common with, else the first.

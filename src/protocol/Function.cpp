@@ -36,7 +36,7 @@ const wire::FrameRow *rowOf(const QString &code) {
 }
 
 QString countText(int bits, const StatusList &list, const QString &byteText) {
-  // A byte is never negative; the branch stands for the order of decisions and is meant to stay.
+  // Kept: C18.
   if (bits < 0) return byteText + QStringLiteral(" Item");
   return QStringLiteral("%1 Items").arg(list.count);
 }
@@ -93,6 +93,7 @@ void Function::WriteServoSettingValue(std::uint8_t registerNumber, int value) {
 }
 
 void Function::ErrorMessageReturn(int code) {
+  // Kept: C9.
   const bool isKnown = code >= 1 && code <= 3;
   send(wire::Command::reportError(isKnown ? code : state_.SerialCMD[wire::FrameByte::firstData]));
 }
@@ -121,17 +122,16 @@ QString Function::returnErrorCode(const QStringList &frame) {
   const wire::FrameRow *row = rowOf(code);
   QString result;
   if (!row || row->code == CommandCode::ReleaseServo) {
-    // Meant: the answer to a release is decoded as an unknown one.
+    // Kept: C11.
     result = QStringLiteral("Null");
   } else if (row->code == CommandCode::ReadServoSettingValue && !state_.limitFlag.isEmpty()) {
-    // While the dial is dragged the fields are the user's.
+    // Kept: C17.
   } else if (static_cast<std::size_t>(frame.size()) < row->replyPlaces()) {
     // The position read last must not be lost to a cut reply, so the text that the link keeps stays too.
     log_.write(QStringLiteral("Reply too short, ignored: ") + listText(frame));
     result = state_.returnSTR;
   } else {
-    // Meant: where a reply is one byte shorter than it should be, its end mark is taken for the last of its
-    // data.
+    // If a reply is one byte short, its end mark counts as the last byte of its data.
     switch (row->code) {
       case CommandCode::InitServo:
         result = decodeDetection(frame);
@@ -140,10 +140,11 @@ QString Function::returnErrorCode(const QStringList &frame) {
         result = decodeSetting(frame);
         break;
       case CommandCode::WriteServoSettingValue:
+        // Kept: C13.
         if (frame[dataAt] == QString::number(wire::RegisterNumber::CalibrationAngle)) {
           alertUser(strings_.text(u"SetOK"), QString());
         }
-        // Meant: this is what the acknowledgement of a write says, although the write succeeded.
+        // Kept: C12.
         result = QStringLiteral("Lost Servo Connecting");
         break;
       case CommandCode::ErrorMessage:
@@ -190,12 +191,13 @@ QString Function::decodeDetection(const QStringList &frame) {
     state_.ToolbarFlag = QStringLiteral("MotorInitOK");
     showMessage(KeyedText());
     ReadServoSettingValue(1);
-  } else if (frame[dataAt] == u"2") {
+  } else if (frame[dataAt] == u"2") {  // Kept: C15.
     message = strings_.text(u"there_are_more_than_one_servo");
     state_.CanUseTavril = QStringLiteral("fail");
     state_.ToolbarFlag = QStringLiteral("MotorInitFail");
     showMessage(KeyedText(u"there_are_more_than_one_servo"));
   }
+  // Kept: C16.
   showConnection(state_, ConnectionState::Connected, strings_);
   state_.ObjectDictionaryArray.element(u"ContrainerView_WaitView").setHidden(true);
   return message;
@@ -212,6 +214,7 @@ QString Function::decodeSetting(const QStringList &frame) {
   }
   if (!decodeStatus(frame)) {
     OnlyReadFlag.clear();
+    // Kept: C22.
     state_.ObjectDictionaryArray.element(u"StatusError_value").setText(frame[lowAt]);
     log_.warn(QStringLiteral("Error=") + listText(frame));
     log_.warn(QStringLiteral("Read Error!"));
@@ -243,9 +246,9 @@ void Function::showSetting(const RegisterRow &row, const QStringList &frame) {
 bool Function::decodeStatus(const QStringList &frame) {
   for (const RegisterRow &row : registerCatalogue().subspan<wire::settingCount>()) {
     const QString text = QString::number(row.number);
-    // The reply counts as the register that it names or the one that is expected, whichever comes first.
+    // Kept: C20.
     if (frame[dataAt] != text && OnlyReadFlag != text) continue;
-    // Meant: it stays at "20".
+    // Kept: C21.
     if (row.number < wire::registerCount) OnlyReadFlag = QString::number(row.number + 1);
     showStatus(row, frame);
     ReadMotorParameter(row.number + 1);
@@ -275,6 +278,7 @@ void Function::showStatus(const RegisterRow &row, const QStringList &frame) {
 }
 
 QString Function::decodeErrorReport(const QStringList &frame) {
+  // Kept: C14.
   static const QStringList texts{QStringLiteral("Packet CMD Error"), QStringLiteral("Packet Timerout"),
                                  QStringLiteral("Packet Length Error"),
                                  QStringLiteral("Packet Setting Over Range"),

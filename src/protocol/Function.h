@@ -27,6 +27,7 @@ class Function {
  public:
   Function(SharedState &state, CommandSender &sender, const Desktop &desktop);
 
+  // Kept: C7.
   void Init_Servo();
   void Release_Servo();
   void Reboot_Servo();

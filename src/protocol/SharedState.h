@@ -23,8 +23,8 @@ class SerialPort;
 /// A help text, or a register's choice texts (index = value).
 using HelpEntry = std::variant<QString, QStringList>;
 
-/// What the parts of the program share, under the names by which all of them know it. One instance, made by
-/// main and passed on by reference; tests make their own. Main thread only. Texts are empty when idle.
+/// What the parts of the program share. One instance, made by main and passed on by reference; tests make
+/// their own. Main thread only. Texts are empty when idle. Kept: C6.
 struct SharedState {
   wire::CommandBuffer SerialCMD{};   ///< the command being sent; all zero between two transmissions
   ValueStore ObjectDictionaryArray;  ///< screen elements by key
@@ -34,7 +34,7 @@ struct SharedState {
   QString ToolbarFlag;        ///< request word for the screen, such as "MotorInitOK"
   QString CanUseTavril;       ///< "true" once exactly one servo answered, "fail" after a failed detection
   QString limitFlag;          ///< "MouseIn" while the dial is dragged
-  QString TextMouseFlag;      ///< "MouseDown" while the dial is dragged
+  QString TextMouseFlag;      ///< "MouseDown" after a press outside the dial
   QString CancelConnectFlag;  ///< "disconnect" after the user gave up waiting
   QString returnSTR;          ///< what the last decoded reply said; the position after a position reply
 

@@ -33,7 +33,7 @@ StatusList statusErrorList(int bits, const StringTable &strings, Log &log) {
     if (bit == 0) continue;
     startItem(list, bit, log);
     if (row.key.empty()) {
-      --list.count;  // meant: a bit without a text counts for nothing, yet it may put the separator up
+      --list.count;  // Kept: C19.
     } else {
       appendItem(list, row.key);
     }

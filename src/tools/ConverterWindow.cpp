@@ -61,7 +61,7 @@ void ConverterWindow::setTexts(const StringTable &strings) {
   ui_->valuepath->setAccessibleName(values);
   ui_->key->setText(plainTitle(choose));
   ui_->value->setText(plainTitle(choose));
-  // Two buttons of one text have to be told apart by ear.
+  // A screen reader reads only the name, and both buttons have the same text.
   ui_->key->setAccessibleName(QStringLiteral("%1: %2").arg(keys, choose));
   ui_->value->setAccessibleName(QStringLiteral("%1: %2").arg(values, choose));
   ui_->converter->setText(plainTitle(strings.text(u"convert")));

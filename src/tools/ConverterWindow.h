@@ -14,12 +14,12 @@ class ConverterWindow;
 
 namespace tavril {
 
-/// The converter's screen: two files to choose and a table to save. Main thread only.
+/// The converter's screen: two files to choose and a table to save.
 class ConverterWindow final : public QDialog {
   Q_OBJECT
 
  public:
-  /// Owns nothing that it is given but gives itself to `parent`.
+  /// Gives itself to `parent`.
   ConverterWindow(FilePanels &panels, UserFiles &files, TableFolder &tables, const StringTable &strings,
                   Log &log, QWidget *parent);
   ~ConverterWindow() override;

@@ -20,7 +20,6 @@ namespace tavril {
 
 namespace {
 
-/// The identifiers of the columns.
 constexpr std::array<const char16_t *, 2> columns{u"name", u"number"};
 
 }  // namespace
@@ -71,7 +70,7 @@ void FileListWindow::setRowHeight(int points) {
 
 void FileListWindow::reloadData() {
   {
-    // Only what the user does is a selection, not that rows come and go.
+    // Only the user selects rows. Adding and removing them is no selection.
     const QSignalBlocker quiet(ui_->FileTableView);
     const int rows = controller_.numberOfRowsInTableView();
     ui_->FileTableView->clearSelection();
@@ -86,7 +85,7 @@ void FileListWindow::reloadData() {
     }
     ui_->pages->setCurrentWidget(rows > 0 ? ui_->tablePage : ui_->emptyPage);
   }
-  // Before its button is disabled, which would pass the focus on to the next.
+  // Moves the focus before the button is disabled; Qt would pass it on to the next button.
   if (ui_->cancel->hasFocus()) focusContent();
   ui_->cancel->setEnabled(false);
 }

@@ -14,17 +14,17 @@ class FileListWindow;
 
 namespace tavril {
 
-/// The list of the string tables in a folder. Main thread only.
+/// The list of the string tables in a folder.
 class FileListWindow final : public QDialog, private FileTable {
   Q_OBJECT
 
  public:
-  /// Owns nothing that it is given but gives itself to `parent`.
+  /// Gives itself to `parent`.
   FileListWindow(FilePanels &panels, UserFiles &files, const TableFolder &tables, const StringTable &strings,
                  Log &log, QWidget *parent);
   ~FileListWindow() override;
 
-  /// Lists the folder anew.
+  /// Lists the folder again.
   void load();
   /// Also later, when the language has changed.
   void setTexts(const StringTable &strings);

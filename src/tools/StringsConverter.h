@@ -16,8 +16,8 @@ class NotificationCenter;
 class StringTable;
 class UserFiles;
 
-/// The translator's tool: its two windows, of each of which there is one at most. Their texts follow the
-/// language. Main thread only; owns nothing that it is given but the folder, and must outlive its windows.
+/// The translator's tool. It has two windows, each open once at most, whose texts follow the language. It
+/// must outlive them.
 class StringsConverter {
  public:
   StringsConverter(FilePanels &panels, UserFiles &files, TableFolder tables, const StringTable &strings,
@@ -28,7 +28,7 @@ class StringsConverter {
 
   /// Opens the window as a child of `parent`, or brings it to the front.
   void showConverter(QWidget *parent);
-  /// The same, and lists the folder anew.
+  /// The same, and lists the folder again.
   void showTables(QWidget *parent);
 
  private:

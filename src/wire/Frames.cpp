@@ -44,7 +44,7 @@ Command Command::readRegister(int number) {
 }
 
 Command Command::writeRegister(int number, int value) {
-  std::uint8_t high = lowByte(value / 256);  // truncates toward zero: -1 becomes 00 FF
+  std::uint8_t high = lowByte(value / 256);  // Kept: C10.
   std::uint8_t low = lowByte(value % 256);
   const Register *row = findRegister(number);
   if (row && row->reply == ReplyValue::SignedByte) {

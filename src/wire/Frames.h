@@ -14,7 +14,7 @@ namespace tavril::wire {
 
 using Bytes = std::span<const std::uint8_t>;
 
-/// Every transmission is the whole buffer: the frame, then zeros.
+/// Every transmission is the whole buffer: the frame, then zeros. Kept: C8.
 inline constexpr std::size_t commandBufferSize = 50;
 using CommandBuffer = std::array<std::uint8_t, commandBufferSize>;
 

@@ -240,6 +240,13 @@ TEST_F(FunctionReply, StatusErrorWithAllBitsLeavesBit4Out) {
   EXPECT_EQ(textOf("StatusError_value"), "7 Items");
 }
 
+TEST_F(FunctionReply, ANegativeStatusShowsItsTextAndItem) {
+  readReply(16, 0, -1);
+  EXPECT_EQ(textOf("StatusError_value"), "-1 Item");
+  readReply(17, 0, -1);
+  EXPECT_EQ(textOf("StatusDetail_value"), "-1 Item");
+}
+
 TEST_F(FunctionReply, StatusErrorIsLoggedBitByBit) {
   readReply(16, 0, 0x81);
   EXPECT_EQ(fakes.log.lines(), (QStringList{"StatusError=(255, 7, 145, 16, 0, 129, 254)", "bit=1,1",
@@ -291,7 +298,7 @@ TEST_F(FunctionReply, LiveValuesAreShownRawAndLogged) {
 }
 
 TEST_F(FunctionReply, AnUnknownRegisterWithNothingExpectedIsAReadError) {
-  readReply(99, 0, 5);
+  EXPECT_EQ(readReply(99, 0, 5), "Read Servo Setting Value Success");
   EXPECT_EQ(textOf("StatusError_value"), "5");
   EXPECT_EQ(fakes.log.lines(), (QStringList{"Error=(255, 7, 145, 99, 0, 5, 254)", "Read Error!"}));
   EXPECT_EQ(fakes.log.warnings(), fakes.log.lines());
