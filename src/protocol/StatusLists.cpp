@@ -4,6 +4,8 @@
 #include "platform/StringTable.h"
 #include "wire/StatusBits.h"
 
+#include <QStringView>
+
 namespace tavril {
 
 namespace {
