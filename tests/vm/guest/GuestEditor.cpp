@@ -1,7 +1,6 @@
-#include "tests/vm/guest/House.h"
+#include "tests/vm/guest/GuestEditor.h"
 
 #include "editor/Style.h"
-#include "protocol/HelpTables.h"
 #include "protocol/RegisterCatalogue.h"
 #include "serial/SerialPort.h"
 #include "serial/SerialPortManager.h"
@@ -9,71 +8,72 @@
 
 #include <QApplication>
 #include <QLineEdit>
+#include <QPointer>
 #include <QTest>
 
 #include <gtest/gtest.h>
 
 namespace tavril::vm {
 
-House::House(std::chrono::milliseconds startUpWait)
-    : application(AppDelegate::make(state, desktop, serial, store, startUpWait)) {
+GuestEditor::GuestEditor(std::chrono::milliseconds startUpWait)
+    : objects({log,
+               mainQueue,
+               timers,
+               wait,
+               alert,
+               strings,
+               {QStringLiteral("en")},
+               files,
+               preferences,
+               &userNotifications,
+               terminal,
+               devices,
+               bus,
+               nodes,
+               processes},
+              startUpWait) {
   Style::apply(*qApp);
-  buildHelpTables(state, log);
-  EditorWindow::Actions actions;
-  actions.openPortSetting = [] {};
-  actions.quit = [] {};
-  actions.about = [] {};
-  actions.endProcess = [](int) {};
-  window = std::make_unique<EditorWindow>(state, *application, desktop, std::move(actions));
-  application->applicationDidFinishLaunching(window->menuOutlets());
+  editor.emplace(objects, EditorServices{panels, userFiles, [] { return QStringList(); },
+                                         [](const QUrl &) { return false; }, [](int) {}});
+  window = &editor->window();
   window->fitInto(QSize(1024, 768));
   window->show();
 }
 
-/// As the program ends: ports first, then the window, then what they stood on.
-House::~House() {
-  if (application->serialPort()) application->serialPort()->setDelegate({});
-  for (const auto &port : application->serialPortManager()->availablePorts()) port->close();
-  for (const auto &port : state.allSerialPortsInfo) port->close();
-  window.reset();
-  application.reset();
-  mainQueue.shutDown();
-  state.SelectSerial.reset();
-  state.allSerialPortsInfo.clear();
-}
-
-QStringList House::portNames() const {
+QStringList GuestEditor::portNames() const {
   QStringList names;
   for (const auto &port : application->serialPortManager()->availablePorts()) names.append(port->name());
   names.sort();
   return names;
 }
 
-void House::connectToServo() {
-  Config dialog(state, *application, desktop, serial, nodes, processes, window.get());
-  dialog.open();
-  auto *confirm = dialog.findChild<QWidget *>(QStringLiteral("doneBT"));
+void GuestEditor::connectToServo() {
+  editor->openPortSetting();
+  const QPointer<Config> dialog = window->findChild<Config *>();
+  ASSERT_NE(dialog, nullptr);
+  auto *confirm = dialog->findChild<QWidget *>(QStringLiteral("doneBT"));
   ASSERT_NE(confirm, nullptr);
   QTest::mouseClick(confirm, Qt::LeftButton);
+  delete dialog;
 }
 
-bool House::everythingRead() const {
+bool GuestEditor::everythingRead() const {
   return std::ranges::all_of(registerCatalogue(), [this](const RegisterRow &row) {
     return !state.ObjectDictionaryArray.element(row.valueKey).text().isEmpty();
   });
 }
 
-QString House::textOf(const char *name) const {
+QString GuestEditor::textOf(const char *name) const {
   return find(name)->property("text").toString();
 }
 
-QWidget *House::find(const char *name) const {
+QWidget *GuestEditor::find(const char *name) const {
   auto *found = window->findChild<QWidget *>(QString::fromLatin1(name));
   EXPECT_NE(found, nullptr) << name;
   return found;
 }
 
-void House::enter(const char *name, const char *text) {
+void GuestEditor::enter(const char *name, const char *text) {
   auto *field = qobject_cast<QLineEdit *>(find(name));
   ASSERT_NE(field, nullptr) << name;
   QTest::mouseClick(field, Qt::LeftButton);
@@ -82,7 +82,7 @@ void House::enter(const char *name, const char *text) {
   QTest::keyClick(field, Qt::Key_Return);
 }
 
-void House::clearScreen() {
+void GuestEditor::clearScreen() {
   for (const RegisterRow &row : registerCatalogue())
     state.ObjectDictionaryArray.element(row.valueKey).setText({});
 }
