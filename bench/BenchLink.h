@@ -1,17 +1,21 @@
 #pragma once
 
 #include "app/AppDelegate.h"
-#include "bench/PortHouse.h"
-#include "platform/AlertErrorPresenter.h"
-#include "platform/Desktop.h"
 #include "platform/PlainElement.h"
 #include "platform/linux/PosixPrivateFiles.h"
+#include "platform/linux/PosixTerminalCalls.h"
+#include "platform/linux/QtMainQueue.h"
 #include "platform/linux/QtTimers.h"
+#include "platform/linux/StreamLog.h"
+#include "platform/linux/StringTables.h"
+#include "program/tavril/AppObjects.h"
 #include "protocol/Function.h"
 #include "protocol/RegisterCatalogue.h"
 #include "protocol/SharedState.h"
+#include "tests/doctor/FakeMachine.h"
 #include "tests/support/AnsweringAlert.h"
-#include "tests/support/KeyTable.h"
+#include "tests/support/FakeDevices.h"
+#include "tests/support/MemoryPreferences.h"
 #include "tests/support/RecordingWait.h"
 
 #include <map>
@@ -20,43 +24,49 @@ namespace tavril::bench {
 
 /// The link without a window: real queue, timers, threads and terminal. Waits are left out, for a bridge that
 /// needs none.
-struct LinkHouse {
-  explicit LinkHouse(const QString &path, TerminalCalls *emulated = nullptr) : ports(emulated) {
+struct BenchLink {
+  /// `emulated`: the terminal calls for a line that is emulated.
+  explicit BenchLink(const QString &path, TerminalCalls *emulated = nullptr)
+      : objects({log,
+                 mainQueue,
+                 timers,
+                 wait,
+                 alert,
+                 strings,
+                 {},
+                 files,
+                 preferences,
+                 nullptr,
+                 emulated ? *emulated : posix,
+                 devices,
+                 machine.bus,
+                 machine.nodes,
+                 machine.programs},
+                std::chrono::milliseconds(0)) {
     for (const RegisterRow &row : registerCatalogue()) elements[row.valueKey.toString()];
     for (const char *key : {"TXcmd", "RXcmd", "errormsg", "ConnectStatus", "ContrainerView_WaitView"}) {
       elements[QString::fromLatin1(key)];
     }
     for (auto &[key, element] : elements) state.ObjectDictionaryArray.set(key, element);
-    if (!path.isEmpty()) ports.devices.add(QStringLiteral("usbport-bench"), path);
+    if (!path.isEmpty()) devices.add(QStringLiteral("usbport-bench"), path);
     application->applicationDidFinishLaunching();
   }
-  ~LinkHouse() {
-    if (const auto port = application->serialPort()) {
-      port->setDelegate({});
-      port->close();
-    }
-    application.reset();
-    ports.mainQueue.shutDown();
-    state.SelectSerial.reset();
-    state.allSerialPortsInfo.clear();
-  }
 
-  PortHouse ports;
-  SharedState state;
-  PortRegistry registry{state.allSerialPortsInfo};
-  SerialEnvironment serial{ports.mainQueue,     ports.background,  ports.terminal, ports.devices,
-                           ports.notifications, ports.processExit, ports.log,      registry};
-  std::map<QString, PlainElement> elements;
-  QtTimers timers{ports.mainQueue};
+  StreamLog log;
+  QtMainQueue mainQueue;
+  QtTimers timers{mainQueue};
   RecordingWait wait;
   AnsweringAlert alert;
-  KeyTable strings;
-  Desktop desktop{ports.mainQueue, timers, wait, alert, strings, ports.notifications, nullptr, ports.log};
+  StringTables strings{StringTables::standardFolders(), log};
   PosixPrivateFiles files;
-  AlertErrorPresenter errors{alert};
-  StoreController store{files, desktop, errors};
-  std::shared_ptr<AppDelegate> application =
-      AppDelegate::make(state, desktop, serial, store, std::chrono::milliseconds(0));
+  MemoryPreferences preferences;
+  PosixTerminalCalls posix{log};
+  FakeDevices devices;
+  doctor::FakeMachine machine;
+  std::map<QString, PlainElement> elements;
+  AppObjects objects;
+  SharedState &state = objects.state;
+  AppDelegate *const application = objects.application.get();
 };
 
 }  // namespace tavril::bench
