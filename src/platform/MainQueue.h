@@ -20,6 +20,9 @@ class MainQueue {
   virtual bool sync(Job job) = 0;
 
   virtual bool isMainThread() const = 0;
+
+  /// Drops the jobs that have not begun; every waiting and later sync() returns false. Main thread only.
+  virtual void shutDown() = 0;
 };
 
 }  // namespace tavril

@@ -1,6 +1,5 @@
 // What the commands make of what was typed, and what they decide by themselves.
 #include "cli/Changes.h"
-#include "cli/Console.h"
 #include "cli/Conversation.h"
 #include "cli/FrameWords.h"
 #include "cli/Monitor.h"
@@ -15,6 +14,7 @@
 #include "cli/Table.h"
 #include "tests/cli/BridgeInTime.h"
 #include "tests/cli/FailureOf.h"
+#include "tests/cli/ScreenConsole.h"
 #include "tests/support/KeyTable.h"
 #include "wire/Registers.h"
 
@@ -187,26 +187,6 @@ TEST(Table, AlignsItsColumns) {
   table.addRow({QStringLiteral("bcd"), QStringLiteral("x"), QStringLiteral("y")});
   EXPECT_EQ(table.text().toStdString(), "a    long one\nbcd  x         y\n");
 }
-
-class ScreenConsole final : public Console {
- public:
-  explicit ScreenConsole(bool isTerminal) : isTerminal_(isTerminal) {}
-  void data(const QString &text) override {
-    if (isFull) throw Failure{ExitCode::Failed, QStringLiteral("the disk is full.")};
-    printed += text;
-  }
-  void status(const QString &line) override { told.append(line); }
-  void note(const QString &line) override { told.append(line); }
-  void transient(const QString &line) override { shown.append(line); }
-  bool isTerminal() const override { return isTerminal_; }
-  bool isFull = false;
-  QStringList shown;
-  QString printed;
-  QStringList told;
-
- private:
-  const bool isTerminal_;
-};
 
 QStringList barsOf(bool isTerminal, milliseconds each) {
   ScreenConsole console(isTerminal);

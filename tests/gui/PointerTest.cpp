@@ -270,7 +270,7 @@ class PointerAndAlert : public Pointer {
     EXPECT_EQ(textOf("sID_value"), QStringLiteral("1")) << "the entry is put back";
   }
   void moveToButton() {
-    const QPointF middle = button->mapTo(window.get(), QPointF(button->rect().center()));
+    const QPointF middle = button->mapTo(window, QPointF(button->rect().center()));
     hand.moveTo(window->winId(), (middle * window->devicePixelRatio()).toPoint());
   }
   /// Nothing is sent, and the button is drawn like one that is up.

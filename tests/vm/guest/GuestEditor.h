@@ -1,47 +1,38 @@
 #pragma once
 
 #include "app/AppDelegate.h"
-#include "app/StoreController.h"
 #include "editor/EditorWindow.h"
-#include "platform/AlertErrorPresenter.h"
-#include "platform/Desktop.h"
-#include "platform/NotificationCenter.h"
-#include "platform/ProcessExit.h"
 #include "platform/linux/PaintWidgets.h"
 #include "platform/linux/PaintingWait.h"
 #include "platform/linux/PosixDeviceNodes.h"
 #include "platform/linux/PosixTerminalCalls.h"
+#include "platform/linux/PosixUserFiles.h"
 #include "platform/linux/ProcProcesses.h"
+#include "platform/linux/QtFilePanels.h"
 #include "platform/linux/QtMainQueue.h"
 #include "platform/linux/QtModalAlert.h"
 #include "platform/linux/QtTimers.h"
 #include "platform/linux/StringTables.h"
-#include "platform/linux/ThreadBackground.h"
 #include "platform/linux/UdevDeviceRegistry.h"
+#include "platform/linux/UdevUsbBus.h"
+#include "program/tavril/AppObjects.h"
+#include "program/tavril/EditorObjects.h"
 #include "protocol/SharedState.h"
-#include "serial/PortRegistry.h"
-#include "serial/SerialEnvironment.h"
 #include "tests/support/MemoryFiles.h"
+#include "tests/support/MemoryPreferences.h"
 #include "tests/support/RecordingLog.h"
 #include "tests/support/RecordingUserNotifications.h"
 #include "tests/vm/guest/Answerer.h"
 
 #include <chrono>
-#include <memory>
+#include <optional>
 
 namespace tavril::vm {
 
-/// Exit handlers that nobody runs: the process goes on with the next test.
-class NoExit final : public ProcessExit {
- public:
-  int registerHandler(std::function<void()>) override { return 0; }
-};
-
-/// The whole editor as the program puts it together, on the machine's own udev, terminals, threads, timers
-/// and alerts. Only what leaves the process is noted instead: notifications, the log and stored files.
-struct House {
-  explicit House(std::chrono::milliseconds startUpWait);
-  ~House();
+/// The editor as the program puts it together, on the machine's own udev, terminals, threads, timers and
+/// alerts. Only what leaves the process is noted instead: notifications, the log and stored files.
+struct GuestEditor {
+  explicit GuestEditor(std::chrono::milliseconds startUpWait);
 
   /// The names of the ports that are there, as the manager lists them.
   QStringList portNames() const;
@@ -64,23 +55,21 @@ struct House {
   PaintingWait wait{paintPendingWidgets};
   QtModalAlert alert{mainQueue};
   StringTables strings{StringTables::standardFolders(), log};
-  NotificationCenter notifications;
-  RecordingUserNotifications userNotifications;
-  Desktop desktop{mainQueue, timers, wait, alert, strings, notifications, &userNotifications, log};
   MemoryFiles files;
-  AlertErrorPresenter errors{alert};
-  StoreController store{files, desktop, errors};
+  MemoryPreferences preferences;
+  RecordingUserNotifications userNotifications;
   PosixTerminalCalls terminal{log};
   UdevDeviceRegistry devices;
+  UdevUsbBus bus;
   PosixDeviceNodes nodes;
   ProcProcesses processes;
-  SharedState state;
-  PortRegistry ports{state.allSerialPortsInfo};
-  NoExit processExit;
-  SerialEnvironment serial{mainQueue, background, terminal, devices, notifications, processExit, log, ports};
-  ThreadBackground background;
-  std::shared_ptr<AppDelegate> application;
-  std::unique_ptr<EditorWindow> window;
+  QtFilePanels panels{mainQueue};
+  PosixUserFiles userFiles;
+  AppObjects objects;
+  SharedState &state = objects.state;
+  AppDelegate *const application = objects.application.get();
+  std::optional<EditorObjects> editor;
+  EditorWindow *window = nullptr;
 };
 
 }  // namespace tavril::vm

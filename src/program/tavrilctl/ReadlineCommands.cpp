@@ -1,4 +1,4 @@
-#include "cli/ReadlineCommands.h"
+#include "program/tavrilctl/ReadlineCommands.h"
 
 #include "cli/CommandBook.h"
 #include "cli/Completion.h"
