@@ -65,30 +65,10 @@ AppDelegate::~AppDelegate() {
 
 // ------------------------------------------------------------------------------------------------ start-up
 
-void AppDelegate::setMenuTitles(const MenuOutlets &menu) const {
-  const std::pair<ScreenElement *, const char16_t *> titles[]{
-      {menu.tavril, u"tavril"},
-      {menu.abouttavril, u"about_tavril"},
-      {menu.quittavril, u"quit_tavril"},
-      {menu.tool, u"tool"},
-      {menu.rebootservo, u"reboot_servo"},
-      {menu.resetservo, u"reset_servo"},
-      {menu.config, u"config"},
-      {menu.port, u"port_setting"},
-      {menu.detectionmotor, u"detection_motor"},
-      {menu.doctor, u"connection_doctor"},
-      {menu.language, u"language"},
-      {menu.systemlanguage, u"system_language"},
-      {menu.help, u"help"},
-      {menu.userguide, u"user_guide"},
-  };
-  for (const auto &[item, key] : titles) {
-    if (item) item->setText(desktop_.strings.text(key));
-  }
-}
-
 void AppDelegate::applicationDidFinishLaunching(const MenuOutlets &menu) {
-  setMenuTitles(menu);
+  for (const auto &[outlet, key] : menuTitles) {
+    if (ScreenElement *item = menu.*outlet) item->setText(desktop_.strings.text(key));
+  }
   state_.returnSTR = QLatin1String("");
   state_.ToolbarFlag = QLatin1String("");
   state_.FunctionCMD = std::make_shared<Function>(state_, *this, desktop_);

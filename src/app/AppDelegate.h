@@ -24,8 +24,7 @@ struct Notification;
 struct SerialEnvironment;
 struct SharedState;
 
-/// The menu items whose titles are looked up at start-up and when the language changes. Those that are not
-/// there are left out.
+/// The menu items whose titles are looked up at start-up. Those that are not there are left out.
 struct MenuOutlets {
   ScreenElement *tavril = nullptr;
   ScreenElement *abouttavril = nullptr;
@@ -36,11 +35,23 @@ struct MenuOutlets {
   ScreenElement *config = nullptr;
   ScreenElement *port = nullptr;
   ScreenElement *detectionmotor = nullptr;
-  ScreenElement *doctor = nullptr;
-  ScreenElement *language = nullptr;
-  ScreenElement *systemlanguage = nullptr;
-  ScreenElement *help = nullptr;
-  ScreenElement *userguide = nullptr;
+};
+
+/// Such an item and the key of its title.
+struct MenuTitle {
+  ScreenElement *MenuOutlets::*outlet;
+  QStringView key;
+};
+inline constexpr MenuTitle menuTitles[]{
+    {&MenuOutlets::tavril, u"tavril"},
+    {&MenuOutlets::abouttavril, u"about_tavril"},
+    {&MenuOutlets::quittavril, u"quit_tavril"},
+    {&MenuOutlets::tool, u"tool"},
+    {&MenuOutlets::rebootservo, u"reboot_servo"},
+    {&MenuOutlets::resetservo, u"reset_servo"},
+    {&MenuOutlets::config, u"config"},
+    {&MenuOutlets::port, u"port_setting"},
+    {&MenuOutlets::detectionmotor, u"detection_motor"},
 };
 
 /// The application's delegate: start-up, menu actions, and the one link to the servo. It opens the port,
@@ -68,7 +79,6 @@ class AppDelegate final : public SerialPortDelegate,
 
   /// Menu titles, shared state, the decoder, the ports; nothing is sent.
   void applicationDidFinishLaunching(const MenuOutlets &menu = {});
-  void setMenuTitles(const MenuOutlets &menu) const;
   void applicationWillTerminate() {}
 
   /// The object store and quitting, see StoreController.

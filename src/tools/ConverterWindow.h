@@ -1,5 +1,6 @@
 #pragma once
 
+#include "look/SideWindow.h"
 #include "tools/MultiLangConverter.h"
 #include "tools/PathElement.h"
 
@@ -15,19 +16,19 @@ class ConverterWindow;
 namespace tavril {
 
 /// The converter's screen: two files to choose and a table to save.
-class ConverterWindow final : public QDialog {
+class ConverterWindow final : public SideWindow<QDialog> {
   Q_OBJECT
 
  public:
   /// Gives itself to `parent`.
   ConverterWindow(FilePanels &panels, UserFiles &files, TableFolder &tables, const StringTable &strings,
-                  Log &log, QWidget *parent);
+                  NotificationCenter &notifications, Log &log, QWidget *parent);
   ~ConverterWindow() override;
 
-  /// Also later, when the language has changed.
-  void setTexts(const StringTable &strings);
-
   const MultiLangConverter &controller() const { return controller_; }
+
+ protected:
+  void setTexts() override;
 
  private:
   void chosen();

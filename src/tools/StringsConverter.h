@@ -8,7 +8,6 @@ class QWidget;
 
 namespace tavril {
 
-class ConverterWindow;
 class FileListWindow;
 class FilePanels;
 class Log;
@@ -16,13 +15,11 @@ class NotificationCenter;
 class StringTable;
 class UserFiles;
 
-/// The translator's tool. It has two windows, each open once at most, whose texts follow the language. It
-/// must outlive them.
+/// The translator's tool. It has two windows, each open once at most. It must outlive them.
 class StringsConverter {
  public:
   StringsConverter(FilePanels &panels, UserFiles &files, TableFolder tables, const StringTable &strings,
                    NotificationCenter &notifications, Log &log);
-  ~StringsConverter();
   StringsConverter(const StringsConverter &) = delete;
   StringsConverter &operator=(const StringsConverter &) = delete;
 
@@ -32,15 +29,12 @@ class StringsConverter {
   void showTables(QWidget *parent);
 
  private:
-  void setTexts();
-
   FilePanels &panels_;
   UserFiles &files_;
   TableFolder tables_;
   const StringTable &strings_;
   NotificationCenter &notifications_;
   Log &log_;
-  QPointer<ConverterWindow> converter_;
   QPointer<FileListWindow> list_;
 };
 

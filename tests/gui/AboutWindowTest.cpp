@@ -1,5 +1,5 @@
-#include "editor/AboutPanel.h"
 #include "editor/AboutWindow.h"
+#include "editor/LicenceWindow.h"
 #include "tests/gui/GuiBench.h"
 
 #include <QAccessible>

@@ -5,7 +5,7 @@
 #include "app/Report.h"
 #include "editor/EditorWindow.h"
 #include "look/Style.h"
-#include "editor/WindowMemory.h"
+#include "look/WindowMemory.h"
 #include "platform/Desktop.h"
 #include "platform/MainQueue.h"
 #include "platform/Timers.h"

@@ -1,4 +1,4 @@
-#include "editor/WindowPlace.h"
+#include "look/WindowMemory.h"
 
 #include <gtest/gtest.h>
 
