@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/NotificationCenter.h"
 #include "platform/Languages.h"
+#include "platform/NotificationCenter.h"
 
 #include <QKeyEvent>
 #include <QString>
