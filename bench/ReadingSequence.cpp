@@ -4,8 +4,8 @@
 // The adapter's timer in ms, or none; RULE and LATENCY are 1 for what the link asks for, 0 for without. A
 // reading that has not ended within ten seconds has the time -1.
 #include "bench/BenchLink.h"
-#include "serial/SerialPort.h"
 #include "bench/EmulatedAdapter.h"
+#include "serial/SerialPort.h"
 
 #include <QCoreApplication>
 #include <QEventLoop>

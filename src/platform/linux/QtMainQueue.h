@@ -46,7 +46,6 @@ class QtMainQueue final : public MainQueue {
   void release();
   bool isHeld() const;
 
-
  private:
   /// A thread that waits in sync(); it lives on that thread's stack.
   struct Caller {
