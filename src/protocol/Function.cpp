@@ -10,6 +10,8 @@
 #include "protocol/RegisterCatalogue.h"
 #include "protocol/SharedState.h"
 #include "protocol/StatusLists.h"
+#include "wire/Frames.h"
+#include "wire/Registers.h"
 
 #include <QLatin1String>
 #include <algorithm>
