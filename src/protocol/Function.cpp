@@ -243,17 +243,18 @@ void Function::showSetting(const RegisterRow &row, const QStringList &frame) {
 }
 
 bool Function::decodeStatus(const QStringList &frame) {
-  for (const RegisterRow &row : registerCatalogue().subspan<wire::settingCount>()) {
-    const QString text = QString::number(row.number);
-    // The reply counts as the register that it names or the one that is expected, whichever comes first.
-    if (frame[dataAt] != text && OnlyReadFlag != text) continue;
-    // Meant: it stays at "20".
-    if (row.number < wire::registerCount) OnlyReadFlag = QString::number(row.number + 1);
-    showStatus(row, frame);
-    ReadMotorParameter(row.number + 1);
-    return true;
-  }
-  return false;
+  const auto rows = registerCatalogue().subspan<wire::settingCount>();
+  // The reply counts as the register that it names or the one that is expected, whichever comes first.
+  const auto row = std::ranges::find_if(rows, [&](const RegisterRow &candidate) {
+    const QString number = QString::number(candidate.number);
+    return frame[dataAt] == number || OnlyReadFlag == number;
+  });
+  if (row == rows.end()) return false;
+  // Meant: it stays at "20".
+  if (row->number < wire::registerCount) OnlyReadFlag = QString::number(row->number + 1);
+  showStatus(*row, frame);
+  ReadMotorParameter(row->number + 1);
+  return true;
 }
 
 void Function::showStatus(const RegisterRow &row, const QStringList &frame) {
