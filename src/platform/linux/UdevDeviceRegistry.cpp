@@ -1,5 +1,6 @@
 #include "platform/linux/UdevDeviceRegistry.h"
 
+#include "platform/Error.h"
 #include "platform/linux/UdevTty.h"
 
 #include <QFile>
@@ -12,7 +13,6 @@
 #include <array>
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <set>
 #include <string_view>
 #include <utility>
@@ -92,7 +92,7 @@ std::optional<QString> UdevDeviceRegistry::addTerminal(const QString &path) {
       realpath(QFile::encodeName(path).constData(), nullptr), &std::free);
   struct stat status {};
   if (!real || stat(real.get(), &status) != 0) {
-    return because(path, QString::fromLocal8Bit(std::strerror(errno)));
+    return because(path, systemErrorText(errno));
   }
   if (!S_ISCHR(status.st_mode)) {
     return because(path, QStringLiteral("is not a terminal: not a character device"));
