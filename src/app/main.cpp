@@ -22,6 +22,7 @@
 #include "platform/linux/DesktopNotifications.h"
 #include "platform/linux/DocumentFolder.h"
 #include "platform/linux/EndOfProcess.h"
+#include "platform/linux/EndingSignals.h"
 #include "platform/linux/PaintWidgets.h"
 #include "platform/linux/PaintingWait.h"
 #include "platform/linux/PosixDeviceNodes.h"
@@ -225,6 +226,12 @@ void confirmPort(House &house, EditorWindow &window, LinkOpener &link) {
   dialog.done();
 }
 
+/// Ends the event loop, and the process even if something hangs.
+void end(const House &house, EndOfProcess &endOfProcess, int status) {
+  endOfProcess.begin(status, [lines = house.terminal.takenLines()] { lines->putBack(); });
+  QCoreApplication::exit(status);
+}
+
 /// The editor, or with a file name a picture of it once everything has been read.
 int edit(House &house, const CommandLine &line, SingleInstance *instance, EndOfProcess &endOfProcess) {
   Style::setLanguage(house.language.language());
@@ -238,12 +245,9 @@ int edit(House &house, const CommandLine &line, SingleInstance *instance, EndOfP
                        house.background,
                        [&house] { return DoctorWindow::requestFor(*house.application, house.startUpWait); });
   };
-  const auto end = [&](int status) {
-    endOfProcess.begin(status, [lines = house.terminal.takenLines()] { lines->putBack(); });
-    QCoreApplication::exit(status);
-  };
   actions.quit = [&] {
-    if (house.application->applicationShouldTerminate() == TerminateReply::TerminateNow) end(0);
+    const bool ends = house.application->applicationShouldTerminate() == TerminateReply::TerminateNow;
+    if (ends) end(house, endOfProcess, 0);
   };
   actions.about = [&] {
     AboutWindow::open(
@@ -262,7 +266,7 @@ int edit(House &house, const CommandLine &line, SingleInstance *instance, EndOfP
   actions.openConverter = [&] { converter.showConverter(shown); };
   actions.openTables = [&] { converter.showTables(shown); };
   actions.userGuide = [&] { openGuide(house, *shown); };
-  actions.endProcess = end;
+  actions.endProcess = [&](int status) { end(house, endOfProcess, status); };
   if (instance && (line.demo || line.connect)) {
     actions.seen = [&] {
       if (line.knowsItsPort(house.state.allSerialPortsInfo.size())) {
@@ -311,9 +315,12 @@ int edit(House &house, const CommandLine &line, SingleInstance *instance, EndOfP
 /// `instance`: null where there is no window that somebody sees.
 int run(const CommandLine &line, SingleInstance *instance = nullptr) {
   EndOfProcess endOfProcess;  // first of all, so that it goes last
+  const EndingSignals signals;
   const bool interactive = !line.report && line.snapshot.isEmpty();
   House house(line.demo ? std::chrono::milliseconds(0) : AppDelegate::bridgeStartUp, interactive);
   buildHelpTables(house.state, house.log);
+  const auto listening =
+      signals.listen([&](int signal) { end(house, endOfProcess, EndingSignals::exitStatus(signal)); });
 
   if (!house.language.begin(line.language)) {
     return complain(QStringLiteral("there is no string table \"%1\". There are: %2.")

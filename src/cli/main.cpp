@@ -15,6 +15,7 @@
 #include "doctor/Examination.h"
 #include "platform/NotificationCenter.h"
 #include "platform/linux/AtExit.h"
+#include "platform/linux/EndingSignals.h"
 #include "platform/linux/PosixDeviceNodes.h"
 #include "platform/linux/PosixTerminalCalls.h"
 #include "platform/linux/ProcProcesses.h"
@@ -35,8 +36,6 @@
 #include <QByteArray>
 #include <QCoreApplication>
 #include <QFileInfo>
-#include <QObject>
-#include <QSocketNotifier>
 #include <QString>
 #include <QStringList>
 #include <QTimer>
@@ -49,10 +48,10 @@
 #include <cstdlib>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <thread>
 #include <vector>
 
-#include <sys/signalfd.h>
 #include <unistd.h>
 
 namespace {
@@ -65,18 +64,6 @@ constexpr unsigned long baudRate = 115200;
 int complain(Console &console, const Failure &failure) {
   if (!failure.text.isEmpty()) console.status(QStringLiteral("tavrilctl: ") + failure.text);
   return static_cast<int>(failure.code);
-}
-
-/// Makes the signals that end a program readable from a descriptor, so that the port can be put back first.
-/// Must come before any thread is started, because threads take over which signals are blocked. -1 when there
-/// is none to be had; the signals then end the program as they always do.
-int endingSignals() {
-  sigset_t signals;
-  sigemptyset(&signals);
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&signals, signal);
-  const int descriptor = ::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
-  if (descriptor >= 0) ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-  return descriptor;
 }
 
 /// Ends what reaches from one object into another: whoever still waits for the main thread is let go, and no
@@ -158,43 +145,19 @@ std::shared_ptr<SerialPort> portAt(House &house, const QString &path) {
           .arg(shown(path))};
 }
 
-/// Acts when a signal comes that ends the program; while the event loop runs. `act` says whether it does end
-/// it.
-class EndingSignal {
- public:
-  EndingSignal(int signals, const std::function<bool(int signal)> &act) {
-    if (signals < 0) return;
-    notifier_ = std::make_unique<QSocketNotifier>(signals, QSocketNotifier::Read);
-    QObject::connect(notifier_.get(), &QSocketNotifier::activated, notifier_.get(), [this, signals, act] {
-      signalfd_siginfo information{};
-      if (::read(signals, &information, sizeof information) != sizeof information) return;
-      const int signal = static_cast<int>(information.ssi_signo);
-      if (act(signal)) endedBy_ = signal;
-    });
-  }
-
-  bool hasCome() const { return endedBy_ != 0; }
-  /// What to exit with, as shells have it.
-  int status() const { return 128 + endedBy_; }
-
- private:
-  std::unique_ptr<QSocketNotifier> notifier_;
-  int endedBy_ = 0;
-};
-
 /// Ends the program if the work does not notice soon that it is to end. It cannot while it waits for the
 /// reader of a pipe, or for input.
 void endSoon(int signal, const std::function<void()> &cleanUp) {
   constexpr std::chrono::milliseconds longestEnd{500};
   QTimer::singleShot(longestEnd, QCoreApplication::instance(), [signal, cleanUp] {
     cleanUp();
-    std::_Exit(128 + signal);
+    std::_Exit(EndingSignals::exitStatus(signal));
   });
 }
 
 /// Carries the work out on a thread of its own, while the main thread carries what comes from the port.
-int workThrough(House &house, const Options &options, Console &console, const Plan &plan, int signals,
-                ReadlineCommands *shell) {
+int workThrough(House &house, const Options &options, Console &console, const Plan &plan,
+                const EndingSignals &signals, ReadlineCommands *shell) {
   const std::shared_ptr<SerialPort> port = portAt(house, portToUse(house, options));
   const auto line = std::make_shared<SerialLine>(house.background, house.log, port);
   port->setDelegate(line);
@@ -207,6 +170,7 @@ int workThrough(House &house, const Options &options, Console &console, const Pl
   }
 
   int status = 0;
+  std::optional<int> statusOfSignal;
   std::atomic<bool> isEnding = false;
   std::thread worker([&] {
     try {
@@ -233,20 +197,19 @@ int workThrough(House &house, const Options &options, Console &console, const Pl
     house.mainQueue.async([] { QCoreApplication::quit(); });
   });
 
-  const EndingSignal ending(signals, [&](int signal) {
+  const auto listening = signals.listen([&](int signal) {
     const bool ends = !shell || signal != SIGINT;
     isEnding = ends;
     line->interrupt();
     if (shell) ends ? shell->end() : shell->dropLine();
-    if (ends) {
-      endSoon(signal, [&port] { port->close(); });
-    }
-    return ends;
+    if (!ends) return;
+    statusOfSignal = EndingSignals::exitStatus(signal);
+    endSoon(signal, [&port] { port->close(); });
   });
   QCoreApplication::exec();
   worker.join();
   port->close();
-  return ending.hasCome() ? ending.status() : status;
+  return statusOfSignal.value_or(status);
 }
 
 /// The port to examine; empty for the first on the bus.
@@ -257,7 +220,7 @@ QString portToExamine(House &house, const Options &options) {
              : choosePort(listPorts(house.devices, house.processes), options.port, isThere);
 }
 
-int examine(House &house, const Options &options, Console &console, int signals) {
+int examine(House &house, const Options &options, Console &console, const EndingSignals &signals) {
   doctor::Request request;
   request.path = portToExamine(house, options);
   request.bootWait = options.bootWait;
@@ -281,14 +244,15 @@ int examine(House &house, const Options &options, Console &console, int signals)
     if (status == 0) status = static_cast<int>(doctorStatus(results));
     house.mainQueue.async([] { QCoreApplication::quit(); });
   });
-  const EndingSignal ending(signals, [&](int signal) {
+  std::optional<int> statusOfSignal;
+  const auto listening = signals.listen([&](int signal) {
     examination.cancel();
+    statusOfSignal = EndingSignals::exitStatus(signal);
     endSoon(signal, [] {});
-    return true;
   });
   QCoreApplication::exec();
   worker.join();
-  return ending.hasCome() ? ending.status() : status;
+  return statusOfSignal.value_or(status);
 }
 
 void showPorts(House &house, const Options &options, Console &console) {
@@ -309,7 +273,8 @@ int run(int argc, char **argv, const Options &options, Console &console) {
   Plan plan = planFor(options, console);
   if (!plan.work && isForSessions(options.verb)) return 0;
   // Ports are listed on the main thread, which then could not hear of them.
-  const int signals = options.verb == Verb::Ports ? -1 : endingSignals();
+  std::optional<EndingSignals> signals;
+  if (options.verb != Verb::Ports) signals.emplace();
   const QCoreApplication application(argc, argv);
   const CommandBook book = CommandLine::book(QStringLiteral(TAVRIL_VERSION));
   std::unique_ptr<ReadlineCommands> shell;
@@ -324,8 +289,8 @@ int run(int argc, char **argv, const Options &options, Console &console) {
   House house;
   house.strings.setLanguage(QStringLiteral("en"));
   try {
-    if (plan.work) return workThrough(house, options, console, plan, signals, shell.get());
-    if (options.verb == Verb::Doctor) return examine(house, options, console, signals);
+    if (plan.work) return workThrough(house, options, console, plan, *signals, shell.get());
+    if (options.verb == Verb::Doctor) return examine(house, options, console, *signals);
     if (options.demo) portToUse(house, options);
     showPorts(house, options, console);
     return 0;
