@@ -139,14 +139,19 @@ QByteArray readFile(const QString &path, qint64 largest) {
       path == u"-" ? posix::readAll(STDIN_FILENO, most, content)
                    : posix::readRegularFile(bytesOf(path).constData(), posix::Links::Followed, most, content);
   if (error == 0) return QByteArray::fromStdString(content);
-  QString text = QStringLiteral("%1 could not be read: %2.").arg(shown(path), systemErrorText(error));
   if (error == EFBIG) {
-    text = QStringLiteral("%1 is too large: at most %2 bytes are read.").arg(shown(path)).arg(largest);
-  } else if (path != u"-" && (error == EISDIR || error == EINVAL)) {
-    text = QStringLiteral("%1 is not a regular file, so it was not read. For a stream, write - instead.")
-               .arg(shown(path));
+    throw Failure{
+        ExitCode::Failed,
+        QStringLiteral("%1 is too large: at most %2 bytes are read.").arg(shown(path)).arg(largest)};
   }
-  throw Failure{ExitCode::Failed, text};
+  if (path != u"-" && (error == EISDIR || error == EINVAL)) {
+    throw Failure{
+        ExitCode::Failed,
+        QStringLiteral("%1 is not a regular file, so it was not read. For a stream, write - instead.")
+            .arg(shown(path))};
+  }
+  throw Failure{ExitCode::Failed,
+                QStringLiteral("%1 could not be read: %2.").arg(shown(path), systemErrorText(error))};
 }
 
 void expectNewFile(const QString &path, bool mayReplace) {

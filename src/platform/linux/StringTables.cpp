@@ -140,4 +140,9 @@ void StringTables::readFolder(const QString &folder, const QString &suffix, Log 
   }
 }
 
+QString LanguageTexts::text(QStringView key) const {
+  const QString name = key.toString();
+  return texts_.value(name, name);
+}
+
 }  // namespace tavril

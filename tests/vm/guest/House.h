@@ -7,7 +7,6 @@
 #include "platform/Desktop.h"
 #include "platform/NotificationCenter.h"
 #include "platform/ProcessExit.h"
-#include "platform/linux/PaintWidgets.h"
 #include "platform/linux/PaintingWait.h"
 #include "platform/linux/PosixDeviceNodes.h"
 #include "platform/linux/PosixTerminalCalls.h"
