@@ -5,7 +5,6 @@
 #include "platform/MainQueue.h"
 #include "serial/DeliveryRule.h"
 #include "serial/LineSession.h"
-#include "serial/PinPoller.h"
 #include "serial/PortRegistry.h"
 #include "serial/PortRequests.h"
 #include "serial/PosixError.h"
@@ -24,6 +23,28 @@ namespace tavril {
 namespace {
 
 constexpr std::chrono::milliseconds pinPollInterval{10};
+
+/// One look at the input pins of a line. Is the first to notice that its device is gone, and waits for the
+/// main thread to hear of that.
+void pollPins(TerminalCalls &calls, const std::weak_ptr<PortLine> &watched,
+              const std::shared_ptr<LineSession> &session) {
+  const auto line = watched.lock();
+  if (!line) return;
+  const auto place = session->takePlace({});
+  if (!place) return;
+  int pins = 0;
+  const CallResult read = line->withDescriptor([&](int descriptor) {
+    return session->hasEnded() ? CallResult::failure(EBADF) : calls.pins(descriptor, pins);
+  });
+  if (session->hasEnded()) return;  // closed before or while we asked; close() has cancelled the polling
+  if (!read.failed()) {
+    line->showPins(pins);
+    return;
+  }
+  const bool isGone = read.error == ENXIO;
+  line->notifyDelegateOfPosixError(read.error, isGone, place);
+  if (isGone) line->deviceHasGone(session);
+}
 
 void reportMisuse(const SerialEnvironment &environment, const QString &text) {
   environment.log.warn(QStringLiteral("*** Assertion failure: ") + text);
@@ -168,7 +189,7 @@ void SerialPort::startLoops(const std::shared_ptr<LineSession> &running) {
   environment_.background.run(
       [loop = ReadLoop(calls, line, running, deliveryRule())]() mutable { loop.run(); });
   running->setPinPollTimer(environment_.background.repeat(
-      pinPollInterval, [poller = PinPoller(calls, line, running)] { poller.poll(); }));
+      pinPollInterval, [&calls, line, running] { pollPins(calls, line, running); }));
 }
 
 bool SerialPort::close() {

@@ -20,14 +20,15 @@ namespace {
 constexpr int userFacility = 1 << 3;
 
 /// How long the thread waits for room at the other end before it looks whether the log ends.
-constexpr timeval patience{0, 50'000};
+constexpr timeval longestSending{0, 50'000};
 
 /// Not open if the system has none to give.
 posix::Descriptor makeSocket() {
   posix::Descriptor made(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
-  const bool hasPatience = ::setsockopt(made.get(), SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience) == 0;
+  const bool isLimited =
+      ::setsockopt(made.get(), SOL_SOCKET, SO_SNDTIMEO, &longestSending, sizeof longestSending) == 0;
   // A wait without an end would hold up the end of the program.
-  return hasPatience ? std::move(made) : posix::Descriptor();
+  return isLimited ? std::move(made) : posix::Descriptor();
 }
 
 QString lossText(std::size_t lost) {

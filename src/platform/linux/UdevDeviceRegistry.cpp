@@ -61,7 +61,7 @@ bool isIn(const std::map<std::string, DeviceProperties> &devices, const std::str
   return found != devices.end() && isSameDevice(found->second, properties);
 }
 
-QString nodeOf(const DeviceProperties &properties) {
+QString nodeIn(const DeviceProperties &properties) {
   return properties.value(QString::fromUtf16(DeviceKey::calloutDevice));
 }
 
@@ -287,11 +287,11 @@ void UdevDeviceRegistry::reportDifferences() {
   for (const auto &[place, properties] : before) {
     if (isIn(now, place, properties)) continue;
     table_.announce(DeviceEvent::Terminated, properties);
-    nodesGone.insert(nodeOf(properties));
+    nodesGone.insert(nodeIn(properties));
   }
   // A device may be known already that came to the node of one whose going was lost.
   for (const auto &[place, properties] : now) {
-    if (isIn(before, place, properties) && !nodesGone.contains(nodeOf(properties))) continue;
+    if (isIn(before, place, properties) && !nodesGone.contains(nodeIn(properties))) continue;
     table_.announce(DeviceEvent::Published, properties);
   }
 }
