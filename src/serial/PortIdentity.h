@@ -3,6 +3,7 @@
 #include "platform/DeviceRegistry.h"
 #include "platform/NamedDevice.h"
 
+#include <QHashFunctions>
 #include <QString>
 
 #include <cstddef>
