@@ -22,6 +22,7 @@ constexpr float rowHeight = 25;
 /// do; meant.
 constexpr std::array<float, wire::registerCount> rowBases{618, 589, 560, 534, 505, 476, 447, 419, 392, 363,
                                                           334, 305, 277, 249, 220, 192, 164, 136, 107, 79};
+static_assert(rowBases.back() > 0, "each register has a row");
 
 bool isBetween(double low, double value, double high) {
   return low < value && value < high;
