@@ -6,10 +6,10 @@
 #include "cli/Session.h"
 #include "program/tavrilctl/CtlObjects.h"
 #include "program/tavrilctl/Work.h"
-#include "wire/Registers.h"
 #include "simulator/VirtualServo.h"
 #include "tests/cli/FailureOf.h"
 #include "tests/cli/ScreenConsole.h"
+#include "wire/Registers.h"
 
 #include <QFile>
 #include <QTemporaryDir>

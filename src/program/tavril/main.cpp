@@ -9,9 +9,9 @@
 #include "platform/Desktop.h"
 #include "platform/MainQueue.h"
 #include "platform/Timers.h"
-#include "platform/linux/EndingSignals.h"
 #include "platform/linux/DocumentFolder.h"
 #include "platform/linux/EndOfProcess.h"
+#include "platform/linux/EndingSignals.h"
 #include "platform/linux/PosixUserFiles.h"
 #include "platform/linux/QtFilePanels.h"
 #include "platform/linux/SingleInstance.h"
@@ -164,8 +164,8 @@ int run(const CommandLine &line, SingleInstance *instance = nullptr) {
 
   QtFilePanels panels(machine.mainQueue);
   PosixUserFiles userFiles;
-  EditorObjects editor(
-      objects, {panels, userFiles, DocumentFolder::candidates, QDesktopServices::openUrl, end});
+  EditorObjects editor(objects,
+                       {panels, userFiles, DocumentFolder::candidates, QDesktopServices::openUrl, end});
   return instance ? edit(objects, editor, line, *instance)
                   : takePicture(objects, editor.window(), line.snapshot);
 }
