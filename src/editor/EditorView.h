@@ -7,9 +7,6 @@ namespace tavril {
 
 class ScreenElement;
 
-/// The five labels of the screen that react to a click.
-enum class ButtonName { Relax, Capture, MotorSet, Read, DetailSet };
-
 enum class LabelColor { White, Black };
 
 /// A rectangle in the design's coordinates: origin at the lower left of the screen, y upwards, in points.
@@ -29,7 +26,7 @@ class EditorView {
   virtual ScreenElement &element(QStringView name) = 0;
   /// The control that carries the tag, or nothing.
   virtual ScreenElement *controlWithTag(int tag) = 0;
-  virtual void setLabelColor(ButtonName button, LabelColor color) = 0;
+  virtual void setLabelColor(QStringView label, LabelColor color) = 0;
   virtual void setTitle(const QString &title) = 0;
   /// Font size of a label in points; 0 is the platform's default size.
   virtual void setLabelFontSize(QStringView label, double size_pt) = 0;

@@ -1,7 +1,6 @@
 #include "editor/ViewController.h"
 
 #include "editor/EditorView.h"
-#include "editor/ScreenLabels.h"
 #include "editor/ShownTexts.h"
 #include "platform/BlockingWait.h"
 #include "platform/Desktop.h"
@@ -18,7 +17,6 @@
 #include <QStringList>
 
 #include <QLatin1String>
-#include <array>
 #include <chrono>
 #include <utility>
 #include <variant>
@@ -32,19 +30,46 @@ constexpr std::chrono::seconds countdownInterval{1};
 constexpr std::chrono::milliseconds flashTime{100};
 constexpr std::chrono::milliseconds sweepPause{100};
 constexpr int countdownStart = 30;
-constexpr std::array controlTags{100, 101, 102, 103, 104};
 
-struct ButtonRow {
-  QStringView identifier;
-  ButtonName button;
+/// A label whose text is looked up on every layout pass, and the key of the text; in the order of the pass.
+struct LabelRow {
+  QStringView name;
+  QStringView key;
 };
-constexpr std::array<ButtonRow, 5> buttons{{
-    {u"relax", ButtonName::Relax},
-    {u"capture", ButtonName::Capture},
-    {u"motorset", ButtonName::MotorSet},
-    {u"read", ButtonName::Read},
-    {u"detailset", ButtonName::DetailSet},
-}};
+// "max_tempertaure" and "calibretion_angle" are the system's own spellings and are meant.
+constexpr LabelRow labels[]{
+    {u"setting_list", u"setting_list"},
+    {u"motor_parameter", u"motor_parameter"},
+    {u"value_setting", u"value_setting"},
+    {u"sid", u"sid"},
+    {u"ack_policy", u"ack_policy"},
+    {u"alarm_led_policy", u"alarm_led_policy"},
+    {u"torque_policy", u"torque_policy"},
+    {u"max_temperature", u"max_tempertaure"},
+    {u"min_volt", u"min_voltage"},
+    {u"max_volt", u"max_voltage"},
+    {u"max_load", u"max_load"},
+    {u"kp", u"kp"},
+    {u"ki", u"ki"},
+    {u"kd", u"kd"},
+    {u"over_temperature", u"over_temperature"},
+    {u"over_volt", u"over_voltage"},
+    {u"over_load", u"over_load"},
+    {u"calibretion_angle", u"calibration_angle"},
+    {u"status_error", u"status_error"},
+    {u"status_detail", u"status_detail"},
+    {u"present_volt", u"present_voltage"},
+    {u"present_temperature", u"present_temperature"},
+    {u"present_load", u"present_load"},
+    {u"motor_kx_90", u"motor_kx_90"},
+    {u"position", u"position"},
+    {u"relax", u"relax"},
+    {u"capture", u"capture"},
+    {u"motor_set", u"motor_set"},
+    {u"detail_about", u"detail_about"},
+    {u"read", u"read"},
+    {u"detail_set", u"detail_set"},
+};
 
 QString helpText(const HelpEntry &entry) {
   if (const auto *text = std::get_if<QString>(&entry)) return *text;
@@ -52,6 +77,24 @@ QString helpText(const HelpEntry &entry) {
 }
 
 }  // namespace
+
+struct ViewController::Button {
+  QStringView label;
+  QStringView identifier;
+  int tag;
+  void (*press)(ViewController &controller);
+};
+
+std::span<const ViewController::Button> ViewController::buttons() {
+  static constexpr Button all[]{
+      {u"relax", u"relax", 100, [](ViewController &c) { c.FunctionCMD_->Release_Servo(); }},
+      {u"capture", u"capture", 101, [](ViewController &c) { c.FunctionCMD_->ReadServoPosition(); }},
+      {u"motor_set", u"motorset", 102, [](ViewController &c) { c.sendPosition(); }},
+      {u"read", u"read", 103, [](ViewController &c) { c.FunctionCMD_->ReadMotorParameter(1); }},
+      {u"detail_set", u"detailset", 104, [](ViewController &c) { c.sweep(); }},
+  };
+  return all;
+}
 
 ViewController::ViewController(SharedState &state, CommandSender &appdelegate, EditorView &view,
                                const Desktop &desktop)
@@ -127,7 +170,7 @@ void ViewController::logHelpTables() {
 
 void ViewController::viewWillLayout() {
   view_.setTitle(desktop_.strings.text(u"tavril"));
-  for (const ScreenLabel &label : screenLabels()) {
+  for (const LabelRow &label : labels) {
     view_.element(label.name).setText(desktop_.strings.text(label.key));
     // Looked up for every label, so that a changed table shows at the next pass.
     view_.setLabelFontSize(label.name, desktop_.strings.text(u"fontsize").toDouble());
@@ -185,8 +228,8 @@ void ViewController::askFor(QStringView questionKey) {
 }
 
 void ViewController::setUsable(bool usable) {
-  for (const int tag : controlTags) {
-    if (ScreenElement *control = view_.controlWithTag(tag)) control->setEnabled(usable);
+  for (const Button &button : buttons()) {
+    if (ScreenElement *control = view_.controlWithTag(button.tag)) control->setEnabled(usable);
   }
   for (const RegisterRow &row : settingRegisters()) view_.element(row.valueKey).setEnabled(usable);
   for (const RegisterRow &row : settingRegisters()) {
@@ -226,28 +269,10 @@ void ViewController::ConnectTimeout() {
 
 void ViewController::LabelTouchEvent(const QString &identifier) {
   desktop_.log.write(identifier);
-  for (const ButtonRow &row : buttons) {
-    if (identifier != row.identifier) continue;
-    view_.setLabelColor(row.button, LabelColor::Black);
-    switch (row.button) {
-      case ButtonName::Relax:
-        FunctionCMD_->Release_Servo();
-        break;
-      case ButtonName::Capture:
-        FunctionCMD_->ReadServoPosition();
-        break;
-      // Meant: sent as it stands, in range or not.
-      case ButtonName::MotorSet:
-        FunctionCMD_->SetServoPosition(view_.element(u"angle").integerValue());
-        break;
-      case ButtonName::Read:
-        FunctionCMD_->ReadMotorParameter(1);
-        break;
-      case ButtonName::DetailSet:
-        sweep();
-        break;
-    }
-    break;
+  for (const Button &button : buttons()) {
+    if (identifier != button.identifier) continue;
+    view_.setLabelColor(button.label, LabelColor::Black);
+    button.press(*this);
   }
   flash();
 }
@@ -258,6 +283,11 @@ void ViewController::flash() {
     flashes_.erase(place);
     Colorreset();
   });
+}
+
+/// Meant: sent as it stands, in range or not.
+void ViewController::sendPosition() {
+  FunctionCMD_->SetServoPosition(view_.element(u"angle").integerValue());
 }
 
 void ViewController::sweep() {
@@ -272,10 +302,7 @@ void ViewController::sweep() {
 }
 
 void ViewController::Colorreset() {
-  for (const ButtonName button : {ButtonName::Relax, ButtonName::Capture, ButtonName::MotorSet,
-                                  ButtonName::Read, ButtonName::DetailSet}) {
-    view_.setLabelColor(button, LabelColor::White);
-  }
+  for (const Button &button : buttons()) view_.setLabelColor(button.label, LabelColor::White);
 }
 
 void ViewController::test() {

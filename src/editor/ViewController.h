@@ -12,6 +12,7 @@
 
 #include <list>
 #include <memory>
+#include <span>
 #include <vector>
 
 namespace tavril {
@@ -81,6 +82,9 @@ class ViewController {
   int cmdcnt = 1;  ///< register number of the write sweep
 
  private:
+  /// One of the five labels that react to a click.
+  struct Button;
+  static std::span<const Button> buttons();
   void registerElements();
   void logHelpTables();
   bool carryOut(const QString &request);
@@ -88,6 +92,7 @@ class ViewController {
   void setUsable(bool usable);
   void stopCountdowns();
   void flash();
+  void sendPosition();
   void sweep();
   void logAnswer(int answer);
 

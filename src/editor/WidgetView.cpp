@@ -17,22 +17,6 @@ namespace tavril {
 
 namespace {
 
-QStringView nameOf(ButtonName button) {
-  switch (button) {
-    case ButtonName::Relax:
-      return u"relax";
-    case ButtonName::Capture:
-      return u"capture";
-    case ButtonName::MotorSet:
-      return u"motor_set";
-    case ButtonName::Read:
-      return u"read";
-    case ButtonName::DetailSet:
-      return u"detail_set";
-  }
-  return {};
-}
-
 QColor colourOf(LabelColor color) {
   return color == LabelColor::Black ? Style::clickedText() : Style::restText();
 }
@@ -77,8 +61,8 @@ ScreenElement *WidgetView::controlWithTag(int tag) {
   return control ? &over(*control) : nullptr;
 }
 
-void WidgetView::setLabelColor(ButtonName button, LabelColor color) {
-  colour(&widget(nameOf(button)), color);
+void WidgetView::setLabelColor(QStringView label, LabelColor color) {
+  colour(&widget(label), color);
 }
 
 void WidgetView::setLabelColor(int tag, LabelColor color) {

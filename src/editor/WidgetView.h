@@ -25,7 +25,7 @@ class WidgetView final : public EditorView, public PanelView {
   /// A name that is not there is a mistake of the program and ends it with a message.
   ScreenElement &element(QStringView name) override;
   ScreenElement *controlWithTag(int tag) override;
-  void setLabelColor(ButtonName button, LabelColor color) override;
+  void setLabelColor(QStringView label, LabelColor color) override;
   void setLabelColor(int tag, LabelColor color) override;
   /// The title of the window that the root stands in.
   void setTitle(const QString &title) override;
