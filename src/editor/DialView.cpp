@@ -1,18 +1,22 @@
 #include "editor/DialView.h"
 
-#include "editor/DialAccessible.h"
 #include "editor/DialPointer.h"
 #include "look/Style.h"
 
 #include <QAccessible>
+#include <QAccessibleInterface>
 #include <QAccessibleValueChangeEvent>
+#include <QAccessibleValueInterface>
+#include <QAccessibleWidget>
 #include <QColor>
 #include <QFont>
 #include <QKeyEvent>
+#include <QObject>
 #include <QPainter>
 #include <QPen>
 #include <QPointF>
 #include <QRectF>
+#include <QVariant>
 #include <QtMath>
 
 #include <algorithm>
@@ -74,6 +78,35 @@ void drawFigures(QPainter &painter, QPointF centre, const QString &figures, std:
   painter.drawText(QRectF(centre.x() - 45, centre.y() + 12, 90, 18), Qt::AlignCenter,
                    QString::number(qRound(*position / dial::unitsPerDegree)) + QStringLiteral("\u00b0"));
 }
+
+/// The dial for assistive technologies: a value from 0 to 1023 that can be set, which is then as if it had
+/// been reached with the keys. Qt owns it.
+class DialAccessible final : public QAccessibleWidget, public QAccessibleValueInterface {
+ public:
+  explicit DialAccessible(DialView &dial) : QAccessibleWidget(&dial, QAccessible::Dial) {}
+
+  static QAccessibleInterface *make(const QString &, QObject *object) {
+    auto *dial = qobject_cast<DialView *>(object);
+    return dial ? new DialAccessible(*dial) : nullptr;
+  }
+
+  void *interface_cast(QAccessible::InterfaceType type) override {
+    if (type == QAccessible::ValueInterface) return static_cast<QAccessibleValueInterface *>(this);
+    return QAccessibleWidget::interface_cast(type);
+  }
+  QString text(QAccessible::Text type) const override {
+    return type == QAccessible::Value ? dial().figures() : QAccessibleWidget::text(type);
+  }
+
+  QVariant currentValue() const override { return dial().knobPosition(); }
+  void setCurrentValue(const QVariant &value) override { dial().requestPosition(value.toInt()); }
+  QVariant maximumValue() const override { return dial::highestPosition; }
+  QVariant minimumValue() const override { return 0; }
+  QVariant minimumStepSize() const override { return 1; }
+
+ private:
+  DialView &dial() const { return static_cast<DialView &>(*widget()); }
+};
 
 }  // namespace
 

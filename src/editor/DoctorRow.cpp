@@ -1,23 +1,32 @@
 #include "editor/DoctorRow.h"
 
 #include "doctor/ResultTexts.h"
-#include "editor/DoctorMark.h"
 #include "look/Style.h"
 #include "platform/PlainTitle.h"
 #include "platform/StringTable.h"
 
 #include <QApplication>
 #include <QClipboard>
+#include <QColor>
 #include <QFont>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QPaintEvent>
+#include <QPainter>
+#include <QPen>
+#include <QPointF>
+#include <QPolygonF>
 #include <QPushButton>
+#include <QRectF>
 #include <QString>
 
 namespace tavril {
 
 namespace {
+
+constexpr int markSide = 22;
+constexpr double discRadius = 8;
 
 /// What stands in it comes from devices and programs, so that it must be taken for nothing but text.
 QLabel *plainLabel(const char *name, QWidget *parent) {
@@ -34,6 +43,81 @@ QString stateKey(const std::optional<doctor::Result> &result, bool isRunning) {
 }
 
 }  // namespace
+
+/// How a check went, as a sign that is told by its shape as well as by its colour.
+class DoctorMark final : public QWidget {
+ public:
+  explicit DoctorMark(QWidget *parent = nullptr);
+
+  /// Nothing for a check that is still to come.
+  void setState(std::optional<doctor::State> state);
+  void setRunning();
+
+ protected:
+  void paintEvent(QPaintEvent *event) override;
+
+ private:
+  std::optional<doctor::State> state_;
+  bool isRunning_ = false;
+};
+
+DoctorMark::DoctorMark(QWidget *parent) : QWidget(parent) {
+  setFixedSize(markSide, markSide);
+}
+
+void DoctorMark::setState(std::optional<doctor::State> state) {
+  state_ = state;
+  isRunning_ = false;
+  update();
+}
+
+void DoctorMark::setRunning() {
+  state_.reset();
+  isRunning_ = true;
+  update();
+}
+
+void DoctorMark::paintEvent(QPaintEvent *) {
+  QPainter painter(this);
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.translate(markSide / 2.0, markSide / 2.0);
+  const QRectF disc(-discRadius, -discRadius, 2 * discRadius, 2 * discRadius);
+  const auto pen = [&](const QColor &colour) {
+    painter.setPen(QPen(colour, 2.2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+  };
+  if (!state_) {
+    pen(isRunning_ ? Style::warningText() : Style::mutedText());
+    painter.drawEllipse(disc);
+    if (isRunning_) {
+      painter.setBrush(Style::warningText());
+      painter.drawPie(disc, 90 * 16, 180 * 16);
+    }
+    return;
+  }
+  switch (*state_) {
+    case doctor::State::Passed:
+      pen(Style::accent());
+      painter.drawPolyline(QPolygonF{{-6, 0}, {-2, 5}, {7, -5}});
+      break;
+    case doctor::State::Warning:
+      pen(Style::warningText());
+      painter.drawPolygon(QPolygonF{{0, -8}, {8.5, 7}, {-8.5, 7}});
+      painter.drawLine(QPointF(0, -2), QPointF(0, 2));
+      break;
+    case doctor::State::Failed:
+      pen(Style::warningText());
+      painter.setBrush(Style::warningText());
+      painter.drawEllipse(disc);
+      pen(Style::card());
+      painter.drawLine(QPointF(-3.5, -3.5), QPointF(3.5, 3.5));
+      painter.drawLine(QPointF(-3.5, 3.5), QPointF(3.5, -3.5));
+      break;
+    case doctor::State::Skipped:
+      pen(Style::mutedText());
+      painter.drawLine(QPointF(-5, 0), QPointF(5, 0));
+      break;
+  }
+}
 
 DoctorRow::DoctorRow(doctor::CheckId check, QWidget *parent)
     : QWidget(parent),

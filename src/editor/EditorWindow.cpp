@@ -7,7 +7,6 @@
 #include "editor/PanelBackdrop.h"
 #include "editor/ScreenCoordinates.h"
 #include "editor/ScreenPointer.h"
-#include "editor/ScreenScroller.h"
 #include "editor/ValueField.h"
 #include "editor/WaitPanel.h"
 #include "look/Style.h"
@@ -20,12 +19,17 @@
 #include "protocol/SharedState.h"
 
 #include <QAbstractButton>
+#include <QApplication>
 #include <QCloseEvent>
+#include <QFrame>
+#include <QLayout>
 #include <QList>
 #include <QMenuBar>
 #include <QObject>
+#include <QPoint>
 #include <QPointF>
 #include <QScreen>
+#include <QScrollArea>
 #include <QString>
 #include <QWidget>
 #include <QWindow>
@@ -46,6 +50,52 @@ void connectButtons(const QList<QAbstractButton *> &buttons, QObject *context, A
     QObject::connect(button, &QAbstractButton::clicked, context,
                      [action, identifier] { action(identifier); });
   }
+}
+
+constexpr int focusMargin = 24;
+
+/// The panel that the widget belongs to, or nothing.
+QWidget *panelOf(QWidget *widget) {
+  for (QWidget *ancestor = widget; ancestor; ancestor = ancestor->parentWidget()) {
+    if (qobject_cast<PanelBackdrop *>(ancestor->parentWidget())) return ancestor;
+  }
+  return nullptr;
+}
+
+/// Shows a screen whole where there is room, and with scroll bars where there is not. Whatever gets the
+/// keyboard's focus is scrolled into view, and with a button of a panel its whole panel, as far as it fits.
+class ScreenScroller final : public QScrollArea {
+ public:
+  explicit ScreenScroller(QWidget *parent = nullptr);
+
+ private:
+  void follow(QWidget *focus);
+  void bringIntoView(const QWidget &element);
+};
+
+ScreenScroller::ScreenScroller(QWidget *parent) : QScrollArea(parent) {
+  setFrameShape(QFrame::NoFrame);
+  setAlignment(Qt::AlignCenter);
+  // There is nothing to do here for a key, so that Tab would only get lost.
+  setFocusPolicy(Qt::NoFocus);
+  connect(qApp, &QApplication::focusChanged, this, [this](QWidget *, QWidget *now) { follow(now); });
+}
+
+void ScreenScroller::follow(QWidget *focus) {
+  if (!focus || !widget() || !widget()->isAncestorOf(focus)) return;
+  // A panel that has just been shown is not in its place before its layout has run.
+  if (QWidget *panel = panelOf(focus)) {
+    panel->parentWidget()->layout()->activate();
+    bringIntoView(*panel);
+  }
+  bringIntoView(*focus);
+}
+
+void ScreenScroller::bringIntoView(const QWidget &element) {
+  // By its place: Qt's own way goes by the text cursor, which need not be where the element is.
+  const QPoint middle = element.mapTo(widget(), element.rect().center());
+  ensureVisible(middle.x(), middle.y(), element.width() / 2 + focusMargin,
+                element.height() / 2 + focusMargin);
 }
 
 }  // namespace

@@ -1,18 +1,24 @@
 #include "editor/MainScreen.h"
 
-#include "editor/AccessibleRoles.h"
 #include "editor/AccessibleTexts.h"
+#include "editor/MsgPanel.h"
 #include "editor/NoticeTypography.h"
 #include "editor/ScreenPointer.h"
+#include "editor/ServoPicture.h"
+#include "editor/WaitPanel.h"
 #include "look/Style.h"
 #include "platform/IntegerValue.h"
 #include "platform/StringTable.h"
 #include "ui_MainScreen.h"
 
+#include <QAccessible>
+#include <QAccessibleInterface>
+#include <QAccessibleWidget>
 #include <QChar>
 #include <QFont>
 #include <QLabel>
 #include <QLineEdit>
+#include <QObject>
 
 #include <algorithm>
 
@@ -28,10 +34,35 @@ QFont demiBold(int pixelSize) {
   return font;
 }
 
+/// Both texts are read off the panel's labels when they are asked for, because the labels are all that the
+/// rest of the program sets.
+class AccessiblePanel final : public QAccessibleWidget {
+ public:
+  explicit AccessiblePanel(QWidget *panel) : QAccessibleWidget(panel, QAccessible::Dialog) {}
+
+  QString text(QAccessible::Text kind) const override {
+    const auto labels = widget()->findChildren<QLabel *>(QString(), Qt::FindDirectChildrenOnly);
+    if (kind == QAccessible::Name) return labels.value(0)->text();
+    if (kind == QAccessible::Description) return labels.value(1)->text();
+    return QAccessibleWidget::text(kind);
+  }
+};
+
+/// What kind of thing a screen reader takes our own widgets for: a panel is a dialog, named by its title and
+/// described by its text, and the picture of the servo is a picture.
+QAccessibleInterface *interfaceFor(const QString &, QObject *object) {
+  auto *panel = qobject_cast<QWidget *>(object);
+  if (qobject_cast<MsgPanel *>(object) || qobject_cast<WaitPanel *>(object)) {
+    return new AccessiblePanel(panel);
+  }
+  if (qobject_cast<ServoPicture *>(object)) return new QAccessibleWidget(panel, QAccessible::Graphic);
+  return nullptr;
+}
+
 }  // namespace
 
 MainScreen::MainScreen(QWidget *parent) : QWidget(parent), ui_(std::make_unique<Ui::MainScreen>()) {
-  AccessibleRoles::install();
+  QAccessible::installFactory(interfaceFor);
   ui_->setupUi(this);
   Style::softenBold(*this);
   setAttribute(Qt::WA_StyledBackground);
