@@ -1,12 +1,16 @@
 #include "editor/AboutWindow.h"
 
-#include "editor/AboutPanel.h"
 #include "editor/LicenceWindow.h"
+#include "editor/WidgetElement.h"
+#include "look/Style.h"
 #include "platform/Desktop.h"
+#include "platform/PlainTitle.h"
+#include "platform/StringTable.h"
+#include "ui_AboutWindow.h"
 
+#include <QAbstractButton>
+#include <QPalette>
 #include <QSize>
-#include <QString>
-#include <QVBoxLayout>
 
 #include <utility>
 
@@ -15,6 +19,7 @@ namespace tavril {
 namespace {
 
 constexpr QSize aboutSize(500, 440);
+constexpr int titleSize = 22;
 
 }  // namespace
 
@@ -22,18 +27,21 @@ AboutWindow::AboutWindow(const Desktop &desktop, InformationDictionary informati
                          OpenDocuments openDocuments, QWidget *parent)
     : SideWindow(desktop.strings, desktop.notifications, parent, Qt::Window),
       desktop_(desktop),
-      panel_(new AboutPanel),
-      controller_(*panel_, desktop, std::move(information)) {
-  setObjectName(QStringLiteral("AboutWindow"));
-  auto *whole = new QVBoxLayout(this);
-  whole->setContentsMargins({});
-  whole->addWidget(panel_);
-  panel_->focusFirst();
+      ui_(std::make_unique<Ui::AboutWindow>()),
+      controller_(*this, desktop, std::move(information)) {
+  ui_->setupUi(this);
+  Style::softenBold(*this);
+  Style::setLabelSize(*ui_->abouttitle, titleSize);
+  // The text then begins in line with the title.
+  ui_->aboutContent->document()->setDocumentMargin(0);
+  ui_->licence->setFocus();
   setTexts();
   resize(aboutSize);
-  connect(panel_, &AboutPanel::licenceWanted, this, &AboutWindow::openLicence);
-  connect(panel_, &AboutPanel::documentsWanted, this, [open = std::move(openDocuments)] { open(); });
+  connect(ui_->licence, &QAbstractButton::clicked, this, &AboutWindow::openLicence);
+  connect(ui_->documents, &QAbstractButton::clicked, this, [open = std::move(openDocuments)] { open(); });
 }
+
+AboutWindow::~AboutWindow() = default;
 
 void AboutWindow::open(QWidget &parent, const Desktop &desktop, const InformationDictionary &information,
                        const OpenDocuments &openDocuments) {
@@ -57,7 +65,26 @@ bool AboutWindow::event(QEvent *event) {
 
 void AboutWindow::setTexts() {
   controller_.viewDidLoad();
-  panel_->setTexts(strings_);
+  ui_->licence->setText(plainTitle(strings_.text(u"licence")));
+  ui_->documents->setText(plainTitle(strings_.text(u"documents")));
+  ui_->aboutContent->setAccessibleName(strings_.text(u"tavril"));  // "about" is the name of the title above
+}
+
+ScreenElement &AboutWindow::element(QStringView name) {
+  auto *found = findChild<QWidget *>(name.toString());
+  if (!found) qFatal("About has no element named \"%s\".", qPrintable(name.toString()));
+  auto &element = elements_[found];
+  if (!element) element = WidgetElement::over(*found);
+  return *element;
+}
+
+void AboutWindow::setWindowBackground(const QColor &color) {
+  if (!styleSheet().isEmpty()) setStyleSheet(QString());
+  setAutoFillBackground(true);
+  if (palette().color(backgroundRole()) == color) return;
+  QPalette colours = palette();
+  colours.setColor(backgroundRole(), color);
+  setPalette(colours);
 }
 
 void AboutWindow::openLicence() {
