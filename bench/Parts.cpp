@@ -2,7 +2,7 @@
 // and ports in growing numbers. "allocs" is how often one iteration asks for memory.
 #include "bench/Allocations.h"
 #include "bench/LinkHouse.h"
-#include "editor/EditorWindow.h"
+#include "editor/windows/EditorWindow.h"
 #include "look/Style.h"
 #include "platform/StringTableFile.h"
 #include "platform/linux/StringTables.h"

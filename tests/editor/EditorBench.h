@@ -1,9 +1,9 @@
 #pragma once
 
-#include "editor/EditorView.h"
-#include "editor/MsgMain.h"
-#include "editor/ViewController.h"
-#include "editor/WaitMain.h"
+#include "editor/panels/MsgMain.h"
+#include "editor/panels/WaitMain.h"
+#include "editor/screen/EditorView.h"
+#include "editor/screen/ViewController.h"
 #include "platform/PlainElement.h"
 #include "protocol/CommandSender.h"
 #include "protocol/HelpTables.h"

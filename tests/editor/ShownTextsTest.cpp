@@ -1,4 +1,4 @@
-#include "editor/ShownTexts.h"
+#include "editor/screen/ShownTexts.h"
 #include "platform/TextChange.h"
 #include "platform/linux/StringTables.h"
 #include "protocol/RegisterCatalogue.h"

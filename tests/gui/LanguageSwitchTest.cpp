@@ -1,5 +1,5 @@
 // The language is changed while the program runs, in each state of the window.
-#include "editor/AboutWindow.h"
+#include "editor/windows/AboutWindow.h"
 #include "platform/StringTableFile.h"
 #include "tests/gui/GuiBench.h"
 #include "tests/gui/ShownStrings.h"

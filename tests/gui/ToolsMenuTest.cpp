@@ -1,4 +1,4 @@
-#include "editor/MainMenu.h"
+#include "editor/windows/MainMenu.h"
 #include "tests/gui/GuiBench.h"
 
 #include <QMenu>

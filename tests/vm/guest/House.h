@@ -2,7 +2,7 @@
 
 #include "app/AppDelegate.h"
 #include "app/StoreController.h"
-#include "editor/EditorWindow.h"
+#include "editor/windows/EditorWindow.h"
 #include "platform/AlertErrorPresenter.h"
 #include "platform/Desktop.h"
 #include "platform/NotificationCenter.h"
