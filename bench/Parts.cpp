@@ -3,7 +3,7 @@
 #include "bench/Allocations.h"
 #include "bench/BenchLink.h"
 #include "bench/BenchPorts.h"
-#include "editor/EditorWindow.h"
+#include "editor/windows/EditorWindow.h"
 #include "look/Style.h"
 #include "platform/StringTableFile.h"
 #include "serial/SerialPortManager.h"

@@ -1,5 +1,5 @@
-#include "editor/About.h"
-#include "editor/AboutView.h"
+#include "editor/windows/About.h"
+#include "editor/windows/AboutView.h"
 #include "platform/PlainElement.h"
 #include "tests/support/TestDesktop.h"
 

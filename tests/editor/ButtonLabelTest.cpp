@@ -1,5 +1,5 @@
-#include "editor/ButtonLabel.h"
-#include "editor/ValueField.h"
+#include "editor/screen/ButtonLabel.h"
+#include "editor/screen/ValueField.h"
 #include "look/Style.h"
 #include "platform/linux/QtMainQueue.h"
 #include "platform/linux/QtModalAlert.h"

@@ -2,7 +2,7 @@
 // point: x y, the position shown, the two lines of frames, the knob's frame origin as the bits of single
 // precision numbers, and the frame sent. A last part lists each position with the angle that the keys use for
 // it.
-#include "editor/DialPointer.h"
+#include "editor/dial/DialPointer.h"
 #include "tests/editor/EditorBench.h"
 
 #include <bit>

@@ -1,4 +1,4 @@
-#include "editor/DialPointer.h"
+#include "editor/dial/DialPointer.h"
 
 #include <gtest/gtest.h>
 

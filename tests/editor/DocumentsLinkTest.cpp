@@ -1,4 +1,4 @@
-#include "editor/DocumentsLink.h"
+#include "editor/windows/DocumentsLink.h"
 #include "tests/support/TestDesktop.h"
 
 #include <QFile>

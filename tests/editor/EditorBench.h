@@ -1,9 +1,9 @@
 #pragma once
 
-#include "editor/EditorView.h"
-#include "editor/MsgMain.h"
-#include "editor/ViewController.h"
-#include "editor/WaitMain.h"
+#include "editor/panels/MsgMain.h"
+#include "editor/panels/WaitMain.h"
+#include "editor/screen/EditorView.h"
+#include "editor/screen/ViewController.h"
 #include "platform/PlainElement.h"
 #include "protocol/CommandSender.h"
 #include "protocol/HelpTables.h"
@@ -30,7 +30,7 @@ class FakeView final : public EditorView, public PanelView {
   ScreenElement *controlWithTag(int tag) override {
     return tag >= 100 && tag <= 104 ? &made(QString::number(tag)) : nullptr;
   }
-  void setLabelColor(ButtonName button, LabelColor color) override { colors[button] = color; }
+  void setLabelColor(QStringView label, LabelColor color) override { colors[label.toString()] = color; }
   void setLabelColor(int tag, LabelColor color) override { tagColors[tag] = color; }
   void setTitle(const QString &text) override { title = text; }
   void setLabelFontSize(QStringView label, double size_pt) override {
@@ -46,7 +46,7 @@ class FakeView final : public EditorView, public PanelView {
     ++knobMoves;
   }
 
-  std::map<ButtonName, LabelColor> colors;
+  std::map<QString, LabelColor> colors;
   std::map<int, LabelColor> tagColors;
   std::map<QString, double> fontSizes;
   /// The labels in the order in which their font sizes were set, with the texts that they had then.

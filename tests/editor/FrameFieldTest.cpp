@@ -1,4 +1,4 @@
-#include "editor/FrameField.h"
+#include "editor/screen/FrameField.h"
 #include "look/Style.h"
 
 #include <QApplication>

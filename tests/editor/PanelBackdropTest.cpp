@@ -1,5 +1,5 @@
-#include "editor/ButtonLabel.h"
-#include "editor/ValueField.h"
+#include "editor/screen/ButtonLabel.h"
+#include "editor/screen/ValueField.h"
 #include "tests/editor/ShippedScreen.h"
 
 #include <QSignalSpy>

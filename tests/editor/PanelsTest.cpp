@@ -1,4 +1,4 @@
-#include "editor/WindowsCtrl.h"
+#include "editor/windows/WindowsCtrl.h"
 #include "tests/editor/EditorBench.h"
 
 namespace tavril {

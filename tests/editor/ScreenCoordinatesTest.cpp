@@ -1,4 +1,4 @@
-#include "editor/ScreenCoordinates.h"
+#include "editor/screen/ScreenCoordinates.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "editor/MainScreen.h"
-#include "editor/MsgPanel.h"
-#include "editor/PanelBackdrop.h"
-#include "editor/WaitPanel.h"
-#include "editor/WidgetElement.h"
+#include "editor/panels/MsgPanel.h"
+#include "editor/panels/PanelBackdrop.h"
+#include "editor/panels/WaitPanel.h"
+#include "editor/screen/MainScreen.h"
+#include "editor/screen/WidgetElement.h"
 #include "look/Style.h"
 #include "platform/linux/StringTables.h"
 #include "tests/editor/LabelTexts.h"

@@ -232,10 +232,10 @@ TEST_F(ViewControllerTest, TheButtonsSendTheirCommands) {
 }
 
 TEST_F(ViewControllerTest, EachOfTheFiveButtonsAloneIsBlackFromItsClickForATenthOfASecond) {
-  using Colors = std::map<ButtonName, LabelColor>;
-  constexpr std::pair<const char *, ButtonName> buttons[]{
-      {"relax", ButtonName::Relax}, {"capture", ButtonName::Capture},     {"motorset", ButtonName::MotorSet},
-      {"read", ButtonName::Read},   {"detailset", ButtonName::DetailSet},
+  using Colors = std::map<QString, LabelColor>;
+  constexpr std::pair<const char *, const char *> buttons[]{
+      {"relax", "relax"}, {"capture", "capture"},      {"motorset", "motor_set"},
+      {"read", "read"},   {"detailset", "detail_set"},
   };
   for (const auto &[identifier, button] : buttons) {
     view.colors.clear();
@@ -244,11 +244,11 @@ TEST_F(ViewControllerTest, EachOfTheFiveButtonsAloneIsBlackFromItsClickForATenth
     fakes.timers.advance(99ms);
     EXPECT_EQ(view.colors, (Colors{{button, LabelColor::Black}})) << identifier << " is black for 0.1 s";
     fakes.timers.advance(1ms);
-    EXPECT_EQ(view.colors, (Colors{{ButtonName::Relax, LabelColor::White},
-                                   {ButtonName::Capture, LabelColor::White},
-                                   {ButtonName::MotorSet, LabelColor::White},
-                                   {ButtonName::Read, LabelColor::White},
-                                   {ButtonName::DetailSet, LabelColor::White}}))
+    EXPECT_EQ(view.colors, (Colors{{"relax", LabelColor::White},
+                                   {"capture", LabelColor::White},
+                                   {"motor_set", LabelColor::White},
+                                   {"read", LabelColor::White},
+                                   {"detail_set", LabelColor::White}}))
         << identifier;
   }
 }
@@ -283,7 +283,7 @@ TEST_F(ViewControllerTest, DetailsetWaitsAfterEachWriteAndIsBlackMeanwhile) {
   std::vector<LabelColor> colors;
   fakes.wait.during = [&] {
     writesBeforeEachWait.push_back(sender.sent.size());
-    colors.push_back(view.colors.at(ButtonName::DetailSet));
+    colors.push_back(view.colors.at("detail_set"));
   };
   controller.LabelTouchEvent("detailset");
   EXPECT_EQ(writesBeforeEachWait,

@@ -1,6 +1,6 @@
-#include "editor/ButtonLabel.h"
-#include "editor/ValueField.h"
-#include "editor/WidgetElement.h"
+#include "editor/screen/ButtonLabel.h"
+#include "editor/screen/ValueField.h"
+#include "editor/screen/WidgetElement.h"
 #include "tests/support/ActiveWindow.h"
 
 #include <QAccessible>

@@ -1,5 +1,5 @@
-#include "editor/AboutWindow.h"
-#include "editor/LicenceWindow.h"
+#include "editor/windows/AboutWindow.h"
+#include "editor/windows/LicenceWindow.h"
 #include "tests/gui/GuiBench.h"
 
 #include <QAccessible>

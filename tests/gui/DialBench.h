@@ -1,9 +1,9 @@
 #pragma once
 
-#include "editor/DialView.h"
-#include "editor/EntryField.h"
-#include "editor/KnobView.h"
-#include "editor/ScreenCoordinates.h"
+#include "editor/dial/DialView.h"
+#include "editor/dial/KnobView.h"
+#include "editor/screen/EntryField.h"
+#include "editor/screen/ScreenCoordinates.h"
 #include "tests/gui/GuiBench.h"
 
 #include <QWindow>

@@ -1,4 +1,4 @@
-#include "editor/ScreenPointer.h"
+#include "editor/screen/ScreenPointer.h"
 #include "platform/linux/QtModalAlert.h"
 #include "tests/gui/DialBench.h"
 

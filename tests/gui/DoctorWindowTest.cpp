@@ -1,5 +1,5 @@
-#include "editor/DoctorRow.h"
-#include "editor/DoctorWindow.h"
+#include "editor/windows/DoctorRow.h"
+#include "editor/windows/DoctorWindow.h"
 #include "tests/gui/GuiBench.h"
 
 #include <QAction>

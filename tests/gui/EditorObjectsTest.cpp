@@ -1,5 +1,5 @@
 // What the program connects with each other, as it really does so.
-#include "editor/DoctorWindow.h"
+#include "editor/windows/DoctorWindow.h"
 #include "platform/ManagedObjectContext.h"
 #include "tests/gui/GuiBench.h"
 #include "tools/ConverterWindow.h"

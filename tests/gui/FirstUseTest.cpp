@@ -1,5 +1,5 @@
-#include "editor/ButtonLabel.h"
-#include "editor/KnobView.h"
+#include "editor/dial/KnobView.h"
+#include "editor/screen/ButtonLabel.h"
 #include "serial/config/PortDelegate.h"
 #include "tests/gui/GuiBench.h"
 

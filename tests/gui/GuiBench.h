@@ -1,8 +1,8 @@
 #pragma once
 
 #include "app/AppDelegate.h"
-#include "editor/EditorWindow.h"
-#include "editor/MainScreen.h"
+#include "editor/screen/MainScreen.h"
+#include "editor/windows/EditorWindow.h"
 #include "look/Style.h"
 #include "platform/linux/PosixTerminalCalls.h"
 #include "platform/linux/QtMainQueue.h"

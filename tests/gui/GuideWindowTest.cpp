@@ -1,4 +1,4 @@
-#include "editor/GuideWindow.h"
+#include "editor/windows/GuideWindow.h"
 #include "tests/gui/GuiBench.h"
 
 #include <QFile>

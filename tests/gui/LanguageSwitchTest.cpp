@@ -1,6 +1,6 @@
 // The language is changed while the program runs, in each state of the window.
-#include "editor/AboutWindow.h"
-#include "editor/ConnectionLine.h"
+#include "editor/screen/ConnectionLine.h"
+#include "editor/windows/AboutWindow.h"
 #include "platform/StringTableFile.h"
 #include "tests/gui/GuiBench.h"
 #include "tests/gui/ShownStrings.h"

@@ -1,6 +1,6 @@
 // The dial and the notices with the real pointer of an X server. Runs on such a server only:
 // tools/under-xvfb.
-#include "editor/ButtonLabel.h"
+#include "editor/screen/ButtonLabel.h"
 #include "platform/linux/QtModalAlert.h"
 #include "tests/gui/DialBench.h"
 #include "tests/support/XPointer.h"

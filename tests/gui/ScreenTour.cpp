@@ -1,7 +1,7 @@
 #include "tests/gui/ScreenTour.h"
 
-#include "editor/AboutWindow.h"
-#include "editor/DoctorWindow.h"
+#include "editor/windows/AboutWindow.h"
+#include "editor/windows/DoctorWindow.h"
 #include "platform/linux/QtModalAlert.h"
 #include "protocol/StatusLists.h"
 #include "tests/support/ActiveWindow.h"

@@ -1,8 +1,8 @@
 #include "tests/gui/TextFit.h"
 
-#include "editor/ButtonLabel.h"
-#include "editor/FrameField.h"
-#include "editor/PanelBackdrop.h"
+#include "editor/panels/PanelBackdrop.h"
+#include "editor/screen/ButtonLabel.h"
+#include "editor/screen/FrameField.h"
 
 #include <QComboBox>
 #include <QLabel>

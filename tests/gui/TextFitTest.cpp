@@ -1,5 +1,5 @@
 // No text on any screen is cut, elided or in the way of another, in any language.
-#include "editor/FrameField.h"
+#include "editor/screen/FrameField.h"
 #include "tests/gui/ScreenTour.h"
 #include "tests/gui/TextFit.h"
 

@@ -1,3 +1,4 @@
+#include "editor/windows/MainMenu.h"
 #include "tests/gui/GuiBench.h"
 #include "tools/ConverterWindow.h"
 #include "tools/FileListWindow.h"
@@ -33,6 +34,28 @@ TEST_F(ToolsMenu, NamesTheConverterAndTheListLast) {
   for (const QAction *action : menu()->actions()) texts.append(action->text());
   EXPECT_EQ(texts, QStringList({strings.text(u"reboot_servo"), strings.text(u"reset_servo"), QString(),
                                 strings.text(u"strings_converter"), strings.text(u"string_tables")}));
+}
+
+TEST_F(ToolsMenu, AnItemThatNobodyHasGivenAnActionIsNotShown) {
+  QMenuBar bar;
+  const MainMenu menu(bar, {}, *application, nullptr, strings);
+  QStringList shown;
+  for (const QAction *title : bar.actions()) {
+    for (const QAction *item : title->menu()->actions()) {
+      if (item->isVisible() && !item->isSeparator()) shown.append(item->text());
+    }
+  }
+  EXPECT_EQ(shown, QStringList({strings.text(u"detection_motor"), strings.text(u"reboot_servo"),
+                                strings.text(u"reset_servo")}));
+}
+
+TEST_F(ToolsMenu, NoTwoItemsOfTheMenusHaveTheSameKeys) {
+  QStringList keys;
+  for (const QAction *action : window->findChildren<QAction *>()) {
+    if (!action->shortcut().isEmpty()) keys.append(action->shortcut().toString());
+  }
+  EXPECT_EQ(keys.size(), 9);
+  EXPECT_EQ(keys.removeDuplicates(), 0);
 }
 
 }  // namespace

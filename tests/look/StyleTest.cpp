@@ -1,6 +1,6 @@
-#include "editor/ButtonLabel.h"
-#include "editor/FrameField.h"
-#include "editor/ValueField.h"
+#include "editor/screen/ButtonLabel.h"
+#include "editor/screen/FrameField.h"
+#include "editor/screen/ValueField.h"
 #include "tests/editor/ShippedScreen.h"
 #include "tests/support/DrawnContrast.h"
 

@@ -3,7 +3,7 @@
 #include "app/CommandLine.h"
 #include "app/ReadOut.h"
 #include "app/Report.h"
-#include "editor/EditorWindow.h"
+#include "editor/windows/EditorWindow.h"
 #include "look/Style.h"
 #include "look/WindowMemory.h"
 #include "platform/Desktop.h"

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "app/AppDelegate.h"
-#include "editor/EditorWindow.h"
+#include "editor/windows/EditorWindow.h"
 #include "platform/linux/PaintingWait.h"
 #include "platform/linux/PosixDeviceNodes.h"
 #include "platform/linux/PosixTerminalCalls.h"
