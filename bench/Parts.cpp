@@ -1,12 +1,11 @@
 // What single parts take: the decoder and the builders, a layout pass and a tick of the screen, string tables
 // and ports in growing numbers. "allocs" is how often one iteration asks for memory.
 #include "bench/Allocations.h"
-#include "bench/LinkHouse.h"
+#include "bench/BenchLink.h"
+#include "bench/BenchPorts.h"
 #include "editor/EditorWindow.h"
-#include "editor/Style.h"
+#include "look/Style.h"
 #include "platform/StringTableFile.h"
-#include "platform/linux/StringTables.h"
-#include "protocol/HelpTables.h"
 #include "serial/SerialPortManager.h"
 #include "tests/support/Pty.h"
 
@@ -34,54 +33,46 @@ void measure(benchmark::State &state, const std::function<void()> &once) {
 // builders
 
 void decodeReply(benchmark::State &state) {
-  LinkHouse house({});
+  BenchLink link({});
   const QStringList frame{QStringLiteral("255"), QStringLiteral("7"), QStringLiteral("145"),
                           QStringLiteral("8"),   QStringLiteral("1"), QStringLiteral("144"),
                           QStringLiteral("254")};
-  measure(state, [&] { house.state.FunctionCMD->returnErrorCode(frame); });
+  measure(state, [&] { link.state.FunctionCMD->returnErrorCode(frame); });
 }
 
 void takeDelivery(benchmark::State &state) {
-  LinkHouse house({});
+  BenchLink link({});
   const QByteArray reply = QByteArray::fromHex("ff0791080190fe");
-  measure(state, [&] { house.application->didReceiveData(nullptr, reply); });
+  measure(state, [&] { link.application->didReceiveData(nullptr, reply); });
 }
 
 void buildRead(benchmark::State &state) {
-  LinkHouse house({});
-  measure(state, [&] { house.state.FunctionCMD->ReadServoSettingValue(8); });
+  BenchLink link({});
+  measure(state, [&] { link.state.FunctionCMD->ReadServoSettingValue(8); });
 }
 
 void buildWrite(benchmark::State &state) {
-  LinkHouse house({});
-  measure(state, [&] { house.state.FunctionCMD->WriteServoSettingValue(8, 400); });
+  BenchLink link({});
+  measure(state, [&] { link.state.FunctionCMD->WriteServoSettingValue(8, 400); });
 }
 
 // ------------------------------------------------------------------------------------------------- the
 // screen
 
-struct ScreenHouse {
-  ScreenHouse() {
-    buildHelpTables(link.state, link.ports.log);
-    tables.setLanguage(QStringLiteral("en"));
-    window = std::make_unique<EditorWindow>(link.state, *link.application, desktop, EditorWindow::Actions());
-    window->show();
-  }
-  LinkHouse link{{}};
-  StringTables tables{StringTables::standardFolders(), link.ports.log};
-  Desktop desktop{link.ports.mainQueue,     link.timers, link.wait,     link.alert, tables,
-                  link.ports.notifications, nullptr,     link.ports.log};
-  std::unique_ptr<EditorWindow> window;
+struct BenchScreen {
+  BenchScreen() { window.show(); }
+  BenchLink link{{}};
+  EditorWindow window{link.state, *link.application, link.objects.desktop, EditorWindow::Actions()};
 };
 
 void layoutPass(benchmark::State &state) {
-  ScreenHouse house;
-  measure(state, [&] { house.window->controller().viewWillLayout(); });
+  BenchScreen screen;
+  measure(state, [&] { screen.window.controller().viewWillLayout(); });
 }
 
 void idleTick(benchmark::State &state) {
-  ScreenHouse house;
-  measure(state, [&] { house.window->controller().update(); });
+  BenchScreen screen;
+  measure(state, [&] { screen.window.controller().update(); });
 }
 
 // -----------------------------------------------------------------------------------------------------
@@ -101,20 +92,19 @@ void parseStringTable(benchmark::State &state) {
 
 void listPorts(benchmark::State &state) {
   std::deque<Pty> terminals;
-  PortHouse house;
+  BenchPorts bench;
   for (long i = 0; i < state.range(0); ++i) {
-    house.devices.add(QStringLiteral("usbserial-tty%1").arg(i), terminals.emplace_back().path());
+    bench.devices.add(QStringLiteral("usbserial-tty%1").arg(i), terminals.emplace_back().path());
   }
   for ([[maybe_unused]] auto iteration : state) {
     {
-      const auto manager = SerialPortManager::sharedSerialPortManager(house.serial);
+      const auto manager = SerialPortManager::sharedSerialPortManager(bench.serial.environment);
       if (static_cast<long>(manager->countOfAvailablePorts()) != state.range(0)) {
         state.SkipWithError("ports are missing");
       }
     }
     state.PauseTiming();
-    house.allSerialPortsInfo.clear();
-    house.processExit.handlers.clear();
+    bench.allSerialPortsInfo.clear();
     state.ResumeTiming();
   }
   state.SetItemsProcessed(state.iterations() * state.range(0));
@@ -122,10 +112,10 @@ void listPorts(benchmark::State &state) {
 
 void openAndClosePorts(benchmark::State &state) {
   std::deque<Pty> terminals;
-  PortHouse house;
+  BenchPorts bench;
   std::vector<std::shared_ptr<SerialPort>> ports;
   for (long i = 0; i < state.range(0); ++i) {
-    ports.push_back(house.port(QStringLiteral("usbserial-tty%1").arg(i), terminals.emplace_back().path()));
+    ports.push_back(bench.port(QStringLiteral("usbserial-tty%1").arg(i), terminals.emplace_back().path()));
   }
   for ([[maybe_unused]] auto iteration : state) {
     for (const auto &port : ports) {

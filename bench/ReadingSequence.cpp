@@ -3,8 +3,9 @@
 //   reading-sequence wire|16|1 RULE LATENCY RUNS
 // The adapter's timer in ms, or none; RULE and LATENCY are 1 for what the link asks for, 0 for without. A
 // reading that has not ended within ten seconds has the time -1.
+#include "bench/BenchLink.h"
 #include "bench/EmulatedAdapter.h"
-#include "bench/LinkHouse.h"
+#include "serial/SerialPort.h"
 
 #include <QCoreApplication>
 #include <QEventLoop>
@@ -58,12 +59,12 @@ int main(int argc, char **argv) {
   StreamLog log;
   PosixTerminalCalls posix(log);
   EmulatedAdapter calls(posix, line);
-  LinkHouse house(line.path(), &calls);
+  BenchLink link(line.path(), &calls);
 
   // What the link sets is taken back again where it is to be measured without.
-  house.application->serialFormat();
-  const auto port = house.application->serialPort();
-  const auto watcher = std::make_shared<Watcher>(*house.application);
+  link.application->serialFormat();
+  const auto port = link.application->serialPort();
+  const auto watcher = std::make_shared<Watcher>(*link.application);
   port->setDelegate({});
   port->close();
   if (!withRule) port->setDeliveryRule({});
@@ -86,7 +87,7 @@ int main(int argc, char **argv) {
     const int before = line.framesSeen();
     limit.start(patience);
     const auto begin = Clock::now();
-    house.state.FunctionCMD->ReadMotorParameter(1);
+    link.state.FunctionCMD->ReadMotorParameter(1);
     watcher->loop.exec();
     const auto time = std::chrono::nanoseconds(Clock::now() - begin).count();
     std::printf("%lld %d\n", timedOut ? -1LL : static_cast<long long>(time), line.framesSeen() - before);

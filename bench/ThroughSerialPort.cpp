@@ -1,8 +1,8 @@
 // As the link does it: the delivery rule, a thread that reads, and a hop to the main thread, which sends.
 #include "app/ReplyDelivery.h"
 #include "bench/Answering.h"
+#include "bench/BenchPorts.h"
 #include "bench/Contender.h"
-#include "bench/PortHouse.h"
 #include "serial/SerialPortDelegate.h"
 
 #include <QEventLoop>
@@ -45,7 +45,7 @@ class Trips final : public SerialPortDelegate {
 class ThroughSerialPort final : public Contender {
  public:
   explicit ThroughSerialPort(const QString &path)
-      : port_(house_.port(QStringLiteral("usbport-bench"), path)) {
+      : port_(ports_.port(QStringLiteral("usbport-bench"), path)) {
     port_->setDelegate(trips_);
     port_->setDeliveryRule(replyDeliveryRule());
     port_->setUsesLowLatency(true);
@@ -57,7 +57,7 @@ class ThroughSerialPort final : public Contender {
   void run(int trips) override { trips_->run(port_, trips); }
 
  private:
-  PortHouse house_;
+  BenchPorts ports_;
   std::shared_ptr<SerialPort> port_;
   std::shared_ptr<Trips> trips_ = std::make_shared<Trips>();
 };

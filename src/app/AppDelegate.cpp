@@ -2,8 +2,8 @@
 
 #include "app/ReplyDelivery.h"
 #include "platform/BlockingWait.h"
+#include "platform/Bytes.h"
 #include "platform/Desktop.h"
-#include "platform/IntegerValue.h"
 #include "platform/Log.h"
 #include "platform/ModalAlert.h"
 #include "platform/NotificationCenter.h"
@@ -11,17 +11,20 @@
 #include "platform/ScreenElement.h"
 #include "platform/StringTable.h"
 #include "platform/Timers.h"
+#include "protocol/ConnectionState.h"
 #include "protocol/Function.h"
 #include "protocol/RegisterCatalogue.h"
-#include "protocol/ReplyFrame.h"
 #include "protocol/SharedState.h"
 #include "serial/SerialEnvironment.h"
 #include "serial/SerialPort.h"
+#include "wire/Frames.h"
+#include "wire/Registers.h"
 
 #include <QLatin1Char>
 #include <QLatin1String>
 #include <algorithm>
 #include <any>
+#include <cstdint>
 #include <utility>
 
 namespace tavril {
@@ -31,7 +34,6 @@ namespace {
 constexpr unsigned long linkBaudRate = 115200;
 constexpr std::chrono::milliseconds settleTime{50};
 constexpr std::chrono::seconds notificationStays{3};
-constexpr int lastLabelledRegister = 14;
 
 QString portsText(const SerialPortList &ports) {
   QStringList names;
@@ -63,36 +65,15 @@ AppDelegate::~AppDelegate() {
 
 // ------------------------------------------------------------------------------------------------ start-up
 
-void AppDelegate::setMenuTitles(const MenuOutlets &menu) const {
-  const std::pair<ScreenElement *, const char16_t *> titles[]{
-      {menu.tavril, u"tavril"},
-      {menu.abouttavril, u"about_tavril"},
-      {menu.quittavril, u"quit_tavril"},
-      {menu.tool, u"tool"},
-      {menu.rebootservo, u"reboot_servo"},
-      {menu.resetservo, u"reset_servo"},
-      {menu.config, u"config"},
-      {menu.port, u"port_setting"},
-      {menu.detectionmotor, u"detection_motor"},
-      {menu.doctor, u"connection_doctor"},
-      {menu.language, u"language"},
-      {menu.systemlanguage, u"system_language"},
-      {menu.help, u"help"},
-      {menu.userguide, u"user_guide"},
-  };
-  for (const auto &[item, key] : titles) {
-    if (item) item->setText(desktop_.strings.text(key));
-  }
-}
-
 void AppDelegate::applicationDidFinishLaunching(const MenuOutlets &menu) {
-  setMenuTitles(menu);
+  for (const auto &[outlet, key] : menuTitles) {
+    if (ScreenElement *item = menu.*outlet) item->setText(desktop_.strings.text(key));
+  }
   state_.returnSTR = QLatin1String("");
   state_.ToolbarFlag = QLatin1String("");
   state_.FunctionCMD = std::make_shared<Function>(state_, *this, desktop_);
   OSSerialInit();
-  // Meant: the placeholder for the port that the user has not chosen yet cannot be made. This is reported to
-  // the log at every launch, and no port stands chosen until the dialog is used.
+  // Kept: C25.
   state_.SelectSerial = SerialPort::init(serial_);
 }
 
@@ -156,33 +137,27 @@ QString AppDelegate::pathToOpen() const {
 QString AppDelegate::cmdlabel(int registerNumber) const {
   const RegisterRow *row = findRegister(registerNumber);
   if (!row || !row->isSetting()) return {};
-  // Meant: register 15 gives its help key, under which no screen element is found.
-  return (registerNumber <= lastLabelledRegister ? row->valueKey : row->helpKey).toString();
+  // Kept: C26.
+  const bool isAngle = registerNumber == wire::RegisterNumber::CalibrationAngle;
+  return (isAngle ? row->helpKey : row->valueKey).toString();
 }
 
 void AppDelegate::SendCMDtoMCU() {
-  // Meant: byte 3 is taken for a register number whatever the command is.
-  QString trace = cmdlabel(state_.SerialCMD[FrameByte::firstParameter]) + QStringLiteral("TX:");
-  const std::size_t length = std::min<std::size_t>(state_.SerialCMD[FrameByte::length], commandBufferSize);
-  for (std::size_t i = 0; i < length; ++i) {
-    const QString byte = QString::number(state_.SerialCMD[i], 16);
-    desktop_.log.write(byte);
-    trace += u' ' + byte;
+  // Kept: C27.
+  QString trace = cmdlabel(state_.SerialCMD[wire::FrameByte::firstData]) + QStringLiteral("TX:");
+  for (const std::uint8_t byte : wire::frameIn(state_.SerialCMD)) {
+    const QString text = QString::number(byte, 16);
+    desktop_.log.write(text);
+    trace += u' ' + text;
   }
   state_.ObjectDictionaryArray.element(u"TXcmd").setText(trace);
-  if (serialPort_) {
-    serialPort_->sendData(QByteArray(reinterpret_cast<const char *>(state_.SerialCMD.data()),
-                                     static_cast<qsizetype>(commandBufferSize)));
-  }
+  if (serialPort_) serialPort_->sendData(toByteArray(state_.SerialCMD));
   state_.SerialCMD.fill(0);
 }
 
 void AppDelegate::remember(const QByteArray &data) {
   constexpr qsizetype longest = 4096;
-  const bool isDetection =
-      data.size() > static_cast<qsizetype>(FrameByte::firstParameter) &&
-      static_cast<CommandCode>(static_cast<unsigned char>(data[FrameByte::code])) == CommandCode::InitServo;
-  if (isDetection) received_.clear();
+  if (wire::codeIn(asBytes(data)) == wire::CommandCode::InitServo) received_.clear();
   received_ += data.first(std::min(data.size(), longest - received_.size()));
 }
 
@@ -195,22 +170,22 @@ void AppDelegate::didReceiveData(const Port &, const QByteArray &data) {
     decimal.append(QString::number(value));
     hexadecimal.append(QStringLiteral("%1").arg(value, 2, 16, QLatin1Char('0')));
   }
-  if (state_.CancelConnectFlag.isEmpty() && !acceptFrame(data, decimal, hexadecimal)) restartReading(decimal);
+  if (state_.CancelConnectFlag.isEmpty() && !acceptFrame(data, decimal, hexadecimal) &&
+      wire::hasStartMark(asBytes(data))) {
+    restartReading(decimal);
+  }
 
-  // Meant: a decimal text has no leading zero, so this comparison never holds.
+  // Kept: C28.
   if (data.size() == 1 && decimal.front() == u"00") {
-    showConnection(u"Not_connect");
+    showConnection(state_, ConnectionState::NotConnected, desktop_.strings);
     clearSettings(false);
   }
 }
 
 bool AppDelegate::acceptFrame(const QByteArray &data, const QStringList &decimal,
                               const QStringList &hexadecimal) {
-  if (data.size() < 2 || decimal.front() != u"255" || decimal.back() != u"254" ||
-      integerValueOf(decimal[1]) != data.size()) {
-    return false;
-  }
-  if (takesExactRepliesOnly_ && replyLengthAt(data) != data.size()) {
+  if (!wire::isFrame(asBytes(data))) return false;
+  if (takesExactRepliesOnly_ && !wire::replyAt(asBytes(data))) {
     desktop_.log.write(QStringLiteral("Not a reply, ignored: ") + listText(decimal));
     return true;
   }
@@ -222,11 +197,9 @@ bool AppDelegate::acceptFrame(const QByteArray &data, const QStringList &decimal
 }
 
 void AppDelegate::restartReading(const QStringList &decimal) {
-  if (decimal.isEmpty() || decimal.front() != u"255") return;
   if (desktop_.log.isEnabled()) {
     const QString content = QStringLiteral("ContentArray=") + listText(decimal);
-    for (qsizetype i = 0; i < decimal.size();
-         ++i) {  // meant: once for every byte, though only the first is tested
+    for (qsizetype i = 0; i < decimal.size(); ++i) {  // Kept: C29.
       desktop_.log.write(content);
       desktop_.log.write(QStringLiteral("out %1").arg(i));
     }
@@ -241,19 +214,19 @@ bool AppDelegate::respondsTo(SerialPortCallback callback) const {
 
 void AppDelegate::serialPortWasOpened(const Port &) {
   received_.clear();
-  showConnection(u"Serial_port_start_initialization");
+  showConnection(state_, ConnectionState::Initialising, desktop_.strings);
   desktop_.blockingWait.wait(startUpWait_);
   state_.FunctionCMD->Init_Servo();
 }
 
 void AppDelegate::serialPortWasClosed(const Port &) {
-  showConnection(u"Not_connect");
+  showConnection(state_, ConnectionState::NotConnected, desktop_.strings);
 }
 
 void AppDelegate::serialPortWasRemovedFromSystem(const Port &) {
   setSerialPort(nullptr);
   // The port that closes next has no delegate any more to say so.
-  showConnection(u"Not_connect");
+  showConnection(state_, ConnectionState::NotConnected, desktop_.strings);
   alertUser(QStringLiteral("Serial Port Was Removed From PC."));
 }
 
@@ -268,6 +241,7 @@ void AppDelegate::serialPortsWereConnected(const Notification &notification) {
   const SerialPortList ports = portsOf(notification, ConnectedSerialPortsKey);
   desktop_.log.write(QStringLiteral("Ports were connected: ") + portsText(ports));
   postUserNotificationForConnectedPorts(ports);
+  // Kept: C31.
   if (ports.empty() || !ports.front()->name().startsWith(u"usb")) return;
 
   if (alertUser(QStringLiteral("Serial Port Was Connected From PC.")) != ModalAlert::firstButton) return;
@@ -288,6 +262,7 @@ void AppDelegate::serialPortsWereDisconnected(const Notification &notification) 
 void AppDelegate::postUserNotificationForConnectedPorts(const SerialPortList &ports) {
   if (!desktop_.userNotifications) return;
   for (const auto &port : ports) {
+    // Kept: C34.
     deliver(QStringLiteral("Serial Port Connected"),
             QStringLiteral("Serial Port %@ was connected to your Mac."), *port);
   }
@@ -304,7 +279,7 @@ void AppDelegate::postUserNotificationForDisconnectedPorts(const SerialPortList 
 
 void AppDelegate::forgetDisconnected(const SerialPort &port, std::size_t position) {
   auto &known = state_.allSerialPortsInfo;
-  // Meant: the ports are compared place by place, not searched for.
+  // Kept: C30.
   if (position >= known.size() || !known[position]->isEqual(&port)) return;
   known.erase(known.begin() + static_cast<std::ptrdiff_t>(position));
   clearSettings(true);
@@ -356,10 +331,7 @@ void AppDelegate::request(const QString &word) {
 
 // -------------------------------------------------------------------------------------------------- helpers
 
-void AppDelegate::showConnection(QStringView key) {
-  state_.ObjectDictionaryArray.element(u"ConnectStatus").setText(desktop_.strings.text(key));
-}
-
+// Kept: C33.
 int AppDelegate::alertUser(const QString &informativeText) {
   const int answer =
       desktop_.alert.run({QStringLiteral("Serial Notice"), informativeText, {QStringLiteral("OK")}});

@@ -25,8 +25,7 @@ struct Notification;
 struct SerialEnvironment;
 struct SharedState;
 
-/// The menu items whose titles are looked up at start-up and when the language changes. Those that are not
-/// there are left out.
+/// The menu items whose titles are looked up at start-up. Those that are not there are left out.
 struct MenuOutlets {
   ScreenElement *tavril = nullptr;
   ScreenElement *abouttavril = nullptr;
@@ -37,11 +36,23 @@ struct MenuOutlets {
   ScreenElement *config = nullptr;
   ScreenElement *port = nullptr;
   ScreenElement *detectionmotor = nullptr;
-  ScreenElement *doctor = nullptr;
-  ScreenElement *language = nullptr;
-  ScreenElement *systemlanguage = nullptr;
-  ScreenElement *help = nullptr;
-  ScreenElement *userguide = nullptr;
+};
+
+/// Such an item and the key of its title.
+struct MenuTitle {
+  ScreenElement *MenuOutlets::*outlet;
+  QStringView key;
+};
+inline constexpr MenuTitle menuTitles[]{
+    {&MenuOutlets::tavril, u"tavril"},
+    {&MenuOutlets::abouttavril, u"about_tavril"},
+    {&MenuOutlets::quittavril, u"quit_tavril"},
+    {&MenuOutlets::tool, u"tool"},
+    {&MenuOutlets::rebootservo, u"reboot_servo"},
+    {&MenuOutlets::resetservo, u"reset_servo"},
+    {&MenuOutlets::config, u"config"},
+    {&MenuOutlets::port, u"port_setting"},
+    {&MenuOutlets::detectionmotor, u"detection_motor"},
 };
 
 /// The application's delegate: start-up, menu actions, and the one link to the servo. It opens the port,
@@ -54,7 +65,7 @@ class AppDelegate final : public SerialPortDelegate,
   struct Token {};
 
  public:
-  /// How long the bridge behind a port needs after the port was opened, before it answers.
+  /// How long the bridge behind a port needs after the port was opened, before it answers. Kept: C32.
   static constexpr std::chrono::milliseconds bridgeStartUp{5000};
 
   /// Owns nothing it is given; all of it must outlive the delegate.
@@ -69,7 +80,6 @@ class AppDelegate final : public SerialPortDelegate,
 
   /// Menu titles, shared state, the decoder, the ports; nothing is sent.
   void applicationDidFinishLaunching(const MenuOutlets &menu = {});
-  void setMenuTitles(const MenuOutlets &menu) const;
   void applicationWillTerminate() {}
 
   /// The object store and quitting, see StoreController.
@@ -112,7 +122,7 @@ class AppDelegate final : public SerialPortDelegate,
   /// Menu actions: each asks the screen for its action, unless one is pending.
   void RebootServo();
   void ResetServo();
-  void DetectionMotro();
+  void DetectionMotro();  // Kept: C35.
 
   bool respondsTo(SerialPortCallback callback) const override;
   void serialPortWasRemovedFromSystem(const Port &port) override;
@@ -130,7 +140,6 @@ class AppDelegate final : public SerialPortDelegate,
                                  const UserNotification &notification) override;
 
  private:
-  void showConnection(QStringView key);
   bool acceptFrame(const QByteArray &data, const QStringList &decimal, const QStringList &hexadecimal);
   void remember(const QByteArray &data);
   void restartReading(const QStringList &decimal);

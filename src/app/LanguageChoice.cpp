@@ -5,7 +5,6 @@
 #include "platform/NotificationCenter.h"
 #include "platform/Preferences.h"
 #include "platform/StringTable.h"
-#include "platform/TextChange.h"
 
 #include <utility>
 
@@ -59,12 +58,8 @@ void LanguageChoice::followSystem() {
 }
 
 void LanguageChoice::change(const QString &language) {
-  const QString before = languages_.language();
-  if (language == before || !languages_.setLanguage(language)) return;
-  Notification notification{QString::fromUtf16(LanguageDidChangeNotification), this, {}};
-  notification.userInfo.insert(QString::fromUtf16(textChangeKey),
-                               TextChange(languages_.table(before), languages_.table(language)));
-  notifications_.post(notification);
+  if (language == languages_.language() || !languages_.setLanguage(language)) return;
+  notifications_.post({QString::fromUtf16(LanguageDidChangeNotification), this, {}});
 }
 
 std::vector<LanguageChoice::Offer> LanguageChoice::offers() const {

@@ -2,8 +2,8 @@
 
 #include "app/AppDelegate.h"
 #include "platform/Desktop.h"
+#include "platform/KeyedText.h"
 #include "platform/ScreenElement.h"
-#include "platform/StringTable.h"
 #include "platform/Timers.h"
 #include "protocol/Function.h"
 #include "protocol/RegisterCatalogue.h"
@@ -66,8 +66,8 @@ void ReadOut::update() {
     return;
   }
   if (state_.CanUseTavril == u"fail") {
-    const bool several = state_.ObjectDictionaryArray.element(u"errormsg").text() ==
-                         desktop_.strings.text(u"there_are_more_than_one_servo");
+    const bool several =
+        state_.ObjectDictionaryArray.shown(u"errormsg") == KeyedText(u"there_are_more_than_one_servo");
     finish((several ? QStringLiteral(
                           "more than one servo answered on %1: connect just one servo to the bridge and "
                           "retry.")
@@ -81,7 +81,7 @@ void ReadOut::update() {
   if (read > readSoFar_ || detected != detected_) secondsLeft_ = countdownSeconds;
   readSoFar_ = read;
   detected_ = detected;
-  if (read < registerCount) return;
+  if (read < wire::registerCount) return;
   if (detected) {
     finish(QString());
   } else if (!std::exchange(hasAskedAgain_, true)) {
@@ -110,7 +110,7 @@ void ReadOut::countDown() {
             "%1 stopped answering after %2 of %3 registers: check the servo's cable and power, then retry.")
             .arg(port_->name())
             .arg(readSoFar_)
-            .arg(registerCount));
+            .arg(wire::registerCount));
   }
 }
 

@@ -1,11 +1,11 @@
 #include "app/ReplyDelivery.h"
 
-#include "protocol/Frames.h"
+#include "platform/Bytes.h"
+#include "wire/Frames.h"
 
 #include <QByteArray>
 
 #include <chrono>
-#include <cstdint>
 
 namespace tavril {
 
@@ -14,19 +14,17 @@ namespace {
 /// More than the 16 ms for which an adapter may hold the rest, and less than anybody notices.
 constexpr std::chrono::milliseconds longestWait{20};
 
-std::uint8_t byteAt(const QByteArray &bytes, qsizetype place) {
-  return static_cast<std::uint8_t>(bytes[place]);
-}
-
 DeliveryRule::Verdict judge(const QByteArray &bytes) {
-  if (byteAt(bytes, FrameByte::start) != startMark) return DeliveryRule::Verdict::asItIs();
-  if (bytes.size() <= qsizetype(FrameByte::length)) return DeliveryRule::Verdict::moreToCome();
-  const qsizetype length = byteAt(bytes, FrameByte::length);
-  const bool isLengthOfAReply = length >= qsizetype(shortestReply) && length <= qsizetype(longestReply);
-  if (!isLengthOfAReply) return DeliveryRule::Verdict::asItIs();
-  if (bytes.size() < length) return DeliveryRule::Verdict::moreToCome();
-  if (byteAt(bytes, length - 1) != endMark) return DeliveryRule::Verdict::asItIs();
-  return DeliveryRule::Verdict::whole(length);
+  const wire::FoundFrame found = wire::frameAt(asBytes(bytes), wire::replyLengths);
+  switch (found.kind) {
+    case wire::FoundFrame::Kind::Beginning:
+      return DeliveryRule::Verdict::moreToCome();
+    case wire::FoundFrame::Kind::Whole:
+      return DeliveryRule::Verdict::whole(static_cast<qsizetype>(found.length));
+    case wire::FoundFrame::Kind::None:
+      break;
+  }
+  return DeliveryRule::Verdict::asItIs();
 }
 
 }  // namespace

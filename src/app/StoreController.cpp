@@ -128,7 +128,7 @@ TerminateReply StoreController::applicationShouldTerminate() {
 }
 
 void StoreController::logUnableToCommit(const char16_t *method, const char16_t *purpose) {
-  // Named after the class by which the rest of the program knows these methods.
+  // Kept: C37.
   desktop_.log.warn(QStringLiteral("AppDelegate:%1 unable to commit editing %2")
                         .arg(QString::fromUtf16(method), QString::fromUtf16(purpose)));
 }

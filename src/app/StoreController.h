@@ -25,6 +25,7 @@ enum class TerminateReply { TerminateNow, TerminateCancel };
 class StoreController {
  public:
   static constexpr const char16_t *bundleIdentifier = u"org.tavril.Tavril";
+  // Kept: C36.
   static constexpr const char16_t *storeFileName = u"OSXCoreDataObjC.storedata";
   static constexpr const char16_t *errorDomain = u"YOUR_ERROR_DOMAIN";
   static constexpr int errorCode = 9999;

@@ -5,36 +5,20 @@
 #include "cli/Servo.h"
 
 #include <algorithm>
-#include <array>
+#include <utility>
 
 namespace tavril::cli {
 
 namespace {
 
-constexpr int ackPolicy = 2;
-constexpr int maxTemperature = 5;
-constexpr int minVoltage = 6;
-constexpr int maxVoltage = 7;
-constexpr int maxLoad = 8;
+using wire::RegisterNumber;
 
-/// A limit, and the register with the value now that it limits.
-struct Limit {
-  int number;
-  int present;
-  bool isLowest;
-};
-constexpr std::array<Limit, 4> limits{
-    {{maxTemperature, 19, false}, {minVoltage, 18, true}, {maxVoltage, 18, false}, {maxLoad, 20, false}}};
-
-int rankOf(const Change &change) {
-  const auto limit = std::ranges::find(limits, change.number, &Limit::number);
-  if (limit != limits.end()) {
-    const bool isWider = limit->isLowest ? change.to < change.from : change.to > change.from;
-    return isWider ? 0 : 1;
-  }
-  // Check periods, gains, calibration angle, torque policy, LED policy, servo ID, reply policy.
-  constexpr std::array<int, 11> order{12, 13, 14, 9, 10, 11, 15, 4, 3, 1, ackPolicy};
-  return 2 + static_cast<int>(std::ranges::find(order, change.number) - order.begin());
+/// Changes are made in the order of their ranks.
+std::pair<int, int> rankOf(const Change &change) {
+  const wire::Register &row = *wire::findRegister(change.number);
+  if (row.stage != wire::WriteStage::Limit) return {1 + static_cast<int>(row.stage), change.number};
+  const bool isWider = row.isLowest ? change.to < change.from : change.to > change.from;
+  return {isWider ? 0 : 1, 0};
 }
 
 std::optional<int> valueIn(const Settings &settings, int number) {
@@ -76,42 +60,44 @@ std::vector<Change> inSafeOrder(std::vector<Change> changes) {
 
 std::set<int> neededToJudge(const Settings &wanted) {
   std::set<int> needed;
-  for (const Limit &limit : limits) {
-    if (wanted.contains(limit.number)) needed.insert(limit.present);
+  for (const auto &[number, value] : wanted) {
+    if (const int limited = wire::findRegister(number)->limited) needed.insert(limited);
   }
-  if (wanted.contains(minVoltage) || wanted.contains(maxVoltage)) needed.insert({minVoltage, maxVoltage});
+  if (wanted.contains(RegisterNumber::MinVoltage) || wanted.contains(RegisterNumber::MaxVoltage))
+    needed.insert({RegisterNumber::MinVoltage, RegisterNumber::MaxVoltage});
   return needed;
 }
 
 QStringList dangersOf(const Settings &wanted, const Settings &present) {
   QStringList dangers;
-  if (valueIn(wanted, ackPolicy) == 0) {
+  if (valueIn(wanted, RegisterNumber::AckPolicy) == 0) {
     dangers.append(QStringLiteral(
         "ack_policy=0 may keep the servo from answering, and then Tavril can no longer set it up."));
   }
   Settings after = present;
   for (const auto &[number, value] : wanted) after[number] = value;
-  const auto lowest = valueIn(after, minVoltage);
-  const auto highest = valueIn(after, maxVoltage);
-  const bool changesVoltage = wanted.contains(minVoltage) || wanted.contains(maxVoltage);
+  const auto lowest = valueIn(after, RegisterNumber::MinVoltage);
+  const auto highest = valueIn(after, RegisterNumber::MaxVoltage);
+  const bool changesVoltage =
+      wanted.contains(RegisterNumber::MinVoltage) || wanted.contains(RegisterNumber::MaxVoltage);
   if (changesVoltage && lowest && highest && *lowest > *highest) {
     dangers.append(QStringLiteral("min_voltage would be %1, above max_voltage, %2: no voltage is allowed.")
                        .arg(*lowest)
                        .arg(*highest));
   }
-  for (const Limit &limit : limits) {
-    const auto value = valueIn(wanted, limit.number);
-    if (!value) continue;
-    if (*value == 0 && !limit.isLowest) {
-      dangers.append(QStringLiteral("%1=0 allows nothing at all.").arg(keyOf(limit.number)));
+  for (const auto &[number, value] : wanted) {
+    const wire::Register &limit = *wire::findRegister(number);
+    if (limit.limited == 0) continue;
+    if (value == 0 && !limit.isLowest) {
+      dangers.append(QStringLiteral("%1=0 allows nothing at all.").arg(keyOf(limit)));
       continue;
     }
-    const auto now = valueIn(present, limit.present);
-    if (now && (limit.isLowest ? *now < *value : *now > *value)) {
+    const auto now = valueIn(present, limit.limited);
+    if (now && (limit.isLowest ? *now < value : *now > value)) {
       dangers.append(QStringLiteral("%1=%2 is %3 %4, which is %5 now.")
-                         .arg(keyOf(limit.number))
-                         .arg(*value)
-                         .arg(QString::fromLatin1(limit.isLowest ? "above" : "below"), keyOf(limit.present))
+                         .arg(keyOf(limit))
+                         .arg(value)
+                         .arg(QString::fromLatin1(limit.isLowest ? "above" : "below"), keyOf(limit.limited))
                          .arg(*now));
     }
   }
@@ -122,7 +108,7 @@ void carryOut(Servo &servo, std::vector<Change> &changes, const std::function<vo
   int done = 0;
   for (Change &change : changes) {
     change.state = Change::State::Unknown;
-    const Servo::Written written = servo.write(*findRegister(change.number), change.to);
+    const Servo::Written written = servo.write(*wire::findRegister(change.number), change.to);
     if (!written.held) {
       change.state = Change::State::Refused;
       change.refusal = written.refusal;

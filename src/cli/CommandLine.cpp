@@ -8,6 +8,7 @@
 #include "cli/Table.h"
 
 #include <QByteArray>
+#include <QStringView>
 
 #include <CLI/CLI.hpp>
 #include <array>
@@ -71,10 +72,11 @@ const char *const environment =
 /// What can be written, for the help of the commands that write.
 std::string settingsText() {
   Table table;
-  for (const RegisterSummary &summary : registerSummaries()) {
-    if (!summary.row->isSetting()) continue;
-    table.addRow({QStringLiteral("  ") + summary.key, summary.range,
-                  summary.unit == u"-" ? QString() : QStringLiteral("in ") + summary.unit, summary.purpose});
+  for (const wire::Register &row : wire::settingRegisters) {
+    const QString unit = unitOf(row);
+    table.addRow({QStringLiteral("  ") + keyOf(row), textOf(row.range),
+                  unit.isEmpty() ? QString() : QStringLiteral("in ") + unit,
+                  QStringView(row.meaning).toString()});
   }
   return "Settings:\n" + table.text().toStdString() +
          "Where the unit is known, a value may be written with it: over_load=300ms, max_temperature=75C.\n";

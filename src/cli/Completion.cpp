@@ -1,7 +1,7 @@
 #include "cli/Completion.h"
 
 #include "cli/CommandBook.h"
-#include "protocol/RegisterCatalogue.h"
+#include "cli/RegisterFacts.h"
 
 #include <QChar>
 #include <QRegularExpression>
@@ -29,13 +29,13 @@ ValueKind kindOf(const QString &value) {
 
 QString registerNames() {
   QStringList names;
-  for (const RegisterRow &row : registerCatalogue()) names.append(row.nameKey.toString());
+  for (const wire::Register &row : wire::registers) names.append(keyOf(row));
   return names.join(u' ');
 }
 
 QString settingNames() {
   QStringList names;
-  for (const RegisterRow &row : settingRegisters()) names.append(row.nameKey.toString());
+  for (const wire::Register &row : wire::settingRegisters) names.append(keyOf(row));
   return names.join(u' ');
 }
 

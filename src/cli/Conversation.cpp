@@ -2,7 +2,8 @@
 
 #include "cli/FrameWords.h"
 #include "cli/Replies.h"
-#include "protocol/RegisterCatalogue.h"
+#include "platform/Bytes.h"
+#include "wire/Registers.h"
 
 #include <algorithm>
 #include <optional>
@@ -17,8 +18,9 @@ constexpr int mostReadings = 6;
 
 enum BridgeError { OutOfRange = 3, LostServo = 4 };
 
-int errorOf(const QByteArray &report) {
-  return static_cast<unsigned char>(report[static_cast<qsizetype>(FrameByte::firstParameter)]);
+/// Whether a reply to the one also passes for a reply to the other.
+bool shareReplies(const wire::Command &one, const wire::Command &other) {
+  return one.code == other.code && one.registerNumber() == other.registerNumber();
 }
 
 /// Errors that come from how a command arrived, not from what it said.
@@ -35,15 +37,15 @@ ExitCode exitCodeOf(int error) {
 Conversation::Conversation(Line &line, Patience patience, Trace trace)
     : line_(line), patience_(patience), trace_(std::move(trace)) {}
 
-QByteArray Conversation::ask(const Command &command) {
+wire::Reply Conversation::ask(const wire::Command &command) {
   return exchange(command).reply;
 }
 
-QByteArray Conversation::askSteady(const Command &command) {
+wire::Reply Conversation::askSteady(const wire::Command &command) {
   Answer answer = exchange(command);
   if (!answer.noisy) return answer.reply;
   for (int reading = 2; reading <= mostReadings; ++reading) {
-    const QByteArray before = answer.reply;
+    const wire::Reply before = answer.reply;
     answer = exchange(command);
     if (answer.reply == before) return answer.reply;
   }
@@ -55,29 +57,30 @@ QByteArray Conversation::askSteady(const Command &command) {
           .arg(mostReadings)};
 }
 
-QByteArray Conversation::askOnce(const Command &command) {
+wire::Reply Conversation::askOnce(const wire::Command &command) {
   if (mayStillBeAnswered(command)) settle(command);
   return attempt(command, true).reply;
 }
 
-Conversation::Answer Conversation::exchange(const Command &command) {
+Conversation::Answer Conversation::exchange(const wire::Command &command) {
   if (mayStillBeAnswered(command)) settle(command);
   return attempt(command, false);
 }
 
-Heard Conversation::send(const Command &command, Line::Time timeout) {
-  if (trace_) trace_(QStringLiteral("-> %1  %2").arg(inHex(command.frame()), commandInWords(command)));
-  Heard heard = line_.request(command.transmission(), timeout, [command](const QByteArray &received) {
-    return scanForReply(command, received).found();
-  });
+Heard Conversation::send(const wire::Command &command, Line::Time timeout) {
+  if (trace_) trace_(QStringLiteral("-> %1  %2").arg(inHex(command), commandInWords(command)));
+  Heard heard = line_.request(
+      toByteArray(wire::encode(command)), timeout,
+      [command](const QByteArray &received) { return scanForReply(command, received).found(); });
   if (heard.kind == Heard::Kind::TimedOut && trace_) {
-    if (!heard.bytes.isEmpty()) trace_(QStringLiteral("<- %1  not a valid reply").arg(inHex(heard.bytes)));
+    if (!heard.bytes.isEmpty())
+      trace_(QStringLiteral("<- %1  not a valid reply").arg(inHex(asBytes(heard.bytes))));
     trace_(QStringLiteral("   no reply within %1 ms").arg(timeout.count()));
   }
   return heard;
 }
 
-std::optional<Conversation::Answer> Conversation::tryOnce(const Command &command, Line::Time longest) {
+std::optional<Conversation::Answer> Conversation::tryOnce(const wire::Command &command, Line::Time longest) {
   const Heard heard = send(command, std::min(patience_.timeout, longest));
   const ReplyScan scan = scanForReply(command, heard.bytes);
   if (heard.kind == Heard::Kind::TimedOut || scan.isErrorReport) {
@@ -91,7 +94,7 @@ std::optional<Conversation::Answer> Conversation::tryOnce(const Command &command
   return Answer{scan.reply, !scan.noise.isEmpty()};
 }
 
-void Conversation::tell(const Command &command) {
+void Conversation::tell(const wire::Command &command) {
   // Otherwise whose error it is could not be told.
   if (!unanswered_.empty()) settle(command);
   const Heard heard = send(command, longestAnswerToTold);
@@ -101,11 +104,11 @@ void Conversation::tell(const Command &command) {
   }
   const ReplyScan scan = scanForReply(command, heard.bytes);
   traceReplies(scan);
-  if (scan.isErrorReport) refused(command, errorOf(scan.reply));
+  if (scan.isErrorReport) refused(command, scan.reply.error());
 }
 
 /// Sends the command until it is answered, as often as patience has it.
-Conversation::Answer Conversation::attempt(const Command &command, bool mayFail) {
+Conversation::Answer Conversation::attempt(const wire::Command &command, bool mayFail) {
   std::optional<int> lastError;
   QByteArray stray;
   unanswered_.insert(unanswered_.end(), tried_.begin(), tried_.end());
@@ -118,7 +121,7 @@ Conversation::Answer Conversation::attempt(const Command &command, bool mayFail)
     stray += scan.noise;
     if (heard.kind == Heard::Kind::TimedOut) continue;
     traceReplies(scan);
-    for (const QByteArray &reply : scan.foreign) crossOut(reply);
+    for (const wire::Reply &reply : scan.foreign) crossOut(reply);
     if (!scan.isErrorReport) {
       crossOut(scan.reply);
       return {scan.reply, !scan.noise.isEmpty()};
@@ -126,15 +129,15 @@ Conversation::Answer Conversation::attempt(const Command &command, bool mayFail)
     // Whose error it is can only be told when nothing else can still be answered.
     if (alone) {
       if (mayFail) return {scan.reply, false};
-      if (!isWorthRepeating(errorOf(scan.reply))) refused(command, errorOf(scan.reply));
+      if (!isWorthRepeating(scan.reply.error())) refused(command, scan.reply.error());
     }
-    lastError = errorOf(scan.reply);
+    lastError = scan.reply.error();
   }
   if (lastError) refused(command, *lastError);
   giveUp(command, stray);
 }
 
-void Conversation::giveUp(const Command &command, const QByteArray &stray) const {
+void Conversation::giveUp(const wire::Command &command, const QByteArray &stray) const {
   const QString asked =
       QStringLiteral("to \"%1\" within %2 ms, sent %3")
           .arg(commandInWords(command))
@@ -157,21 +160,21 @@ void Conversation::giveUp(const Command &command, const QByteArray &stray) const
           .arg(line_.name(), asked, counted(stray.size(), "byte", "bytes"))};
 }
 
-bool Conversation::isAloneUnanswered(const Command &command) const {
+bool Conversation::isAloneUnanswered(const wire::Command &command) const {
   return std::ranges::all_of(unanswered_,
-                             [&](const Command &sent) { return sent.sharesRepliesWith(command); });
+                             [&](const wire::Command &sent) { return shareReplies(sent, command); });
 }
 
-bool Conversation::mayStillBeAnswered(const Command &command) const {
+bool Conversation::mayStillBeAnswered(const wire::Command &command) const {
   return std::ranges::any_of(unanswered_,
-                             [&](const Command &sent) { return sent.sharesRepliesWith(command); });
+                             [&](const wire::Command &sent) { return shareReplies(sent, command); });
 }
 
 /// Asks for a register that no late reply can pass for, after which no late reply to the command is left.
-void Conversation::settle(const Command &command) {
-  for (const RegisterRow &row : registerCatalogue()) {
-    const Command marker = Command::readRegister(row.number);
-    if (mayStillBeAnswered(marker) || marker.sharesRepliesWith(command)) continue;
+void Conversation::settle(const wire::Command &command) {
+  for (const wire::Register &row : wire::registers) {
+    const wire::Command marker = wire::Command::readRegister(row.number);
+    if (mayStillBeAnswered(marker) || shareReplies(marker, command)) continue;
     attempt(marker, false);
     return;
   }
@@ -183,23 +186,22 @@ void Conversation::settle(const Command &command) {
 }
 
 /// What was sent before the command that this answers has been answered too, or never will be.
-void Conversation::crossOut(const QByteArray &reply) {
-  const auto answered = std::ranges::find_if(unanswered_, [&](const Command &sent) {
-    return scanForReply(sent, reply).found() && !scanForReply(sent, reply).isErrorReport;
-  });
+void Conversation::crossOut(const wire::Reply &reply) {
+  const auto answered =
+      std::ranges::find_if(unanswered_, [&](const wire::Command &sent) { return reply.answers(sent); });
   if (answered != unanswered_.end()) unanswered_.erase(unanswered_.begin(), answered + 1);
 }
 
 void Conversation::traceReplies(const ReplyScan &scan) const {
   if (!trace_) return;
-  if (!scan.noise.isEmpty()) trace_(QStringLiteral("<- %1  noise").arg(inHex(scan.noise)));
-  for (const QByteArray &reply : scan.foreign) {
-    trace_(QStringLiteral("<- %1  %2 (late)").arg(inHex(reply), replyInWords(reply)));
+  if (!scan.noise.isEmpty()) trace_(QStringLiteral("<- %1  noise").arg(inHex(asBytes(scan.noise))));
+  for (const wire::Reply &reply : scan.foreign) {
+    trace_(QStringLiteral("<- %1  %2 (late)").arg(inHex(reply.frame), replyInWords(reply)));
   }
-  trace_(QStringLiteral("<- %1  %2").arg(inHex(scan.reply), replyInWords(scan.reply)));
+  trace_(QStringLiteral("<- %1  %2").arg(inHex(scan.reply.frame), replyInWords(scan.reply)));
 }
 
-void Conversation::refused(const Command &command, int error) const {
+void Conversation::refused(const wire::Command &command, int error) const {
   const QString advice =
       error == LostServo ? QStringLiteral(" Check the servo's cable and power, then retry.") : QString();
   throw Refusal{

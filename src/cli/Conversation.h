@@ -1,8 +1,8 @@
 #pragma once
 
-#include "cli/Command.h"
 #include "cli/Failure.h"
 #include "cli/Line.h"
+#include "wire/Frames.h"
 
 #include <QByteArray>
 #include <QString>
@@ -38,43 +38,43 @@ class Conversation {
   Conversation(Line &line, Patience patience, Trace trace = nullptr);
 
   /// The reply to the command; an error report of the bridge is a Failure.
-  QByteArray ask(const Command &command);
+  wire::Reply ask(const wire::Command &command);
   /// The same for questions whose answer does not change by itself: where anything else than replies came
   /// along with it, asks again until two answers in a row agree, for there is no checksum.
-  QByteArray askSteady(const Command &command);
+  wire::Reply askSteady(const wire::Command &command);
   /// The reply to the command, which may be an error report.
-  QByteArray askOnce(const Command &command);
+  wire::Reply askOnce(const wire::Command &command);
   struct Answer {
-    QByteArray reply;
+    wire::Reply reply;
     bool noisy = false;  ///< bytes came along that belong to no reply
   };
   /// Sends the command one time; nothing without an answer in time, which is no more than `longest`. For a
   /// bridge that may not have started: what comes late is told from the answers to later questions.
-  std::optional<Answer> tryOnce(const Command &command, Line::Time longest);
+  std::optional<Answer> tryOnce(const wire::Command &command, Line::Time longest);
   /// For commands to which nothing promises a reply: sends it one time, and is content when no error report
   /// comes within longestAnswerToTold.
-  void tell(const Command &command);
+  void tell(const wire::Command &command);
   static constexpr Line::Time longestAnswerToTold{100};
 
  private:
-  Answer exchange(const Command &command);
-  Answer attempt(const Command &command, bool mayFail);
-  Heard send(const Command &command, Line::Time timeout);
-  [[noreturn]] void giveUp(const Command &command, const QByteArray &stray) const;
-  bool mayStillBeAnswered(const Command &command) const;
-  void settle(const Command &command);
-  void crossOut(const QByteArray &reply);
+  Answer exchange(const wire::Command &command);
+  Answer attempt(const wire::Command &command, bool mayFail);
+  Heard send(const wire::Command &command, Line::Time timeout);
+  [[noreturn]] void giveUp(const wire::Command &command, const QByteArray &stray) const;
+  bool mayStillBeAnswered(const wire::Command &command) const;
+  void settle(const wire::Command &command);
+  void crossOut(const wire::Reply &reply);
   void traceReplies(const ReplyScan &scan) const;
-  bool isAloneUnanswered(const Command &command) const;
-  [[noreturn]] void refused(const Command &command, int error) const;
+  bool isAloneUnanswered(const wire::Command &command) const;
+  [[noreturn]] void refused(const wire::Command &command, int error) const;
 
   Line &line_;
   const Patience patience_;
   Trace trace_;
   /// Sent and not answered, in the order of sending. Some will never be.
-  std::vector<Command> unanswered_;
+  std::vector<wire::Command> unanswered_;
   /// Sent by tryOnce() and not answered; most were lost while the bridge started.
-  std::vector<Command> tried_;
+  std::vector<wire::Command> tried_;
 };
 
 }  // namespace tavril::cli

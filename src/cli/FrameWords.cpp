@@ -1,30 +1,23 @@
 #include "cli/FrameWords.h"
 
-#include "cli/Command.h"
 #include "cli/RegisterFacts.h"
-
-#include <QStringList>
+#include "platform/Bytes.h"
 
 namespace tavril::cli {
 
+using wire::CommandCode;
+
 namespace {
 
-int byteAt(const QByteArray &bytes, qsizetype index) {
-  return static_cast<unsigned char>(bytes[index]);
-}
-
-int wordAt(const QByteArray &bytes, qsizetype index) {
-  return byteAt(bytes, index) * 256 + byteAt(bytes, index + 1);
-}
-
 QString nameOf(int number) {
-  const RegisterRow *row = findRegister(number);
-  return row ? row->nameKey.toString() : QStringLiteral("register %1").arg(number);
+  const wire::Register *row = wire::findRegister(number);
+  return row ? keyOf(*row) : QStringLiteral("register %1").arg(number);
 }
 
-int valueOf(int number, int high, int low) {
-  const RegisterRow *row = findRegister(number);
-  return row ? registerValue(*row, high, low) : high * 256 + low;
+/// What a command writes, as the register has it.
+int valueIn(const wire::Command &command) {
+  const wire::Register *row = wire::findRegister(command.registerNumber());
+  return row ? wire::valueOf(*row, command.parameters[1], command.parameters[2]) : command.word();
 }
 
 QString detectionInWords(int result) {
@@ -38,27 +31,25 @@ QString detectionInWords(int result) {
   }
 }
 
-constexpr auto firstData = static_cast<qsizetype>(FrameByte::firstParameter);
-
 }  // namespace
 
-QString inHex(const QByteArray &bytes) {
-  return QString::fromLatin1(bytes.toHex(' ')).toUpper();
+QString inHex(wire::Bytes bytes) {
+  return QString::fromLatin1(toByteArray(bytes).toHex(' ')).toUpper();
 }
 
-QString commandInWords(const Command &command) {
-  const QByteArray &data = command.parameters;
+QString inHex(const wire::Command &command) {
+  const wire::CommandBuffer buffer = wire::encode(command);
+  return inHex(wire::frameIn(buffer));
+}
+
+QString commandInWords(const wire::Command &command) {
   switch (command.code) {
     case CommandCode::InitServo:
       return QStringLiteral("detect the servo");
     case CommandCode::ReadServoSettingValue:
-      return QStringLiteral("read %1").arg(nameOf(byteAt(data, 0)));
-    case CommandCode::WriteServoSettingValue: {
-      const int number = byteAt(data, 0);
-      return QStringLiteral("write %1 to %2")
-          .arg(valueOf(number, byteAt(data, 1), byteAt(data, 2)))
-          .arg(nameOf(number));
-    }
+      return QStringLiteral("read %1").arg(nameOf(command.registerNumber()));
+    case CommandCode::WriteServoSettingValue:
+      return QStringLiteral("write %1 to %2").arg(valueIn(command)).arg(nameOf(command.registerNumber()));
     case CommandCode::ReleaseServo:
       return QStringLiteral("release the servo");
     case CommandCode::RebootServo:
@@ -66,26 +57,23 @@ QString commandInWords(const Command &command) {
     case CommandCode::ResetServo:
       return QStringLiteral("restore the factory settings");
     case CommandCode::SetServoPosition:
-      return QStringLiteral("go to position %1").arg(wordAt(data, 0));
+      return QStringLiteral("go to position %1").arg(command.word());
     case CommandCode::ReadServoPosition:
       return QStringLiteral("read the position");
     case CommandCode::ErrorMessage:
       break;
   }
-  return QStringLiteral("report of error %1").arg(byteAt(data, 0));
+  return QStringLiteral("report of error %1").arg(command.parameters[0]);
 }
 
-QString replyInWords(const QByteArray &reply) {
-  const int first = reply.size() > firstData ? byteAt(reply, firstData) : 0;
-  switch (static_cast<CommandCode>(byteAt(reply, static_cast<qsizetype>(FrameByte::code)))) {
+QString replyInWords(const wire::Reply &reply) {
+  switch (reply.code()) {
     case CommandCode::InitServo:
-      return detectionInWords(first);
+      return detectionInWords(reply.servos());
     case CommandCode::ReadServoSettingValue:
-      return QStringLiteral("%1 is %2")
-          .arg(nameOf(first))
-          .arg(valueOf(first, byteAt(reply, firstData + 1), byteAt(reply, firstData + 2)));
+      return QStringLiteral("%1 is %2").arg(nameOf(reply.registerNumber())).arg(reply.value());
     case CommandCode::WriteServoSettingValue:
-      return QStringLiteral("%1 written").arg(nameOf(first));
+      return QStringLiteral("%1 written").arg(nameOf(reply.registerNumber()));
     case CommandCode::ReleaseServo:
       return QStringLiteral("released");
     case CommandCode::RebootServo:
@@ -95,11 +83,11 @@ QString replyInWords(const QByteArray &reply) {
     case CommandCode::SetServoPosition:
       return QStringLiteral("position taken");
     case CommandCode::ReadServoPosition:
-      return QStringLiteral("position is %1").arg(wordAt(reply, firstData));
+      return QStringLiteral("position is %1").arg(reply.position());
     case CommandCode::ErrorMessage:
       break;
   }
-  return errorInWords(first);
+  return errorInWords(reply.error());
 }
 
 QString errorInWords(int error) {

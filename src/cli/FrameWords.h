@@ -1,19 +1,20 @@
 #pragma once
 
-#include <QByteArray>
+#include "wire/Frames.h"
+
 #include <QString>
 
 namespace tavril::cli {
 
-struct Command;
-
 /// "FF 05 91 08 FE"
-QString inHex(const QByteArray &bytes);
+QString inHex(wire::Bytes bytes);
 
 /// What a command asks for: "read register 8 (max_load)".
-QString commandInWords(const Command &command);
-/// What a whole, well-formed reply says: "max_load is 300".
-QString replyInWords(const QByteArray &reply);
+QString commandInWords(const wire::Command &command);
+/// The frame alone, without the zeros behind it.
+QString inHex(const wire::Command &command);
+/// What a reply says: "max_load is 300".
+QString replyInWords(const wire::Reply &reply);
 /// What an error report means: "value out of range (error 3)".
 QString errorInWords(int error);
 

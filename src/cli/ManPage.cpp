@@ -2,9 +2,10 @@
 
 #include "cli/CommandBook.h"
 #include "cli/RegisterFacts.h"
-#include "protocol/RegisterCatalogue.h"
+#include "wire/Range.h"
 
 #include <QStringList>
+#include <QStringView>
 
 namespace tavril::cli {
 
@@ -52,23 +53,30 @@ QString synopsisOf(const CommandEntry &command) {
   return text;
 }
 
-QString defaultOf(const RegisterSummary &summary, std::span<const int> defaults) {
-  const auto index = static_cast<std::size_t>(summary.row->number) - 1;
+/// What the virtual servo has in the register at first; "-" for what it measures.
+QString defaultOf(const wire::Register &row, std::span<const int> defaults) {
+  const auto index = static_cast<std::size_t>(row.number) - 1;
   return index < defaults.size() ? QString::number(defaults[index]) : QStringLiteral("-");
+}
+
+/// "; 0: keeps the torque; 1: shuts down"
+QString choicesText(const wire::Register &row) {
+  const QStringList choices = choicesOf(row);
+  QString text;
+  for (qsizetype i = 0; i < choices.size(); ++i) text += QStringLiteral("; %1: %2").arg(i).arg(choices[i]);
+  return text;
 }
 
 QString registerTable(std::span<const int> defaults) {
   QString text;
-  for (const RegisterSummary &summary : registerSummaries()) {
-    QString facts = summary.purpose + QStringLiteral("; ") + summary.range;
-    if (summary.unit != u"-") facts += QStringLiteral(", in ") + summary.unit;
-    const QString value = defaultOf(summary, defaults);
+  for (const wire::Register &row : wire::registers) {
+    QString facts = QStringLiteral("%1; %2").arg(row.meaning, rangeText(row));
+    if (!row.unit.step.empty()) facts += QStringLiteral(", in ") + unitOf(row);
+    const QString value = defaultOf(row, defaults);
     if (value != u"-") facts += QStringLiteral("; default of the virtual servo: ") + value;
-    for (qsizetype i = 0; i < summary.choices.size(); ++i) {
-      facts += QStringLiteral("; %1: %2").arg(QString::number(i), summary.choices[i]);
-    }
+    facts += choicesText(row);
     text += QStringLiteral(".TP\n%1\n%2\n")
-                .arg(plain(QString::number(summary.row->number)) + u' ' + bold(summary.key), plain(facts));
+                .arg(plain(QString::number(row.number)) + u' ' + bold(keyOf(row)), plain(facts));
   }
   return text;
 }
@@ -107,14 +115,11 @@ constexpr const char *topics =
 QString registerListInMarkdown(std::span<const int> defaults) {
   QString text = QStringLiteral(
       "| Number | Key | Meaning | Range | Unit | Virtual servo |\n|---|---|---|---|---|---|\n");
-  for (const RegisterSummary &summary : registerSummaries()) {
-    QString purpose = summary.purpose;
-    for (qsizetype i = 0; i < summary.choices.size(); ++i) {
-      purpose += QStringLiteral("; %1: %2").arg(QString::number(i), summary.choices[i]);
-    }
-    text += QStringLiteral("| %1 | `%2` | %3 | %4 | %5 | %6 |\n")
-                .arg(QString::number(summary.row->number), summary.key, purpose, summary.range, summary.unit,
-                     defaultOf(summary, defaults));
+  for (const wire::Register &row : wire::registers) {
+    text += QStringLiteral("| %1 | `%2` | %3%4 | %5 | %6 | %7 |\n")
+                .arg(QString::number(row.number), keyOf(row), QStringView(row.meaning), choicesText(row),
+                     rangeText(row), row.unit.step.empty() ? QStringLiteral("-") : unitOf(row),
+                     defaultOf(row, defaults));
   }
   return text;
 }
@@ -143,7 +148,7 @@ QString manPage(const CommandBook &book, std::span<const int> defaults) {
               ".SH REGISTERS\n"
               "The settings of a real servo show after a reset.\n") +
           registerTable(defaults);
-  text += QString::fromUtf8(topics).arg(QString::number(positionsPerDegree));
+  text += QString::fromUtf8(topics).arg(QString::number(wire::positionsPerDegree));
   text += QStringLiteral(".SH EXAMPLES\n");
   for (const Example &example : book.examples) {
     text += QStringLiteral(".TP\n%1\n%2\n").arg(bold(example.command), plain(example.purpose));

@@ -7,6 +7,7 @@
 #include "cli/RegisterFacts.h"
 #include "cli/Servo.h"
 #include "cli/Session.h"
+#include "wire/Range.h"
 
 #include <QByteArray>
 #include <QDateTime>
@@ -23,12 +24,17 @@ namespace {
 
 constexpr int mostMissed = 3;
 
-struct Column {
-  int number;
-  const char *title;
-};
-constexpr std::array<Column, 5> columns{
-    {{18, "voltage"}, {19, "temperature"}, {20, "load"}, {16, "error"}, {17, "detail"}}};
+/// The registers of a sample: first the numbers, then the lists of errors and details.
+constexpr auto columns = [] {
+  std::array<const wire::Register *, wire::measuredRegisters.size()> rows{};
+  auto *next = rows.begin();
+  for (const bool isList : {false, true}) {
+    for (const wire::Register &row : wire::measuredRegisters) {
+      if (row.isBitList() == isList) *next++ = &row;
+    }
+  }
+  return rows;
+}();
 
 struct Sample {
   Line::Time time{0};
@@ -43,7 +49,7 @@ Sample take(Session &session, Line::Time begun) {
   sample.moment = QDateTime::currentDateTimeUtc();
   sample.position = session.servo.position();
   for (std::size_t i = 0; i < columns.size(); ++i) {
-    sample.values[i] = session.servo.read(*findRegister(columns[i].number));
+    sample.values[i] = session.servo.read(*columns[i]);
   }
   return sample;
 }
@@ -52,14 +58,18 @@ QString secondsOf(const Sample &sample) {
   return QString::number(static_cast<double>(sample.time.count()) / 1000.0, 'f', 3);
 }
 
+/// "voltage" for present_voltage, "error" for status_error
+QString titleOf(const wire::Register &row) {
+  return keyOf(row).section(u'_', 1);
+}
+
 QString lineOf(const Sample &sample, int torquePolicy, const StringTable &strings) {
   QString line = QStringLiteral("%1 s  position %2").arg(secondsOf(sample), 8).arg(sample.position, 4);
   for (std::size_t i = 0; i < columns.size(); ++i) {
-    const RegisterRow &row = *findRegister(columns[i].number);
-    const bool isList = row.reply == ReplyValue::ErrorBits || row.reply == ReplyValue::DetailBits;
-    const QString value = isList ? meaningOf(row, sample.values[i], torquePolicy, strings)
-                                 : QStringLiteral("%1").arg(sample.values[i], 3);
-    line += QStringLiteral("  %1 %2").arg(QString::fromLatin1(columns[i].title), value);
+    const wire::Register &row = *columns[i];
+    const QString value = row.isBitList() ? meaningOf(row, sample.values[i], torquePolicy, strings)
+                                          : QStringLiteral("%1").arg(sample.values[i], 3);
+    line += QStringLiteral("  %1 %2").arg(titleOf(row), value);
   }
   return line + u'\n';
 }
@@ -67,20 +77,20 @@ QString lineOf(const Sample &sample, int torquePolicy, const StringTable &string
 QString jsonOf(const Sample &sample, int torquePolicy, const StringTable &strings) {
   QStringList registers;
   for (std::size_t i = 0; i < columns.size(); ++i) {
-    const RegisterRow &row = *findRegister(columns[i].number);
+    const wire::Register &row = *columns[i];
     registers.append(
-        jsonText(row.nameKey.toString()) + QStringLiteral(": ") +
+        jsonText(keyOf(row)) + QStringLiteral(": ") +
         registerJson(row, sample.values[i], meaningOf(row, sample.values[i], torquePolicy, strings)));
   }
   return QStringLiteral("{\"time\": %1, \"position\": %2, \"degrees\": %3, \"registers\": {%4}}\n")
       .arg(jsonText(sample.moment.toString(Qt::ISODateWithMs)), QString::number(sample.position),
-           QString::number(sample.position / positionsPerDegree, 'f', 1),
+           QString::number(sample.position / wire::positionsPerDegree, 'f', 1),
            registers.join(QStringLiteral(", ")));
 }
 
 QByteArray csvTitles() {
   QStringList titles{QStringLiteral("time_s"), QStringLiteral("position")};
-  for (const Column &column : columns) titles.append(findRegister(column.number)->nameKey.toString());
+  for (const wire::Register *row : columns) titles.append(keyOf(*row));
   return (titles.join(u',') + u'\n').toUtf8();
 }
 
@@ -101,7 +111,7 @@ void monitor(Session &session, const Options &options) {
     csv->add(csvTitles());
   }
   if (csvToOutput) session.console.data(QString::fromUtf8(csvTitles()));
-  const int torquePolicy = session.servo.read(*findRegister(torquePolicyRegister));
+  const int torquePolicy = session.servo.read(*wire::findRegister(wire::RegisterNumber::TorquePolicy));
   const Line::Time begun = session.line.now();
   Line::Time due = begun;
   int taken = 0;

@@ -7,6 +7,7 @@
 #include "cli/RegisterFacts.h"
 #include "cli/Servo.h"
 #include "cli/Session.h"
+#include "wire/Range.h"
 
 #include <QRegularExpression>
 #include <QRegularExpressionMatch>
@@ -44,15 +45,16 @@ int positionFrom(const QString &text) {
       throw Failure{
           ExitCode::Usage,
           QStringLiteral("\"%1\" is not a position: write a number from %2, or degrees such as 90deg.")
-              .arg(shown(text), positionRange.text())};
+              .arg(shown(text), textOf(wire::positionRange))};
     }
-    position = std::round(match.captured(1).toDouble() * positionsPerDegree);
+    position = std::round(match.captured(1).toDouble() * wire::positionsPerDegree);
   }
-  if (position < positionRange.minimum || position > positionRange.maximum) {
-    throw Failure{ExitCode::BadValue,
-                  QStringLiteral("position %1 is out of range (%2, or 0deg to %3deg).")
-                      .arg(shown(text), positionRange.text())
-                      .arg(static_cast<int>(std::floor(positionRange.maximum / positionsPerDegree)))};
+  if (position < wire::positionRange.minimum || position > wire::positionRange.maximum) {
+    throw Failure{
+        ExitCode::BadValue,
+        QStringLiteral("position %1 is out of range (%2, or 0deg to %3deg).")
+            .arg(shown(text), textOf(wire::positionRange))
+            .arg(static_cast<int>(std::floor(wire::positionRange.maximum / wire::positionsPerDegree)))};
   }
   return static_cast<int>(position);
 }
@@ -62,7 +64,7 @@ namespace {
 void print(Session &session, int position, bool json) {
   session.console.data(json ? QStringLiteral("{\"port\": %1, \"position\": %2, \"degrees\": %3}\n")
                                   .arg(jsonText(session.line.name()), QString::number(position),
-                                       QString::number(position / positionsPerDegree, 'f', 1))
+                                       QString::number(position / wire::positionsPerDegree, 'f', 1))
                             : QString::number(position) + u'\n');
 }
 

@@ -42,7 +42,7 @@ Settings settingsIn(const QString &file, Console &console) {
 
 Settings withoutExcepted(Settings settings, const QStringList &keys) {
   if (keys.isEmpty()) return settings;
-  for (const RegisterRow *row : registersNamed(keys)) settings.erase(row->number);
+  for (const wire::Register *row : registersNamed(keys)) settings.erase(row->number);
   return settings;
 }
 
@@ -62,7 +62,7 @@ Plan planWrite(const Options &options, Console &console) {
 }
 
 Plan planSetId(const Options &options, Console &console) {
-  const RegisterRow &row = *registerNamed(QStringLiteral("sid"));
+  const wire::Register &row = *wire::findRegister(wire::RegisterNumber::ServoId);
   const Assignment id{&row, settingFrom(row, options.operands.front())};
   const WriteMode mode = writeMode(options);
   if (mode.dryRun) {
@@ -133,7 +133,7 @@ Plan planFor(const Options &options, Console &console) {
       return withServo([options](Session &session) { monitor(session, options); });
     }
     case Verb::Send: {
-      const Command command = commandFromHex(options.operands);
+      const wire::Command command = commandFromHex(options.operands);
       expectConfirmed(command, options.yes);
       return {[command, json](Session &session) { sendCommand(session, command, json); }};
     }

@@ -24,7 +24,7 @@ namespace tavril::cli {
 namespace {
 
 struct Reading {
-  const RegisterRow *row;
+  const wire::Register *row;
   int value;
   QString meaning;
 };
@@ -32,7 +32,7 @@ struct Reading {
 QString readingsTable(const std::vector<Reading> &readings) {
   Table table;
   for (const Reading &reading : readings) {
-    table.addRow({QString::number(reading.row->number).rightJustified(2), reading.row->nameKey.toString(),
+    table.addRow({QString::number(reading.row->number).rightJustified(2), keyOf(*reading.row),
                   QString::number(reading.value), reading.meaning});
   }
   return table.text();
@@ -41,9 +41,9 @@ QString readingsTable(const std::vector<Reading> &readings) {
 QString readingsJson(const QString &port, const std::vector<Reading> &readings) {
   QStringList rows;
   for (const Reading &reading : readings) {
-    rows.append(QStringLiteral("    %1: %2")
-                    .arg(jsonText(reading.row->nameKey.toString()),
-                         registerJson(*reading.row, reading.value, reading.meaning)));
+    rows.append(
+        QStringLiteral("    %1: %2")
+            .arg(jsonText(keyOf(*reading.row)), registerJson(*reading.row, reading.value, reading.meaning)));
   }
   return QStringLiteral("{\n  \"port\": %1,\n  \"registers\": {\n%2\n  }\n}\n")
       .arg(jsonText(port), rows.join(QStringLiteral(",\n")));
@@ -58,9 +58,9 @@ Assignment assignmentFrom(const QString &text) {
             .arg(shown(text))};
   }
   const QString name = text.first(equals);
-  const RegisterRow *row = registerNamed(name);
+  const wire::Register *row = registerNamed(name);
   if (!row) throw Failure{ExitCode::Usage, unknownRegisterText(name)};
-  const QString key = row->nameKey.toString();
+  const QString key = keyOf(*row);
   if (!row->isSetting()) {
     throw Failure{ExitCode::Usage,
                   QStringLiteral("%1 is measured by the servo and cannot be written.").arg(key)};
@@ -70,15 +70,15 @@ Assignment assignmentFrom(const QString &text) {
 
 }  // namespace
 
-std::vector<const RegisterRow *> registersNamed(const QStringList &names) {
-  std::vector<const RegisterRow *> rows;
+std::vector<const wire::Register *> registersNamed(const QStringList &names) {
+  std::vector<const wire::Register *> rows;
   for (const QString &name : names) {
-    const RegisterRow *row = registerNamed(name);
+    const wire::Register *row = registerNamed(name);
     if (!row) throw Failure{ExitCode::Usage, unknownRegisterText(name)};
     if (std::ranges::find(rows, row) == rows.end()) rows.push_back(row);
   }
   if (names.isEmpty()) {
-    for (const RegisterRow &row : registerCatalogue()) rows.push_back(&row);
+    for (const wire::Register &row : wire::registers) rows.push_back(&row);
   }
   return rows;
 }
@@ -92,9 +92,8 @@ std::vector<Assignment> assignmentsFrom(const QStringList &texts) {
     try {
       const Assignment assignment = assignmentFrom(text);
       if (!seen.insert(assignment.row->number).second) {
-        throw Failure{
-            ExitCode::Usage,
-            QStringLiteral("%1 is there twice: give it one value.").arg(assignment.row->nameKey.toString())};
+        throw Failure{ExitCode::Usage,
+                      QStringLiteral("%1 is there twice: give it one value.").arg(keyOf(*assignment.row))};
       }
       assignments.push_back(assignment);
     } catch (const Failure &failure) {
@@ -119,20 +118,21 @@ void tellDetection(Session &session, bool json) {
   if (count != Servo::Count::One) throw Servo::wrongCount(count, session.line.name());
 }
 
-void readRegisters(Session &session, const std::vector<const RegisterRow *> &rows, bool json) {
+void readRegisters(Session &session, const std::vector<const wire::Register *> &rows, bool json) {
   Progress progress(session.console, session.line, QStringLiteral("registers read"),
                     static_cast<int>(rows.size()));
   std::vector<Reading> readings;
   std::optional<int> torquePolicy;
-  for (const RegisterRow *row : rows) {
+  for (const wire::Register *row : rows) {
     const int value = session.servo.read(*row);
-    if (row->number == torquePolicyRegister) torquePolicy = value;
+    if (row->number == wire::RegisterNumber::TorquePolicy) torquePolicy = value;
     readings.push_back({row, value, {}});
     progress.done(static_cast<int>(readings.size()));
   }
-  const bool needsPolicy =
-      std::ranges::any_of(rows, [](const RegisterRow *row) { return row->reply == ReplyValue::DetailBits; });
-  if (needsPolicy && !torquePolicy) torquePolicy = session.servo.read(*findRegister(torquePolicyRegister));
+  const bool needsPolicy = std::ranges::any_of(
+      rows, [](const wire::Register *row) { return row->reply == wire::ReplyValue::DetailBits; });
+  if (needsPolicy && !torquePolicy)
+    torquePolicy = session.servo.read(*wire::findRegister(wire::RegisterNumber::TorquePolicy));
   for (Reading &reading : readings) {
     reading.meaning = meaningOf(*reading.row, reading.value, torquePolicy, session.strings);
   }
@@ -160,8 +160,8 @@ void setServoId(Session &session, const Assignment &id, const WriteMode &mode) {
 void showFrames(Console &console, const std::vector<Assignment> &assignments, bool json) {
   QStringList lines;
   for (const auto &[row, value] : assignments) {
-    const Command command = Command::writeRegister(row->number, value);
-    const QString frame = inHex(command.frame());
+    const auto command = wire::Command::writeRegister(row->number, value);
+    const QString frame = inHex(command);
     const QString words = commandInWords(command);
     lines.append(
         json ? QStringLiteral("  {\"sent\": %1, \"meaning\": %2}").arg(jsonText(frame), jsonText(words))

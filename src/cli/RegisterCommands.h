@@ -5,8 +5,8 @@
 
 #include <vector>
 
-namespace tavril {
-struct RegisterRow;
+namespace tavril::wire {
+struct Register;
 }
 
 namespace tavril::cli {
@@ -16,7 +16,7 @@ struct Session;
 
 /// A value for a setting, within its range.
 struct Assignment {
-  const RegisterRow *row = nullptr;
+  const wire::Register *row = nullptr;
   int value = 0;
 };
 
@@ -29,13 +29,13 @@ struct WriteMode {
 
 /// The registers with these names or numbers, each once; all twenty for none. Throws a Failure for what is no
 /// register.
-std::vector<const RegisterRow *> registersNamed(const QStringList &names);
+std::vector<const wire::Register *> registersNamed(const QStringList &names);
 /// The assignments "kp=440", all of them checked. Throws a Failure that names every one that is wrong.
 std::vector<Assignment> assignmentsFrom(const QStringList &texts);
 
 /// The commands themselves; each throws a Failure when it fails.
 void tellDetection(Session &session, bool json);
-void readRegisters(Session &session, const std::vector<const RegisterRow *> &rows, bool json);
+void readRegisters(Session &session, const std::vector<const wire::Register *> &rows, bool json);
 /// Prints what has been changed, and that only once all of it is done.
 void writeRegisters(Session &session, const std::vector<Assignment> &assignments, const WriteMode &mode);
 /// Gives the servo this ID, and looks whether it can be found under it.

@@ -1,26 +1,26 @@
 #pragma once
 
+#include "wire/Frames.h"
+
 #include <QByteArray>
 
 #include <vector>
 
 namespace tavril::cli {
 
-struct Command;
-
 /// What the bytes that came since a command was sent hold.
 struct ReplyScan {
-  QByteArray reply;                 ///< the first answer to the command, or else the first error report
-  std::vector<QByteArray> foreign;  ///< whole replies before it, to other commands
-  QByteArray noise;                 ///< all else before it
+  wire::Reply reply;                 ///< the first answer to the command, or else the first error report
+  std::vector<wire::Reply> foreign;  ///< whole replies before it, to other commands
+  QByteArray noise;                  ///< all else before it
   bool isErrorReport = false;
 
-  bool found() const { return !reply.isEmpty(); }
+  bool found() const { return !reply.frame.empty(); }
 };
 
 /// Looks for the answer to the command: a reply of its code that names its register, if replies of this code
 /// name one. An error report names no command; it stands in for the answer where there is none. Pure, so that
 /// it can be asked on any thread, as often as bytes come.
-ReplyScan scanForReply(const Command &command, const QByteArray &received);
+ReplyScan scanForReply(const wire::Command &command, const QByteArray &received);
 
 }  // namespace tavril::cli

@@ -10,6 +10,8 @@
 #include "cli/RegisterFacts.h"
 #include "cli/Servo.h"
 #include "cli/Session.h"
+#include "platform/Bytes.h"
+#include "wire/Frames.h"
 
 #include <QByteArray>
 #include <QChar>
@@ -17,8 +19,11 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <variant>
 
 namespace tavril::cli {
+
+using wire::CommandCode;
 
 namespace {
 
@@ -43,77 +48,74 @@ QByteArray bytesFrom(const QStringList &texts) {
   return bytes;
 }
 
-int byteAt(const QByteArray &bytes, std::size_t index) {
-  return static_cast<unsigned char>(bytes[static_cast<qsizetype>(index)]);
-}
-
-void checkValue(int number, ValueRange range, const QString &name) {
+void checkValue(int number, const wire::Range &range, const QString &name) {
   if (range.contains(number)) return;
   throw Failure{ExitCode::BadValue,
-                QStringLiteral("%1: %2 is out of range (%3).").arg(name).arg(number).arg(range.text())};
+                QStringLiteral("%1: %2 is out of range (%3).").arg(name).arg(number).arg(textOf(range))};
 }
 
-/// The last two parameters.
-int wordOf(const Command &command) {
-  const QByteArray last = command.parameters.right(2);
-  return last.size() == 2 ? byteAt(last, 0) * 256 + byteAt(last, 1) : 0;
-}
-
-void checkParameters(const Command &command) {
-  const int word = wordOf(command);
+void checkParameters(const wire::Command &command) {
+  const int word = command.word();
   if (command.code == CommandCode::SetServoPosition)
-    checkValue(word, positionRange, QStringLiteral("position"));
+    checkValue(word, wire::positionRange, QStringLiteral("position"));
   const int number = command.registerNumber();
   if (command.code != CommandCode::ReadServoSettingValue &&
       command.code != CommandCode::WriteServoSettingValue)
     return;
-  const RegisterRow *row = findRegister(number);
-  if (!row)
-    refuse(QStringLiteral("there is no register %1; they go from 1 to %2.").arg(number).arg(registerCount));
+  const wire::Register *row = wire::findRegister(number);
+  if (!row) {
+    refuse(QStringLiteral("there is no register %1; they go from 1 to %2.")
+               .arg(number)
+               .arg(wire::registerCount));
+  }
   if (command.code == CommandCode::ReadServoSettingValue) return;
   if (!row->isSetting())
-    refuse(QStringLiteral("%1 is measured by the servo and cannot be written.").arg(row->nameKey));
+    refuse(QStringLiteral("%1 is measured by the servo and cannot be written.").arg(keyOf(*row)));
   // The sixteen bits as the servo takes them: only where negative values are allowed do they have a sign.
-  const ValueRange range = settingRange(*row);
-  checkValue(range.minimum < 0 ? static_cast<std::int16_t>(word) : word, range, row->nameKey.toString());
+  const int value = row->range.minimum < 0 ? static_cast<std::int16_t>(word) : word;
+  checkValue(value, row->range, keyOf(*row));
+}
+
+[[noreturn]] void refuse(wire::CommandProblem problem, wire::Bytes bytes) {
+  using wire::CommandProblem;
+  const auto size = static_cast<qsizetype>(bytes.size());
+  switch (problem) {
+    case CommandProblem::TooShort:
+      refuse(QStringLiteral("%1 cannot be a whole frame.").arg(counted(size, "byte", "bytes")));
+    case CommandProblem::StartMark:
+      refuse(QStringLiteral("it must begin with FF."));
+    case CommandProblem::EndMark:
+      refuse(QStringLiteral("it must end with FE."));
+    case CommandProblem::LengthByte:
+      refuse(QStringLiteral("the second byte says %1, but there are %2.")
+                 .arg(counted(bytes[wire::FrameByte::length], "byte", "bytes"))
+                 .arg(size));
+    case CommandProblem::Code:
+    case CommandProblem::LengthOfCode:
+      break;
+  }
+  const QString code = inHex(bytes.subspan(wire::FrameByte::code, 1));
+  if (problem == CommandProblem::Code)
+    refuse(QStringLiteral("there is no command with the code %1.").arg(code));
+  const wire::FrameRow *row = wire::findFrameRow(*wire::codeIn(bytes));
+  refuse(QStringLiteral("a command of code %1 has %2 bytes, not %3.").arg(code).arg(row->length()).arg(size));
 }
 
 }  // namespace
 
-Command commandFromHex(const QStringList &texts) {
+wire::Command commandFromHex(const QStringList &texts) {
   const QByteArray bytes = bytesFrom(texts);
-  constexpr qsizetype shortest = 4;
-  if (bytes.size() < shortest)
-    refuse(QStringLiteral("%1 cannot be a whole frame.").arg(counted(bytes.size(), "byte", "bytes")));
-  if (byteAt(bytes, FrameByte::start) != startMark) refuse(QStringLiteral("it must begin with FF."));
-  if (static_cast<unsigned char>(bytes.back()) != endMark) refuse(QStringLiteral("it must end with FE."));
-  const int length = byteAt(bytes, FrameByte::length);
-  if (length != bytes.size()) {
-    refuse(QStringLiteral("the second byte says %1, but there are %2.")
-               .arg(counted(length, "byte", "bytes"))
-               .arg(bytes.size()));
-  }
-  const auto code = static_cast<CommandCode>(byteAt(bytes, FrameByte::code));
-  const auto *row = std::ranges::find(frameTable, code, &FrameRow::code);
-  if (row == frameTable.end()) {
-    refuse(QStringLiteral("there is no command with the code %1.").arg(inHex(bytes.mid(2, 1))));
-  }
-  if (static_cast<int>(row->length()) != length) {
-    refuse(QStringLiteral("a command of code %1 has %2 bytes, not %3.")
-               .arg(inHex(bytes.mid(2, 1)))
-               .arg(row->length())
-               .arg(length));
-  }
-  const auto first = static_cast<qsizetype>(FrameByte::firstParameter);
-  Command command{code, bytes.mid(first, bytes.size() - first - 1)};
+  const auto found = wire::commandFrom(asBytes(bytes));
+  if (const auto *problem = std::get_if<wire::CommandProblem>(&found)) refuse(*problem, asBytes(bytes));
+  const auto &command = std::get<wire::Command>(found);
   checkParameters(command);
   return command;
 }
 
-void expectConfirmed(const Command &command, bool isConfirmed) {
+void expectConfirmed(const wire::Command &command, bool isConfirmed) {
   if (isConfirmed) return;
   if (command.code == CommandCode::WriteServoSettingValue) {
-    const QStringList dangers = dangersOf({{command.registerNumber(), wordOf(command)}}, {});
+    const QStringList dangers = dangersOf({{command.registerNumber(), command.word()}}, {});
     if (dangers.isEmpty()) return;
     throw Failure{ExitCode::BadValue,
                   dangers.join(u'\n') + QStringLiteral("\nNothing was sent. Confirm with --yes.")};
@@ -123,17 +125,15 @@ void expectConfirmed(const Command &command, bool isConfirmed) {
                 QStringLiteral("this is the frame to %1. Confirm with --yes.").arg(commandInWords(command))};
 }
 
-void sendCommand(Session &session, const Command &command, bool json) {
-  const QByteArray reply = session.servo.send(command);
+void sendCommand(Session &session, const wire::Command &command, bool json) {
+  const wire::Reply reply = session.servo.send(command);
   session.console.data(json ? QStringLiteral("{\"port\": %1, \"sent\": %2, \"reply\": %3, \"meaning\": %4}\n")
-                                  .arg(jsonText(session.line.name()), jsonText(inHex(command.frame())),
-                                       jsonText(inHex(reply)), jsonText(replyInWords(reply)))
-                            : QStringLiteral("%1  %2\n").arg(inHex(reply), replyInWords(reply)));
-  const bool isReport = static_cast<CommandCode>(byteAt(reply, FrameByte::code)) == CommandCode::ErrorMessage;
-  if (isReport && command.code != CommandCode::ErrorMessage) {
-    throw Failure{exitCodeOf(byteAt(reply, FrameByte::firstParameter)),
-                  QStringLiteral("the bridge answered \"%1\" with: %2.")
-                      .arg(commandInWords(command), replyInWords(reply))};
+                                  .arg(jsonText(session.line.name()), jsonText(inHex(command)),
+                                       jsonText(inHex(reply.frame)), jsonText(replyInWords(reply)))
+                            : QStringLiteral("%1  %2\n").arg(inHex(reply.frame), replyInWords(reply)));
+  if (reply.code() == CommandCode::ErrorMessage && command.code != CommandCode::ErrorMessage) {
+    throw Failure{exitCodeOf(reply.error()), QStringLiteral("the bridge answered \"%1\" with: %2.")
+                                                 .arg(commandInWords(command), replyInWords(reply))};
   }
 }
 

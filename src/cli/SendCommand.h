@@ -1,6 +1,6 @@
 #pragma once
 
-#include "cli/Command.h"
+#include "wire/Frames.h"
 
 #include <QStringList>
 
@@ -10,12 +10,12 @@ struct Session;
 
 /// The command whose frame these hexadecimal bytes are, checked like a command that this program makes
 /// itself: marks, length, code, register and value. Throws a Failure that says what is wrong with it.
-Command commandFromHex(const QStringList &texts);
+wire::Command commandFromHex(const QStringList &texts);
 
 /// Throws a Failure for a reboot or a reset that was not confirmed.
-void expectConfirmed(const Command &command, bool isConfirmed);
+void expectConfirmed(const wire::Command &command, bool isConfirmed);
 
 /// Sends it and prints the reply with what it says. Throws a Failure when the bridge reports an error.
-void sendCommand(Session &session, const Command &command, bool json);
+void sendCommand(Session &session, const wire::Command &command, bool json);
 
 }  // namespace tavril::cli

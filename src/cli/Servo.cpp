@@ -1,7 +1,7 @@
 #include "cli/Servo.h"
 
 #include "cli/FrameWords.h"
-#include "cli/RegisterFacts.h"
+#include "wire/Registers.h"
 
 #include <utility>
 
@@ -9,14 +9,8 @@ namespace tavril::cli {
 
 namespace {
 
-constexpr auto firstData = static_cast<qsizetype>(FrameByte::firstParameter);
-
-int byteAt(const QByteArray &bytes, qsizetype index) {
-  return static_cast<unsigned char>(bytes[index]);
-}
-
-Servo::Count countIn(const QByteArray &reply) {
-  switch (byteAt(reply, firstData)) {
+Servo::Count countIn(const wire::Reply &reply) {
+  switch (reply.servos()) {
     case 0:
       return Servo::Count::None;
     case 1:
@@ -30,11 +24,11 @@ Servo::Count countIn(const QByteArray &reply) {
 
 Servo::Count Servo::detect() {
   if (const auto known = std::exchange(known_, std::nullopt)) return *known;
-  return countIn(conversation_.askSteady(Command::detect()));
+  return countIn(conversation_.askSteady(wire::Command::detect()));
 }
 
 bool Servo::tryToDetect(Line::Time longest) {
-  const auto answer = conversation_.tryOnce(Command::detect(), longest);
+  const auto answer = conversation_.tryOnce(wire::Command::detect(), longest);
   if (answer && !answer->noisy) known_ = countIn(answer->reply);
   return answer.has_value();
 }
@@ -55,16 +49,15 @@ Failure Servo::wrongCount(Count count, const QString &portName) {
   return {ExitCode::NoServo, text.arg(portName)};
 }
 
-int Servo::read(const RegisterRow &row) {
-  const Command command = Command::readRegister(row.number);
+int Servo::read(const wire::Register &row) {
+  const auto command = wire::Command::readRegister(row.number);
   // A live value may well differ from one reading to the next, so two of them prove nothing.
-  const QByteArray reply = row.isSetting() ? conversation_.askSteady(command) : conversation_.ask(command);
-  return registerValue(row, byteAt(reply, firstData + 1), byteAt(reply, firstData + 2));
+  return (row.isSetting() ? conversation_.askSteady(command) : conversation_.ask(command)).value();
 }
 
-Servo::Written Servo::write(const RegisterRow &row, int value) {
+Servo::Written Servo::write(const wire::Register &row, int value) {
   try {
-    conversation_.ask(Command::writeRegister(row.number, value));
+    conversation_.ask(wire::Command::writeRegister(row.number, value));
   } catch (const NoAnswer &) {
     const int held = read(row);
     if (held != value) throw;  // lost on its way, or not kept: there is no telling
@@ -77,12 +70,11 @@ Servo::Written Servo::write(const RegisterRow &row, int value) {
 }
 
 int Servo::position() {
-  const QByteArray reply = conversation_.ask(Command::readPosition());
-  return byteAt(reply, firstData) * 256 + byteAt(reply, firstData + 1);
+  return conversation_.ask(wire::Command::readPosition()).position();
 }
 
 void Servo::move(int position) {
-  conversation_.ask(Command::setPosition(position));
+  conversation_.ask(wire::Command::setPosition(position));
 }
 
 }  // namespace tavril::cli

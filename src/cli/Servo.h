@@ -3,14 +3,14 @@
 #include "cli/Conversation.h"
 #include "cli/Failure.h"
 #include "cli/Line.h"
+#include "wire/Frames.h"
 
-#include <QByteArray>
 #include <QString>
 
 #include <optional>
 
-namespace tavril {
-struct RegisterRow;
+namespace tavril::wire {
+struct Register;
 }
 
 namespace tavril::cli {
@@ -34,7 +34,7 @@ class Servo {
   /// Fails with NoServo unless there is exactly one.
   void expectOne();
 
-  int read(const RegisterRow &row);
+  int read(const wire::Register &row);
   /// What has become of a value that was written.
   struct Written {
     std::optional<int> held;  ///< what the register holds now; nothing when the value was refused
@@ -42,16 +42,16 @@ class Servo {
   };
   /// Writes and reads back. A write without a reply is no failure if the reading shows the value: with some
   /// reply policies the servo does not answer writes.
-  Written write(const RegisterRow &row, int value);
+  Written write(const wire::Register &row, int value);
 
   int position();
   void move(int position);
   /// Nothing promises a reply to this one, so that none is needed.
-  void release() { conversation_.tell({CommandCode::ReleaseServo, {}}); }
-  void reboot() { conversation_.ask({CommandCode::RebootServo, {}}); }
-  void restoreFactorySettings() { conversation_.ask({CommandCode::ResetServo, {}}); }
+  void release() { conversation_.tell({wire::CommandCode::ReleaseServo}); }
+  void reboot() { conversation_.ask({wire::CommandCode::RebootServo}); }
+  void restoreFactorySettings() { conversation_.ask({wire::CommandCode::ResetServo}); }
   /// The reply to any command, which may be an error report.
-  QByteArray send(const Command &command) { return conversation_.askOnce(command); }
+  wire::Reply send(const wire::Command &command) { return conversation_.askOnce(command); }
 
  private:
   Conversation &conversation_;

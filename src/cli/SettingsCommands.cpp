@@ -48,7 +48,7 @@ QString changesText(const std::vector<Change> &changes) {
 QString changesJson(const QString &port, const std::vector<Change> &changes) {
   QStringList rows;
   for (const Change &change : changes) {
-    const RegisterRow &row = *findRegister(change.number);
+    const wire::Register &row = *wire::findRegister(change.number);
     rows.append(QStringLiteral("    %1: {\"from\": %2, \"to\": %3}")
                     .arg(jsonText(keyOf(change.number)),
                          registerJson(row, change.from, settingMeaning(row, change.from)),
@@ -66,7 +66,7 @@ Settings readValues(Session &session, const std::vector<int> &numbers) {
                     static_cast<int>(numbers.size()));
   Settings settings;
   for (const int number : numbers) {
-    settings[number] = session.servo.read(*findRegister(number));
+    settings[number] = session.servo.read(*wire::findRegister(number));
     progress.done(static_cast<int>(settings.size()));
   }
   return settings;
@@ -123,7 +123,7 @@ void makeChanges(Session &session, std::vector<Change> changes, const WriteMode 
 
 void dump(Session &session, const QString &file, bool mayReplace) {
   std::vector<int> numbers;
-  for (const RegisterRow &row : settingRegisters()) numbers.push_back(row.number);
+  for (const wire::Register &row : wire::settingRegisters) numbers.push_back(row.number);
   const QByteArray text = settingsText(readValues(session, numbers));
   if (file == u"-") {
     session.console.data(QString::fromUtf8(text));
@@ -164,7 +164,7 @@ void showDifferences(Console &console, const NamedSettings &one, const NamedSett
   const auto object = [](const Settings &settings, int number) {
     const auto found = settings.find(number);
     if (found == settings.end()) return QStringLiteral("null");
-    const RegisterRow &row = *findRegister(number);
+    const wire::Register &row = *wire::findRegister(number);
     return registerJson(row, found->second, settingMeaning(row, found->second));
   };
   Table table;

@@ -86,10 +86,9 @@ class Checker {
     if (settings.isEmpty()) complain(QStringLiteral("settings"), QStringLiteral("has no settings"));
     for (auto it = settings.begin(); it != settings.end(); ++it) {
       const QString path = QStringLiteral("settings.") + it.key();
-      const RegisterRow *row = registerNamed(it.key());
-      // A file has the keys themselves, as it is made by a program; numbers and other spellings are for
-      // people.
-      if (!row || (row->nameKey != it.key() && it.key() != maxTemperatureForPeople)) {
+      const wire::Register *row = registerNamed(it.key());
+      // A file has the keys themselves, as it is made by a program; numbers and capitals are for people.
+      if (!row || !isKeyOf(*row, it.key())) {
         complain(path, QStringLiteral("is not a setting.") + suggestionFor(it.key()));
       } else if (!row->isSetting()) {
         complain(path, QStringLiteral("is measured by the servo and cannot be set"));
@@ -99,7 +98,7 @@ class Checker {
     }
   }
 
-  void checkSetting(const RegisterRow &row, const QString &path, const QJsonValue &setting) {
+  void checkSetting(const wire::Register &row, const QString &path, const QJsonValue &setting) {
     if (!setting.isObject()) {
       checkValue(row, path, setting);
       return;
@@ -119,7 +118,7 @@ class Checker {
       remark(path + u'.' + unit,
              QStringLiteral("is not \"%1\"; the value is taken as it is").arg(unitOf(row)));
     }
-    const ValueRange known = settingRange(row);
+    const wire::Range known = row.range;
     if (members.contains(range) && members[range] != QJsonValue(QJsonArray{known.minimum, known.maximum})) {
       remark(path + u'.' + range, QStringLiteral("is not [%1, %2]; the value is taken as it is")
                                       .arg(known.minimum)
@@ -127,16 +126,16 @@ class Checker {
     }
   }
 
-  void checkValue(const RegisterRow &row, const QString &path, const QJsonValue &value) {
+  void checkValue(const wire::Register &row, const QString &path, const QJsonValue &value) {
     const std::optional<int> number = integerOf(value);
     if (!number) {
       complain(path, value.isDouble() ? QStringLiteral("must be a whole number")
                                       : QStringLiteral("must be a number"));
       return;
     }
-    const ValueRange range = settingRange(row);
+    const wire::Range range = row.range;
     if (!range.contains(*number)) {
-      complain(path, QStringLiteral("%1 is out of range (%2)").arg(*number).arg(range.text()));
+      complain(path, QStringLiteral("%1 is out of range (%2)").arg(*number).arg(textOf(range)));
       ++ranges_;
       return;
     }
@@ -195,10 +194,10 @@ class Checker {
 QByteArray settingsText(const Settings &settings) {
   QStringList rows;
   for (const auto &[number, value] : settings) {
-    const RegisterRow &row = *findRegister(number);
-    const ValueRange range = settingRange(row);
+    const wire::Register &row = *wire::findRegister(number);
+    const wire::Range range = row.range;
     rows.append(QStringLiteral("    %1: {\"value\": %2, \"unit\": %3, \"range\": [%4, %5]}")
-                    .arg(jsonText(row.nameKey.toString()), QString::number(value), jsonText(unitOf(row)),
+                    .arg(jsonText(keyOf(row)), QString::number(value), jsonText(unitOf(row)),
                          QString::number(range.minimum), QString::number(range.maximum)));
   }
   return QStringLiteral("{\n  \"format\": %1,\n  \"version\": %2,\n  \"settings\": {\n%3\n  }\n}\n")

@@ -1,7 +1,8 @@
 #include "doctor/Examination.h"
 
 #include "doctor/MachineChecks.h"
-#include "protocol/Frames.h"
+#include "platform/Bytes.h"
+#include "wire/Frames.h"
 
 #include <QByteArray>
 
@@ -16,17 +17,6 @@ namespace {
 /// Also a bridge that needs no time is given this: what stood in the line is read and gone before the
 /// question goes out.
 constexpr PortProbe::Time settleTime{50};
-
-/// Whether there is exactly one servo, as it goes over the wire.
-QByteArray question() {
-  QByteArray bytes(static_cast<qsizetype>(commandBufferSize), '\0');
-  bytes[static_cast<qsizetype>(FrameByte::start)] = static_cast<char>(startMark);
-  bytes[static_cast<qsizetype>(FrameByte::length)] =
-      static_cast<char>(frameRow(CommandCode::InitServo).length());
-  bytes[static_cast<qsizetype>(FrameByte::code)] = static_cast<char>(CommandCode::InitServo);
-  bytes[static_cast<qsizetype>(FrameByte::firstParameter)] = static_cast<char>(endMark);
-  return bytes;
-}
 
 }  // namespace
 
@@ -121,9 +111,10 @@ void Examination::ask() {
     asked_ = Asked::Gone;
     return;
   }
+  const QByteArray question = toByteArray(wire::encode(wire::Command::detect()));
   QByteArray received;
   for (int tries = 0; tries <= request_.retries && !isCancelled(); ++tries) {
-    const CallResult sent = probe_.send(question());
+    const CallResult sent = probe_.send(question);
     if (sent.failed()) {
       asked_ = sent.error == EAGAIN ? Asked::NotTaken : Asked::Gone;
       break;

@@ -1,7 +1,7 @@
 #include "editor/About.h"
 
 #include "editor/AboutView.h"
-#include "editor/Style.h"
+#include "look/Style.h"
 #include "platform/Desktop.h"
 #include "platform/ScreenElement.h"
 #include "platform/StringTable.h"
@@ -17,7 +17,7 @@ void About::viewDidLoad() {
   const QString title = desktop_.strings.text(u"about");
   view_.setTitle(title);
   view_.element(u"abouttitle").setText(title);
-  // Meant: "Version" is the same in every language, and what is missing shows as "(null)".
+  // Kept: C70.
   const QString version =
       information_.value(QStringLiteral("CFBundleShortVersionString"), QStringLiteral("(null)"));
   view_.element(u"versionlab").setText(QStringLiteral("Version ") + version);
@@ -25,7 +25,7 @@ void About::viewDidLoad() {
 }
 
 void About::viewWillLayout() {
-  view_.setWindowBackground(Style::aboutGround);
+  view_.setWindowBackground(Style::aboutGround());
 }
 
 }  // namespace tavril

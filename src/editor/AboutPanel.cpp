@@ -1,7 +1,7 @@
 #include "editor/AboutPanel.h"
 
-#include "editor/Style.h"
 #include "editor/WidgetElement.h"
+#include "look/Style.h"
 #include "platform/PlainTitle.h"
 #include "platform/StringTable.h"
 #include "ui_AboutPanel.h"

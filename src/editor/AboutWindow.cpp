@@ -1,12 +1,9 @@
 #include "editor/AboutWindow.h"
 
 #include "editor/AboutPanel.h"
+#include "editor/LicenceWindow.h"
 #include "platform/Desktop.h"
-#include "platform/NotificationCenter.h"
-#include "platform/StringTable.h"
-#include "platform/TextChange.h"
 
-#include <QKeyEvent>
 #include <QSize>
 #include <QString>
 #include <QVBoxLayout>
@@ -23,7 +20,7 @@ constexpr QSize aboutSize(500, 440);
 
 AboutWindow::AboutWindow(const Desktop &desktop, InformationDictionary information,
                          OpenDocuments openDocuments, QWidget *parent)
-    : QWidget(parent, Qt::Window),
+    : SideWindow(desktop.strings, desktop.notifications, parent, Qt::Window),
       desktop_(desktop),
       panel_(new AboutPanel),
       controller_(*panel_, desktop, std::move(information)) {
@@ -36,26 +33,12 @@ AboutWindow::AboutWindow(const Desktop &desktop, InformationDictionary informati
   resize(aboutSize);
   connect(panel_, &AboutPanel::licenceWanted, this, &AboutWindow::openLicence);
   connect(panel_, &AboutPanel::documentsWanted, this, [open = std::move(openDocuments)] { open(); });
-  desktop_.notifications.addObserver(this, QString::fromUtf16(LanguageDidChangeNotification),
-                                     [this](const Notification &) { setTexts(); });
 }
 
-AboutWindow::~AboutWindow() {
-  desktop_.notifications.removeObserver(this);
-}
-
-AboutWindow &AboutWindow::open(QWidget &parent, const Desktop &desktop,
-                               const InformationDictionary &information, const OpenDocuments &openDocuments) {
-  auto *about = parent.findChild<AboutWindow *>(QString(), Qt::FindDirectChildrenOnly);
-  if (!about) {
-    about = new AboutWindow(desktop, information, openDocuments, &parent);
-    about->setAttribute(Qt::WA_DeleteOnClose);
-  }
-  about->setWindowState(about->windowState() & ~Qt::WindowMinimized);
-  about->show();
-  about->raise();
-  about->activateWindow();
-  return *about;
+void AboutWindow::open(QWidget &parent, const Desktop &desktop, const InformationDictionary &information,
+                       const OpenDocuments &openDocuments) {
+  openOnce<AboutWindow>(parent,
+                        [&] { return new AboutWindow(desktop, information, openDocuments, &parent); });
 }
 
 bool AboutWindow::event(QEvent *event) {
@@ -72,29 +55,13 @@ bool AboutWindow::event(QEvent *event) {
   return handled;
 }
 
-void AboutWindow::keyPressEvent(QKeyEvent *event) {
-  if (event->key() == Qt::Key_Escape) {
-    close();
-  } else {
-    QWidget::keyPressEvent(event);
-  }
-}
-
 void AboutWindow::setTexts() {
   controller_.viewDidLoad();
-  panel_->setTexts(desktop_.strings);
-  if (licence_) licence_->setTexts(desktop_.strings);
+  panel_->setTexts(strings_);
 }
 
 void AboutWindow::openLicence() {
-  if (!licence_) {
-    licence_ = new LicenceWindow(this);
-    licence_->setAttribute(Qt::WA_DeleteOnClose);
-    licence_->setTexts(desktop_.strings);
-  }
-  licence_->show();
-  licence_->raise();
-  licence_->activateWindow();
+  openOnce<LicenceWindow>(*this, [this] { return new LicenceWindow(desktop_, this); });
 }
 
 }  // namespace tavril

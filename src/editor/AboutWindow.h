@@ -1,11 +1,9 @@
 #pragma once
 
 #include "editor/About.h"
-#include "editor/LicenceWindow.h"
+#include "look/SideWindow.h"
 
 #include <QEvent>
-#include <QKeyEvent>
-#include <QPointer>
 #include <QWidget>
 
 #include <functional>
@@ -13,10 +11,10 @@
 namespace tavril {
 
 class AboutPanel;
+struct Desktop;
 
-/// A small window of its own that tells what this program is, with the ways to its licence and its documents.
-/// Escape closes it. Main thread only; owns nothing it is given.
-class AboutWindow final : public QWidget {
+/// A small window that tells what this program is, with the ways to its licence and its documents.
+class AboutWindow final : public SideWindow<QWidget> {
   Q_OBJECT
 
  public:
@@ -24,25 +22,22 @@ class AboutWindow final : public QWidget {
 
   AboutWindow(const Desktop &desktop, InformationDictionary information, OpenDocuments openDocuments,
               QWidget *parent = nullptr);
-  ~AboutWindow() override;
 
-  /// Shows the one such window over the parent, which owns it: raises the one that is open, or makes it. It
-  /// goes when it is closed.
-  static AboutWindow &open(QWidget &parent, const Desktop &desktop, const InformationDictionary &information,
-                           const OpenDocuments &openDocuments);
+  /// The one such window over the parent.
+  static void open(QWidget &parent, const Desktop &desktop, const InformationDictionary &information,
+                   const OpenDocuments &openDocuments);
 
  protected:
   bool event(QEvent *event) override;
-  void keyPressEvent(QKeyEvent *event) override;
+
+  void setTexts() override;
 
  private:
-  void setTexts();
   void openLicence();
 
   const Desktop &desktop_;
   AboutPanel *panel_;
   About controller_;
-  QPointer<LicenceWindow> licence_;
 };
 
 }  // namespace tavril

@@ -1,6 +1,6 @@
 #include "editor/ButtonLabel.h"
 
-#include "editor/Style.h"
+#include "look/Style.h"
 
 #include <QKeyEvent>
 #include <QMouseEvent>
@@ -23,7 +23,7 @@ bool isDark(const QColor &colour) {
 
 }  // namespace
 
-ButtonLabel::ButtonLabel(QWidget *parent) : QAbstractButton(parent), textColor_(Style::restText) {
+ButtonLabel::ButtonLabel(QWidget *parent) : QAbstractButton(parent), textColor_(Style::restText()) {
   setFocusPolicy(Qt::TabFocus);  // and a press takes it
   setAttribute(Qt::WA_Hover);
 }
@@ -35,10 +35,10 @@ void ButtonLabel::setTextColor(const QColor &colour) {
 }
 
 QColor ButtonLabel::faceColor() const {
-  if (!isEnabled()) return Style::card;
-  if (isDark(textColor_)) return Style::flashFace;
-  if (strong_) return Style::shown(Style::strongFace);
-  return quiet_ ? Style::card : Style::face;
+  if (!isEnabled()) return Style::card();
+  if (isDark(textColor_)) return Style::flashFace();
+  if (strong_) return Style::strongFace();
+  return quiet_ ? Style::card() : Style::face();
 }
 
 QSize ButtonLabel::sizeHint() const {
@@ -78,17 +78,17 @@ void ButtonLabel::paintEvent(QPaintEvent *) {
   painter.setRenderHint(QPainter::Antialiasing);
   const QRectF frame = QRectF(rect()).adjusted(1, 1, -1, -1);
 
-  QColor edge = strong_ ? Style::shown(Style::strongEdge) : Style::shown(Style::edge);
-  if (quiet_ || !isEnabled()) edge = quiet_ ? Qt::transparent : Style::shown(Style::edge);
-  if (isEnabled() && (underMouse() || isDown())) edge = Style::shown(Style::mutedText);
+  QColor edge = strong_ ? Style::strongEdge() : Style::edge();
+  if (quiet_ || !isEnabled()) edge = quiet_ ? Qt::transparent : Style::edge();
+  if (isEnabled() && (underMouse() || isDown())) edge = Style::mutedText();
   QPen pen(edge, isDown() ? 2 : 1);
   if (!isEnabled()) pen.setStyle(Qt::DashLine);
   painter.setPen(pen);
   painter.setBrush(faceColor());
   painter.drawRoundedRect(frame.adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
 
-  if (hasFocus()) Style::drawFocusRing(painter, rect(), strong_ ? Style::restText : Style::accent);
-  painter.setPen(isEnabled() ? textColor_ : Style::shown(Style::disabledText));
+  if (hasFocus()) Style::drawFocusRing(painter, rect(), strong_ ? Style::restText() : Style::accent());
+  painter.setPen(isEnabled() ? textColor_ : Style::disabledText());
   style()->drawItemText(&painter, rect(), Qt::AlignCenter | Qt::TextSingleLine | Qt::TextShowMnemonic,
                         palette(), isEnabled(), text());
 }

@@ -1,6 +1,6 @@
 #include "editor/ConnectionLine.h"
 
-#include "editor/Style.h"
+#include "look/Style.h"
 
 #include <QColor>
 #include <QPainter>
@@ -15,26 +15,26 @@ namespace {
 constexpr int lampRoom = 44;
 constexpr double lampRadius = 9;
 
-QColor colourOf(ConnectionLine::State state) {
+QColor colourOf(ConnectionState state) {
   switch (state) {
-    case ConnectionLine::State::Connected:
-      return Style::accent;
-    case ConnectionLine::State::Initialising:
-      return Style::warningText;
-    case ConnectionLine::State::NotConnected:
+    case ConnectionState::Connected:
+      return Style::accent();
+    case ConnectionState::Initialising:
+      return Style::warningText();
+    case ConnectionState::NotConnected:
       break;
   }
-  return Style::shown(Style::mutedText);
+  return Style::mutedText();
 }
 
 /// An empty ring, a ring half full, a full disc.
-void drawLamp(QPainter &painter, QPointF centre, ConnectionLine::State state) {
+void drawLamp(QPainter &painter, QPointF centre, ConnectionState state) {
   const QColor colour = colourOf(state);
   const QRectF square(centre.x() - lampRadius, centre.y() - lampRadius, 2 * lampRadius, 2 * lampRadius);
   painter.setPen(Qt::NoPen);
   painter.setBrush(colour);
-  if (state == ConnectionLine::State::Connected) painter.drawEllipse(square);
-  if (state == ConnectionLine::State::Initialising) painter.drawPie(square, 90 * 16, 180 * 16);
+  if (state == ConnectionState::Connected) painter.drawEllipse(square);
+  if (state == ConnectionState::Initialising) painter.drawPie(square, 90 * 16, 180 * 16);
   painter.setPen(QPen(colour, 2.5));
   painter.setBrush(Qt::NoBrush);
   painter.drawEllipse(square);
@@ -46,16 +46,8 @@ ConnectionLine::ConnectionLine(QWidget *parent) : QLabel(parent) {
   setContentsMargins(lampRoom, 4, 8, 4);
 }
 
-void ConnectionLine::setKnownTexts(const QString &notConnected, const QString &connectedBeginning) {
-  notConnected_ = notConnected;
-  connectedBeginning_ = connectedBeginning;
-  update();
-}
-
-ConnectionLine::State ConnectionLine::state() const {
-  if (text().isEmpty() || text() == notConnected_) return State::NotConnected;
-  const bool isConnected = !connectedBeginning_.isEmpty() && text().startsWith(connectedBeginning_);
-  return isConnected ? State::Connected : State::Initialising;
+ConnectionState ConnectionLine::state() const {
+  return followed_ ? *followed_ : ConnectionState::NotConnected;
 }
 
 void ConnectionLine::paintEvent(QPaintEvent *event) {
@@ -63,9 +55,8 @@ void ConnectionLine::paintEvent(QPaintEvent *event) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     const QRectF band = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
-    painter.setPen(
-        QPen(state() == State::NotConnected ? Style::shown(Style::hairline) : colourOf(state()), 1));
-    painter.setBrush(Style::recess);
+    painter.setPen(QPen(state() == ConnectionState::NotConnected ? Style::hairline() : colourOf(state()), 1));
+    painter.setBrush(Style::recess());
     painter.drawRoundedRect(band, 8, 8);
     drawLamp(painter, {lampRoom / 2.0, height() / 2.0}, state());
   }

@@ -12,13 +12,13 @@ namespace tavril {
 
 class DialView;
 
-/// The dial for assistive technologies: a value from 0 to 1023 that can be set, which is then as if it had
-/// been reached with the keys. Qt owns it.
+/// The dial for assistive technologies: a value from 0 to 1023. Setting it has the same effect as the dial's
+/// keys. Qt owns this object.
 class DialAccessible final : public QAccessibleWidget, public QAccessibleValueInterface {
  public:
   explicit DialAccessible(DialView &dial);
 
-  /// For QAccessible::installFactory(): an interface for dials, nothing for all else.
+  /// For QAccessible::installFactory(): an interface for dials, null for other objects.
   static QAccessibleInterface *make(const QString &className, QObject *object);
 
   void *interface_cast(QAccessible::InterfaceType type) override;

@@ -22,7 +22,7 @@ float dialAngle(int position) {
   float angle = travelAngle(position);
   if (angle < 60) {
     angle += 300;
-  } else if (angle > 59) {  // always true here; meant
+  } else if (angle > 59) {  // Kept: C73.
     angle -= 60;
   }
   return angle;

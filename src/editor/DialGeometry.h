@@ -1,26 +1,28 @@
 #pragma once
 
+#include "wire/Range.h"
+
 /// The arithmetic of the dial. Angles are degrees, anticlockwise from the right; the mix of single and double
-/// precision decides results at the borders and is meant as it stands.
+/// precision decides the results at the borders.
 namespace tavril::dial {
 
 inline constexpr double knobRadius = 66;
 inline constexpr double knobSize = 22;
-inline constexpr double unitsPerDegree = 3.41;
-inline constexpr int positionEnd = 1024;  ///< first value that is no position
+inline constexpr double unitsPerDegree = wire::positionsPerDegree;
+inline constexpr int positionEnd = wire::positionRange.maximum + 1;  ///< first value that is no position
 
 double DegreeToRadians(double degrees);
 
-/// Where the knob stands relative to the centre of its travel.
+/// The knob's position relative to the dial's centre.
 struct Offset {
   float a;
   float b;
 };
 Offset knobOffset(float angle_deg);
 
-/// The servo's travel in degrees, before it is turned into the dial's orientation.
+/// A position as degrees of the servo's travel.
 float travelAngle(int position);
-/// The same on the dial: position 0 stands at 300 degrees.
+/// A position as an angle on the dial: position 0 is at 300 degrees.
 float dialAngle(int position);
 
 }  // namespace tavril::dial

@@ -4,8 +4,8 @@
 
 #include <optional>
 
-/// The way from a pointer on the dial to a position. Points are in the design's coordinates: origin at the
-/// lower left of the screen, y upwards, in points. Every step is done in the precision that the types say.
+/// From a pointer on the dial to a position. Points are in the design's coordinates: origin at the lower left
+/// of the screen, y upwards. Each step has the precision of its type.
 namespace tavril::dial {
 
 inline constexpr double centreX = 817;
@@ -17,14 +17,14 @@ bool isSensitive(double x, double y);
 
 enum class Quadrant { None, First, Second, Third, Fourth };
 
-/// Where the pointer stands, seen from the dial's centre.
+/// The direction of the pointer from the dial's centre.
 struct Direction {
   Quadrant quadrant;  ///< none on the two axes
   float angle_deg;    ///< not a number straight above and below the centre, at it, and where rounding says so
 };
 Direction directionOf(double x, double y);
 
-/// What an angle stands for on the dial.
+/// What an angle on the dial means.
 struct Reading {
   Offset knob;
   std::optional<float> exactPosition;  ///< nothing on the dead arc
@@ -34,8 +34,7 @@ struct Reading {
 /// not a number gives 0.
 Reading readingAt(float angle_deg);
 
-/// The angle that stands for this position, 0 to 1023, nearest to where dialAngle() puts it: readingAt()
-/// gives the same position back.
+/// The angle, at or just after dialAngle(), for which readingAt() gives this position, 0 to 1023.
 float angleFor(int position);
 
 /// A coordinate of the knob's centre, without its fraction.

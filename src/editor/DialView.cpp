@@ -2,7 +2,7 @@
 
 #include "editor/DialAccessible.h"
 #include "editor/DialPointer.h"
-#include "editor/Style.h"
+#include "look/Style.h"
 
 #include <QAccessible>
 #include <QAccessibleValueChangeEvent>
@@ -47,8 +47,8 @@ void drawScale(QPainter &painter, QPointF centre) {
   for (int travel = 0; travel <= static_cast<int>(liveArc_deg); travel += tickStep_deg) {
     const bool isMark = std::find(marks_deg.begin(), marks_deg.end(), travel) != marks_deg.end();
     const double angle = zeroAngle_deg + travel;
-    painter.setPen(QPen(isMark ? Style::shown(Style::mutedText) : Style::shown(Style::edge), isMark ? 2 : 1.2,
-                        Qt::SolidLine, Qt::FlatCap));
+    painter.setPen(
+        QPen(isMark ? Style::mutedText() : Style::edge(), isMark ? 2 : 1.2, Qt::SolidLine, Qt::FlatCap));
     painter.drawLine(onRim(centre, tickRadius, angle),
                      onRim(centre, tickRadius + (isMark ? markLength : tickLength), angle));
   }
@@ -66,11 +66,11 @@ void drawFigures(QPainter &painter, QPointF centre, const QString &figures, std:
   QFont font = Style::textFont(24);
   font.setWeight(QFont::DemiBold);
   painter.setFont(font);
-  painter.setPen(position ? Style::shown(Style::text) : Style::shown(Style::mutedText));
+  painter.setPen(position ? Style::text() : Style::mutedText());
   painter.drawText(QRectF(centre.x() - 45, centre.y() - 18, 90, 30), Qt::AlignCenter, figures);
   if (!position) return;
   painter.setFont(Style::textFont(11));
-  painter.setPen(Style::shown(Style::mutedText));
+  painter.setPen(Style::mutedText());
   painter.drawText(QRectF(centre.x() - 45, centre.y() + 12, 90, 18), Qt::AlignCenter,
                    QString::number(qRound(*position / dial::unitsPerDegree)) + QStringLiteral("\u00b0"));
 }
@@ -140,17 +140,18 @@ void DialView::paintEvent(QPaintEvent *) {
   painter.setRenderHint(QPainter::Antialiasing);
   const QPointF centre = QRectF(rect()).center();
 
-  painter.setPen(QPen(Style::shown(Style::hairline), 1));
-  painter.setBrush(Style::recess);
+  painter.setPen(QPen(Style::hairline(), 1));
+  painter.setBrush(Style::recess());
   painter.drawEllipse(centre, faceRadius, faceRadius);
   painter.setBrush(Qt::NoBrush);
   if (hasFocus()) {
-    painter.setPen(QPen(Style::accent, 2));
+    painter.setPen(QPen(Style::accent(), 2));
     painter.drawEllipse(centre, focusRadius, focusRadius);
   }
   drawScale(painter, centre);
-  drawArc(painter, centre, Style::hairline.lighter(125), liveArc_deg);
-  if (position_ && *position_ > 0) drawArc(painter, centre, Style::accent, *position_ / dial::unitsPerDegree);
+  drawArc(painter, centre, Style::arcGround(), liveArc_deg);
+  if (position_ && *position_ > 0)
+    drawArc(painter, centre, Style::accent(), *position_ / dial::unitsPerDegree);
   drawFigures(painter, centre, figures(), position_);
 }
 

@@ -10,9 +10,9 @@
 
 namespace tavril {
 
-/// The dial behind the knob: its scale, the live arc of 300 degrees with the part up to the position filled,
-/// and the position in figures. The centre of the widget is the dial's centre. It takes no pointer events,
-/// but it can have the keyboard's focus, and its keys ask for other positions.
+/// The dial behind the knob: its scale, the live arc of 300 degrees, filled up to the position, and the
+/// position in figures. The centre of the widget is the dial's centre. It takes no pointer events, but it can
+/// have the focus, and its keys request other positions.
 class DialView : public QWidget {
   Q_OBJECT
 
@@ -20,13 +20,13 @@ class DialView : public QWidget {
   explicit DialView(QWidget *parent = nullptr);
 
   std::optional<int> position() const { return position_; }
-  /// 0 to 1023, or nothing as long as no position is known.
+  /// 0 to 1023, or nothing if no position is known.
   void setPosition(std::optional<int> position);
-  /// Where the knob stands: the position, or the top of the dial while none is known.
+  /// The position of the knob. If none is known, the knob is at the top of the dial.
   int knobPosition() const;
   /// The position as text, or a dash.
   QString figures() const;
-  /// Asks for a position; what is beyond an end means the end.
+  /// Requests a position; a number beyond an end means the end.
   void requestPosition(int position);
 
  Q_SIGNALS:

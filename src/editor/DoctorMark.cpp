@@ -1,6 +1,6 @@
 #include "editor/DoctorMark.h"
 
-#include "editor/Style.h"
+#include "look/Style.h"
 
 #include <QColor>
 #include <QPainter>
@@ -43,34 +43,34 @@ void DoctorMark::paintEvent(QPaintEvent *) {
     painter.setPen(QPen(colour, 2.2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
   };
   if (!state_) {
-    pen(isRunning_ ? Style::warningText : Style::shown(Style::mutedText));
+    pen(isRunning_ ? Style::warningText() : Style::mutedText());
     painter.drawEllipse(disc);
     if (isRunning_) {
-      painter.setBrush(Style::warningText);
+      painter.setBrush(Style::warningText());
       painter.drawPie(disc, 90 * 16, 180 * 16);
     }
     return;
   }
   switch (*state_) {
     case doctor::State::Passed:
-      pen(Style::accent);
+      pen(Style::accent());
       painter.drawPolyline(QPolygonF{{-6, 0}, {-2, 5}, {7, -5}});
       break;
     case doctor::State::Warning:
-      pen(Style::warningText);
+      pen(Style::warningText());
       painter.drawPolygon(QPolygonF{{0, -8}, {8.5, 7}, {-8.5, 7}});
       painter.drawLine(QPointF(0, -2), QPointF(0, 2));
       break;
     case doctor::State::Failed:
-      pen(Style::warningText);
-      painter.setBrush(Style::warningText);
+      pen(Style::warningText());
+      painter.setBrush(Style::warningText());
       painter.drawEllipse(disc);
-      pen(Style::card);
+      pen(Style::card());
       painter.drawLine(QPointF(-3.5, -3.5), QPointF(3.5, 3.5));
       painter.drawLine(QPointF(-3.5, 3.5), QPointF(3.5, -3.5));
       break;
     case doctor::State::Skipped:
-      pen(Style::shown(Style::mutedText));
+      pen(Style::mutedText());
       painter.drawLine(QPointF(-5, 0), QPointF(5, 0));
       break;
   }

@@ -2,7 +2,7 @@
 
 #include "doctor/ResultTexts.h"
 #include "editor/DoctorMark.h"
-#include "editor/Style.h"
+#include "look/Style.h"
 #include "platform/PlainTitle.h"
 #include "platform/StringTable.h"
 
@@ -110,7 +110,7 @@ void DoctorRow::setTexts(const StringTable &strings) {
   command_->setText(command);
   remedy_->setVisible(!command.isEmpty());
   copy_->setText(plainTitle(strings.text(u"doctor_copy")));
-  // Several buttons of one text have to be told apart by ear.
+  // A screen reader reads only the name, and several buttons have the same text.
   copy_->setAccessibleName(QStringLiteral("%1: %2").arg(strings.text(u"doctor_copy"), command));
   setAccessibleName(QStringLiteral("%1: %2").arg(title_->text(), state));
   setAccessibleDescription(texts.finding);

@@ -2,12 +2,10 @@
 
 #include "app/AppDelegate.h"
 #include "editor/DoctorRow.h"
-#include "editor/Style.h"
+#include "look/Style.h"
 #include "platform/Desktop.h"
-#include "platform/NotificationCenter.h"
 #include "platform/PlainTitle.h"
 #include "platform/StringTable.h"
-#include "platform/TextChange.h"
 
 #include <QAbstractSlider>
 #include <QFrame>
@@ -51,7 +49,7 @@ QPushButton *button(const char *name, QWidget *parent) {
 
 DoctorWindow::DoctorWindow(const Desktop &desktop, const doctor::Surroundings &surroundings,
                            Background &background, MakeRequest makeRequest, QWidget *parent)
-    : QWidget(parent, Qt::Window),
+    : SideWindow(desktop.strings, desktop.notifications, parent, Qt::Window),
       desktop_(desktop),
       surroundings_(surroundings),
       background_(background),
@@ -65,31 +63,17 @@ DoctorWindow::DoctorWindow(const Desktop &desktop, const doctor::Surroundings &s
   build();
   connect(again_, &QPushButton::clicked, this, &DoctorWindow::begin);
   connect(close_, &QPushButton::clicked, this, &QWidget::close);
-  desktop_.notifications.addObserver(this, QString::fromUtf16(LanguageDidChangeNotification),
-                                     [this](const Notification &) { setTexts(); });
   begin();
 }
 
-DoctorWindow::~DoctorWindow() {
-  desktop_.notifications.removeObserver(this);
-}
-
-DoctorWindow &DoctorWindow::open(QWidget &parent, const Desktop &desktop,
-                                 const doctor::Surroundings &surroundings, Background &background,
-                                 const MakeRequest &makeRequest) {
-  auto *window = parent.findChild<DoctorWindow *>(QString(), Qt::FindDirectChildrenOnly);
-  if (window) {
-    if (!window->isAtWork()) window->begin();
-  } else {
-    window = new DoctorWindow(desktop, surroundings, background, makeRequest, &parent);
-    window->setAttribute(Qt::WA_DeleteOnClose);
-    window->resize(doctorSize.boundedTo(parent.screen()->availableSize()));
-  }
-  window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
-  window->show();
-  window->raise();
-  window->activateWindow();
-  return *window;
+void DoctorWindow::open(QWidget &parent, const Desktop &desktop, const doctor::Surroundings &surroundings,
+                        Background &background, const MakeRequest &makeRequest) {
+  auto *window = openOnce<DoctorWindow>(parent, [&] {
+    auto *made = new DoctorWindow(desktop, surroundings, background, makeRequest, &parent);
+    made->resize(doctorSize.boundedTo(parent.screen()->availableSize()));
+    return made;
+  });
+  if (!window->isAtWork()) window->begin();
 }
 
 doctor::Request DoctorWindow::requestFor(const AppDelegate &link, std::chrono::milliseconds bootWait) {
@@ -103,7 +87,7 @@ doctor::Request DoctorWindow::requestFor(const AppDelegate &link, std::chrono::m
 
 void DoctorWindow::build() {
   QPalette colours = palette();
-  colours.setColor(QPalette::Window, Style::card);
+  colours.setColor(QPalette::Window, Style::card());
   setPalette(colours);
   setAutoFillBackground(true);
 
@@ -149,11 +133,11 @@ void DoctorWindow::begin() {
       std::make_unique<doctor::Consultation>(surroundings_, makeRequest_(), background_, desktop_.mainQueue,
                                              doctor::Listener{[this](doctor::CheckId check) {
                                                                 row(check).setRunning();
-                                                                row(check).setTexts(desktop_.strings);
+                                                                row(check).setTexts(strings_);
                                                               },
                                                               [this](const doctor::Result &result) {
                                                                 row(result.check).setResult(result);
-                                                                row(result.check).setTexts(desktop_.strings);
+                                                                row(result.check).setTexts(strings_);
                                                               }},
                                              [this] {
                                                isDone_ = true;
@@ -177,11 +161,11 @@ void DoctorWindow::stop() {
 }
 
 void DoctorWindow::setTexts() {
-  setWindowTitle(desktop_.strings.text(u"connection_doctor"));
-  intro_->setText(desktop_.strings.text(u"doctor_intro"));
-  again_->setText(plainTitle(desktop_.strings.text(u"doctor_again")));
-  close_->setText(plainTitle(desktop_.strings.text(u"close")));
-  for (const auto &[check, shown] : rows_) shown->setTexts(desktop_.strings);
+  setWindowTitle(strings_.text(u"connection_doctor"));
+  intro_->setText(strings_.text(u"doctor_intro"));
+  again_->setText(plainTitle(strings_.text(u"doctor_again")));
+  close_->setText(plainTitle(strings_.text(u"close")));
+  for (const auto &[check, shown] : rows_) shown->setTexts(strings_);
   showOutcome();
 }
 
@@ -189,8 +173,7 @@ void DoctorWindow::showOutcome() {
   const bool isHealthy = std::ranges::none_of(rows_, [](const auto &entry) {
     return entry.second->result() && entry.second->result()->state == doctor::State::Failed;
   });
-  outcome_->setText(isDone_ ? desktop_.strings.text(isHealthy ? u"doctor_all_well" : u"doctor_trouble")
-                            : QString());
+  outcome_->setText(isDone_ ? strings_.text(isHealthy ? u"doctor_all_well" : u"doctor_trouble") : QString());
 }
 
 bool DoctorWindow::eventFilter(QObject *watched, QEvent *event) {
@@ -205,9 +188,6 @@ bool DoctorWindow::eventFilter(QObject *watched, QEvent *event) {
 void DoctorWindow::keyPressEvent(QKeyEvent *event) {
   QScrollBar *bar = scroll_->verticalScrollBar();
   switch (event->key()) {
-    case Qt::Key_Escape:
-      close();
-      break;
     case Qt::Key_PageDown:
       bar->triggerAction(QAbstractSlider::SliderPageStepAdd);
       break;
@@ -215,7 +195,7 @@ void DoctorWindow::keyPressEvent(QKeyEvent *event) {
       bar->triggerAction(QAbstractSlider::SliderPageStepSub);
       break;
     default:
-      QWidget::keyPressEvent(event);
+      SideWindow::keyPressEvent(event);
   }
 }
 

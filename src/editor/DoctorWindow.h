@@ -1,6 +1,7 @@
 #pragma once
 
 #include "doctor/Consultation.h"
+#include "look/SideWindow.h"
 
 #include <QEvent>
 #include <QKeyEvent>
@@ -24,8 +25,8 @@ class DoctorRow;
 struct Desktop;
 
 /// A window with all checks from the plug to the servo, which fills in as they are made. Begins when it is
-/// opened; the user may have it begin again. Escape closes it. Main thread only.
-class DoctorWindow final : public QWidget {
+/// opened; the user may have it begin again.
+class DoctorWindow final : public SideWindow<QWidget> {
   Q_OBJECT
 
  public:
@@ -34,11 +35,10 @@ class DoctorWindow final : public QWidget {
 
   DoctorWindow(const Desktop &desktop, const doctor::Surroundings &surroundings, Background &background,
                MakeRequest makeRequest, QWidget *parent = nullptr);
-  ~DoctorWindow() override;
 
-  /// Opens the window, or brings it to the front and begins again; it lives until it is closed.
-  static DoctorWindow &open(QWidget &parent, const Desktop &desktop, const doctor::Surroundings &surroundings,
-                            Background &background, const MakeRequest &makeRequest);
+  /// The one such window over the parent. It begins again, unless it is at work.
+  static void open(QWidget &parent, const Desktop &desktop, const doctor::Surroundings &surroundings,
+                   Background &background, const MakeRequest &makeRequest);
   /// What to examine in the editor: the port that the link has open, or would open.
   static doctor::Request requestFor(const AppDelegate &link, std::chrono::milliseconds bootWait);
 
@@ -47,6 +47,7 @@ class DoctorWindow final : public QWidget {
   void stop();
 
  protected:
+  void setTexts() override;
   void keyPressEvent(QKeyEvent *event) override;
   /// Keeps the list as high as its texts need in the width that there is.
   bool eventFilter(QObject *watched, QEvent *event) override;
@@ -54,7 +55,6 @@ class DoctorWindow final : public QWidget {
  private:
   bool isAtWork() const;
   void build();
-  void setTexts();
   void showOutcome();
   DoctorRow &row(doctor::CheckId check) { return *rows_.at(check); }
 

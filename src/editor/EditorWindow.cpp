@@ -1,32 +1,27 @@
 #include "editor/EditorWindow.h"
 
 #include "app/LanguageChoice.h"
-#include "editor/ButtonLabel.h"
 #include "editor/EntryField.h"
-#include "editor/LanguageMenu.h"
 #include "editor/MainScreen.h"
 #include "editor/MsgPanel.h"
 #include "editor/PanelBackdrop.h"
 #include "editor/ScreenCoordinates.h"
 #include "editor/ScreenPointer.h"
 #include "editor/ScreenScroller.h"
-#include "editor/Style.h"
 #include "editor/ValueField.h"
 #include "editor/WaitPanel.h"
+#include "look/Style.h"
 #include "platform/Desktop.h"
+#include "platform/Languages.h"
 #include "platform/MainQueue.h"
 #include "platform/NotificationCenter.h"
-#include "platform/PlainTitle.h"
 #include "platform/StringTable.h"
-#include "platform/TextChange.h"
 #include "protocol/RegisterCatalogue.h"
 #include "protocol/SharedState.h"
 
 #include <QAbstractButton>
-#include <QAction>
 #include <QCloseEvent>
-#include <QKeySequence>
-#include <QMenu>
+#include <QList>
 #include <QMenuBar>
 #include <QObject>
 #include <QPointF>
@@ -35,21 +30,20 @@
 #include <QWidget>
 #include <QWindow>
 
-#include <any>
 #include <utility>
 
 namespace tavril {
 
 namespace {
 
-/// Connects all push labels and buttons below the panel to one action that is told the identifier.
+/// Connects the push labels and buttons of a screen or panel to one action that is told the identifier.
 template <typename Action>
-void connectButtons(QWidget &panel, Action action) {
-  const auto buttons = panel.findChildren<QAbstractButton *>();
+void connectButtons(const QList<QAbstractButton *> &buttons, QObject *context, Action action) {
   for (QAbstractButton *button : buttons) {
     const QString identifier = button->property("identifier").toString();
     if (identifier.isEmpty()) continue;
-    QObject::connect(button, &QAbstractButton::clicked, &panel, [action, identifier] { action(identifier); });
+    QObject::connect(button, &QAbstractButton::clicked, context,
+                     [action, identifier] { action(identifier); });
   }
 }
 
@@ -57,16 +51,13 @@ void connectButtons(QWidget &panel, Action action) {
 
 EditorWindow::EditorWindow(SharedState &state, AppDelegate &appdelegate, const Desktop &desktop,
                            Actions actions)
-    : appdelegate_(appdelegate), desktop_(desktop), actions_(std::move(actions)) {
+    : desktop_(desktop), actions_(std::move(actions)) {
   buildScreen(state, appdelegate);
-  buildMenus(appdelegate);
+  menu_ = std::make_unique<MainMenu>(*menuBar(), actions_, appdelegate, actions_.language, desktop_.strings);
   wireScreen();
   windowController_->windowDidLoad();
-  desktop_.notifications.addObserver(
-      this, QString::fromUtf16(LanguageDidChangeNotification), [this](const Notification &notification) {
-        const std::any change = notification.userInfo.value(QString::fromUtf16(textChangeKey));
-        if (const auto *texts = std::any_cast<TextChange>(&change)) languageDidChange(*texts);
-      });
+  desktop_.notifications.addObserver(this, QString::fromUtf16(LanguageDidChangeNotification),
+                                     [this](const Notification &) { languageDidChange(); });
 }
 
 EditorWindow::~EditorWindow() {
@@ -85,6 +76,7 @@ void EditorWindow::buildScreen(SharedState &state, AppDelegate &appdelegate) {
 
   msgPanel_ = new MsgPanel;
   waitPanel_ = new WaitPanel;
+  screen_->findChild<ConnectionLine *>(QStringLiteral("ConnectStatus"))->follow(state.connection);
   screen_->findChild<PanelBackdrop *>(QStringLiteral("ContrainerView_MsgView"))->setPanel(msgPanel_);
   auto *waitBackdrop = screen_->findChild<PanelBackdrop *>(QStringLiteral("ContrainerView_WaitView"));
   waitBackdrop->setPanel(waitPanel_);
@@ -103,79 +95,6 @@ void EditorWindow::buildScreen(SharedState &state, AppDelegate &appdelegate) {
   waiting_->viewDidLoad();
 }
 
-void EditorWindow::buildMenus(AppDelegate &appdelegate) {
-  const auto add = [](QMenu &menu, const QKeySequence &keys, std::function<void()> act) {
-    QAction *action = menu.addAction(QString());
-    action->setShortcut(keys);
-    QObject::connect(action, &QAction::triggered, &menu, [act = std::move(act)] {
-      if (act) act();
-    });
-    return action;
-  };
-  QMenu *tavril = menuBar()->addMenu(QString());
-  QAction *about = add(*tavril, QKeySequence(), actions_.about);
-  about->setMenuRole(QAction::AboutRole);
-  about->setVisible(actions_.about != nullptr);
-  if (actions_.language) addLanguageMenu(*tavril);
-  QAction *quit = add(*tavril, QKeySequence(Qt::CTRL | Qt::Key_Q), actions_.quit);
-  quit->setMenuRole(QAction::QuitRole);
-
-  QMenu *config = menuBar()->addMenu(QString());
-  QAction *port = add(*config, QKeySequence(Qt::CTRL | Qt::Key_P), actions_.openPortSetting);
-  QAction *detect =
-      add(*config, QKeySequence(Qt::CTRL | Qt::Key_D), [&appdelegate] { appdelegate.DetectionMotro(); });
-
-  QAction *doctor = add(*config, QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_D), actions_.openDoctor);
-
-  QMenu *tool = menuBar()->addMenu(QString());
-  QAction *reboot = add(*tool, QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_R),
-                        [&appdelegate] { appdelegate.RebootServo(); });
-  QAction *reset = add(*tool, QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Delete),
-                       [&appdelegate] { appdelegate.ResetServo(); });
-  tool->addSeparator();
-  converter_ = add(*tool, QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S), actions_.openConverter);
-  tables_ = add(*tool, QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_T), actions_.openTables);
-  setToolTexts();
-
-  QMenu *help = menuBar()->addMenu(QString());
-  QAction *guide = add(*help, QKeySequence(Qt::Key_F1), actions_.userGuide);
-
-  outlets_.tavril = item(tavril->menuAction());
-  outlets_.abouttavril = item(about);
-  outlets_.quittavril = item(quit);
-  outlets_.tool = item(tool->menuAction());
-  outlets_.rebootservo = item(reboot);
-  outlets_.resetservo = item(reset);
-  outlets_.config = item(config->menuAction());
-  outlets_.port = item(port);
-  outlets_.detectionmotor = item(detect);
-  outlets_.doctor = item(doctor);
-  outlets_.help = item(help->menuAction());
-  outlets_.userguide = item(guide);
-}
-
-void EditorWindow::setToolTexts() {
-  converter_->setText(plainTitle(desktop_.strings.text(u"strings_converter")));
-  tables_->setText(plainTitle(desktop_.strings.text(u"string_tables")));
-}
-
-void EditorWindow::addLanguageMenu(QMenu &tavril) {
-  QMenu *menu = tavril.addMenu(QString());
-  tavril.addSeparator();
-  languageMenu_ = new LanguageMenu(*menu, *actions_.language);
-  outlets_.language = item(menu->menuAction());
-  outlets_.systemlanguage = item(languageMenu_->systemAction());
-}
-
-ScreenElement *EditorWindow::item(QAction *action) {
-  items_.push_back(std::make_unique<ActionElement>(action));
-  return items_.back().get();
-}
-
-MenuOutlets EditorWindow::menuOutlets() {
-  return outlets_;
-}
-
 void EditorWindow::fitInto(const QSize &available) {
   const int menuHeight = menuBar()->sizeHint().height();
   resize(QSize(ScreenCoordinates::width, ScreenCoordinates::height + menuHeight).boundedTo(available));
@@ -187,16 +106,14 @@ void EditorWindow::setTexts() {
   waitPanel_->setTexts(desktop_.strings);
 }
 
-void EditorWindow::languageDidChange(const TextChange &change) {
+void EditorWindow::languageDidChange() {
   // First of all, for the texts are laid out in their faces.
   if (actions_.language) Style::setLanguage(actions_.language->language());
   setTexts();
   message_->setTexts();
   waiting_->setTexts();
-  controller_->languageDidChange(change);
-  appdelegate_.setMenuTitles(outlets_);
-  setToolTexts();
-  if (languageMenu_) languageMenu_->mark();
+  controller_->languageDidChange();
+  menu_->setTexts();
 }
 
 void EditorWindow::wireScreen() {
@@ -221,18 +138,17 @@ void EditorWindow::wireScreen() {
   connect(&pointer, &ScreenPointer::moved, this, [this](QPointF at) { controller_->mouseMoved(at); });
   connect(screen_, &MainScreen::positionRequested, this, [this](int to) { controller_->dragTo(to); });
 
-  for (const char *name : {"relax", "capture", "motor_set", "read", "detail_set"}) {
-    auto *button = screen_->findChild<ButtonLabel *>(QString::fromLatin1(name));
-    connect(button, &ButtonLabel::clicked, this,
-            [this, button] { controller_->LabelTouchEvent(button->property("identifier").toString()); });
-  }
+  connectButtons(screen_->findChildren<QAbstractButton *>(QString(), Qt::FindDirectChildrenOnly), this,
+                 [this](const QString &identifier) { controller_->LabelTouchEvent(identifier); });
   // The one thing that can be used from the start, so that the keyboard has a place to begin from.
   angle->setFocus(Qt::OtherFocusReason);
-  connectButtons(*msgPanel_, [this](const QString &identifier) { message_->MsgButton(identifier); });
+  connectButtons(msgPanel_->findChildren<QAbstractButton *>(), this,
+                 [this](const QString &identifier) { message_->MsgButton(identifier); });
   connect(waitPanel_, &WaitPanel::doctorWanted, this, [this] {
     if (actions_.openDoctor) actions_.openDoctor();
   });
-  connectButtons(*waitPanel_, [this](const QString &identifier) { waiting_->WaitButton(identifier); });
+  connectButtons(waitPanel_->findChildren<QAbstractButton *>(), this,
+                 [this](const QString &identifier) { waiting_->WaitButton(identifier); });
 }
 
 void EditorWindow::showEvent(QShowEvent *event) {

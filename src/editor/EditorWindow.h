@@ -1,7 +1,6 @@
 #pragma once
 
-#include "app/AppDelegate.h"
-#include "editor/ActionElement.h"
+#include "editor/MainMenu.h"
 #include "editor/MsgMain.h"
 #include "editor/ViewController.h"
 #include "editor/WaitMain.h"
@@ -18,18 +17,12 @@
 
 #include <functional>
 #include <memory>
-#include <vector>
-
-class QAction;
-class QMenu;
 
 namespace tavril {
 
 class LanguageChoice;
-class LanguageMenu;
 class MainScreen;
 class MsgPanel;
-class TextChange;
 class WaitPanel;
 
 /// The main window: the screen with its two panels, their controllers, and the menus. On a desktop that is
@@ -38,15 +31,8 @@ class EditorWindow final : public QMainWindow {
   Q_OBJECT
 
  public:
-  /// What the menus do beside asking the screen for an action.
-  struct Actions {
-    std::function<void()> openPortSetting;
-    std::function<void()> openDoctor;
-    std::function<void()> quit;
-    std::function<void()> about;
-    std::function<void()> openConverter;
-    std::function<void()> openTables;
-    std::function<void()> userGuide;
+  /// What the window has others do.
+  struct Actions : MenuActions {
     std::function<void()> seen;  ///< once, when the window can first be seen
     WindowsCtrl::EndProcess endProcess;
     LanguageChoice *language =
@@ -56,8 +42,7 @@ class EditorWindow final : public QMainWindow {
   EditorWindow(SharedState &state, AppDelegate &appdelegate, const Desktop &desktop, Actions actions);
   ~EditorWindow() override;
 
-  /// The items whose titles the application looks up when it has launched.
-  MenuOutlets menuOutlets();
+  MenuOutlets menuOutlets() const { return menu_->outlets(); }
   /// Makes the window as large as its screen needs, or as the desktop has room for. Once the menus have their
   /// titles.
   void fitInto(const QSize &available);
@@ -72,15 +57,10 @@ class EditorWindow final : public QMainWindow {
 
  private:
   void buildScreen(SharedState &state, AppDelegate &appdelegate);
-  void buildMenus(AppDelegate &appdelegate);
-  void setToolTexts();
   void wireScreen();
-  void addLanguageMenu(QMenu &tavril);
-  ScreenElement *item(QAction *action);
   void setTexts();
-  void languageDidChange(const TextChange &change);
+  void languageDidChange();
 
-  AppDelegate &appdelegate_;
   const Desktop &desktop_;
   Actions actions_;
   MainScreen *screen_ = nullptr;
@@ -93,11 +73,7 @@ class EditorWindow final : public QMainWindow {
   std::unique_ptr<MsgMain> message_;
   std::unique_ptr<WaitMain> waiting_;
   std::unique_ptr<WindowsCtrl> windowController_;
-  std::vector<std::unique_ptr<ActionElement>> items_;
-  MenuOutlets outlets_;
-  QAction *converter_ = nullptr;
-  QAction *tables_ = nullptr;
-  LanguageMenu *languageMenu_ = nullptr;
+  std::unique_ptr<MainMenu> menu_;
 };
 
 }  // namespace tavril

@@ -1,6 +1,6 @@
 #include "editor/FrameField.h"
 
-#include "editor/Style.h"
+#include "look/Style.h"
 
 #include <QMouseEvent>
 #include <QPainter>

@@ -1,13 +1,11 @@
 #include "editor/GuideWindow.h"
 
 #include "platform/Desktop.h"
+#include "platform/Languages.h"
 #include "platform/ModalAlert.h"
-#include "platform/NotificationCenter.h"
 #include "platform/StringTable.h"
-#include "platform/TextChange.h"
 
 #include <QFileInfo>
-#include <QKeyEvent>
 #include <QSize>
 #include <QUrl>
 #include <QVBoxLayout>
@@ -29,7 +27,8 @@ QString guideIn(const QString &folder) {
 
 GuideWindow::GuideWindow(const Desktop &desktop, const QString &guide, GuideBrowser::OpenOutside openOutside,
                          QWidget *parent)
-    : QWidget(parent, Qt::Window), desktop_(desktop), browser_(new GuideBrowser(std::move(openOutside))) {
+    : SideWindow(desktop.strings, desktop.notifications, parent, Qt::Window),
+      browser_(new GuideBrowser(std::move(openOutside))) {
   setObjectName(QStringLiteral("GuideWindow"));
   browser_->setObjectName(QStringLiteral("guide"));
   auto *whole = new QVBoxLayout(this);
@@ -37,48 +36,25 @@ GuideWindow::GuideWindow(const Desktop &desktop, const QString &guide, GuideBrow
   resize(guideSize);
   setTexts();
   browser_->open(QUrl::fromLocalFile(guide));
-  desktop_.notifications.addObserver(this, QString::fromUtf16(LanguageDidChangeNotification),
-                                     [this](const Notification &) { setTexts(); });
 }
 
-GuideWindow::~GuideWindow() {
-  desktop_.notifications.removeObserver(this);
-}
-
-GuideWindow *GuideWindow::open(QWidget &parent, const Desktop &desktop, const QStringList &folders,
-                               const GuideBrowser::OpenOutside &openOutside) {
-  auto *window = parent.findChild<GuideWindow *>(QString(), Qt::FindDirectChildrenOnly);
-  if (!window) {
+void GuideWindow::open(QWidget &parent, const Desktop &desktop, const QStringList &folders,
+                       const GuideBrowser::OpenOutside &openOutside) {
+  openOnce<GuideWindow>(parent, [&]() -> GuideWindow * {
     const auto found = std::ranges::find_if(
         folders, [](const QString &folder) { return QFileInfo(guideIn(folder)).isFile(); });
-    if (found == folders.end()) {
-      const QString text = desktop.strings.text(u"documents_not_opened");
-      desktop.alert.run({desktop.strings.text(u"Error"),
-                         QString(text).replace(QStringLiteral("%@"), folders.value(0)),
-                         {desktop.strings.text(u"OK")}});
-      return nullptr;
-    }
-    window = new GuideWindow(desktop, guideIn(*found), openOutside, &parent);
-    window->setAttribute(Qt::WA_DeleteOnClose);
-  }
-  window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
-  window->show();
-  window->raise();
-  window->activateWindow();
-  return window;
-}
-
-void GuideWindow::keyPressEvent(QKeyEvent *event) {
-  if (event->key() == Qt::Key_Escape) {
-    close();
-  } else {
-    QWidget::keyPressEvent(event);
-  }
+    if (found != folders.end()) return new GuideWindow(desktop, guideIn(*found), openOutside, &parent);
+    const QString text = desktop.strings.text(u"documents_not_opened");
+    desktop.alert.run({desktop.strings.text(u"Error"),
+                       QString(text).replace(QStringLiteral("%@"), folders.value(0)),
+                       {desktop.strings.text(u"OK")}});
+    return nullptr;
+  });
 }
 
 void GuideWindow::setTexts() {
-  setWindowTitle(desktop_.strings.text(u"user_guide"));
-  browser_->setAccessibleName(desktop_.strings.text(u"user_guide"));
+  setWindowTitle(strings_.text(u"user_guide"));
+  browser_->setAccessibleName(strings_.text(u"user_guide"));
 }
 
 }  // namespace tavril

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/KeyedText.h"
+
 #include <QPointF>
 #include <QString>
 #include <QStringView>
@@ -8,8 +10,8 @@ namespace tavril {
 
 class EditorView;
 class StringTable;
-class TextChange;
 struct Desktop;
+struct RegisterRow;
 struct SharedState;
 
 /// Explains the row of the parameter list that the pointer has come to, or the keyboard's focus. A notice
@@ -24,17 +26,15 @@ class HoverNotices {
   void mouseMoved(QPointF location);
   /// The field of the row whose notice has this key has got the focus.
   void focusCame(QStringView noticeKey);
-  /// The notice that stays is from now on the one of the other language.
-  void languageDidChange(const TextChange &change);
 
  private:
-  void take(QStringView noticeKey, QStringView entryKey);
+  void take(const RegisterRow &row);
   void show();
 
   SharedState &state_;
   EditorView &view_;
   const StringTable &strings_;
-  QString str;  ///< the notice shown last
+  KeyedText str;  ///< the notice shown last
 };
 
 }  // namespace tavril

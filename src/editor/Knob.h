@@ -6,13 +6,12 @@ namespace tavril {
 
 class EditorView;
 
-/// The dot on the dial. Every placement is relative to where it stood when the screen loaded. Main thread
-/// only.
+/// The dot on the dial. It is placed relative to where it was when the screen loaded.
 class Knob {
  public:
   explicit Knob(EditorView &view) : view_(view) {}
 
-  /// Takes the centre of the knob's travel from where it stands now.
+  /// Computes the dial's centre from where the knob is now.
   void takeCentre();
   /// Places the knob for a position and gives the offset from the centre.
   dial::Offset showPosition(int position);

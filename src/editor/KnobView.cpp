@@ -1,6 +1,6 @@
 #include "editor/KnobView.h"
 
-#include "editor/Style.h"
+#include "look/Style.h"
 
 #include <QColor>
 #include <QPainter>
@@ -50,19 +50,19 @@ void KnobView::paintEvent(QPaintEvent *) {
   const QPointF centre = frame().center() - pos();
   const double radius = qMin(frame().width(), frame().height()) / 2.0;
 
-  QColor face = isKnown_ ? Style::shown(Style::text) : Style::shown(Style::edge);
-  if (isHovered_) face = isKnown_ ? Style::restText : Style::shown(Style::disabledText);
-  if (isPressed_) face = Style::flashFace;
-  painter.setPen(QPen(isFocused_ ? Style::accent : Style::well, 2));
+  QColor face = isKnown_ ? Style::text() : Style::edge();
+  if (isHovered_) face = isKnown_ ? Style::restText() : Style::disabledText();
+  if (isPressed_) face = Style::flashFace();
+  painter.setPen(QPen(isFocused_ ? Style::accent() : Style::well(), 2));
   painter.setBrush(face);
   painter.drawEllipse(centre, radius - 1, radius - 1);
   if (isFocused_) {
     // A dark ring sets the face apart from the ring of the focus.
-    painter.setPen(QPen(Style::well, 1.5));
+    painter.setPen(QPen(Style::well(), 1.5));
     painter.drawEllipse(centre, radius - 2.75, radius - 2.75);
   }
   painter.setPen(Qt::NoPen);
-  painter.setBrush(isKnown_ || isPressed_ ? Style::shown(Style::strongFace) : Style::recess);
+  painter.setBrush(isKnown_ || isPressed_ ? Style::strongFace() : Style::recess());
   const double middle = isPressed_ ? 5 : 4;
   painter.drawEllipse(centre, middle, middle);
 }

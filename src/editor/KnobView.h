@@ -6,22 +6,22 @@
 
 namespace tavril {
 
-/// The knob that travels round the dial. It takes no pointer events: the screen below knows what to do.
+/// The knob on the dial. It takes no pointer events; the screen below it handles them.
 class KnobView : public QWidget {
   Q_OBJECT
 
  public:
   explicit KnobView(QWidget *parent = nullptr);
 
-  /// Where it is drawn, in the parent's coordinates, between whole points as well. The widget is the smallest
-  /// one round it.
+  /// Where it is drawn, in the parent's coordinates, with fractions. The widget is the smallest rectangle of
+  /// whole points around it.
   QRectF frame() const;
   void setFrame(const QRectF &frame);
-  /// Pale as long as no position is known.
+  /// The knob is pale if no position is known.
   void setKnown(bool isKnown);
-  /// Brighter while the pointer could take it, and filled while it follows the pointer.
+  /// The knob is brighter while the pointer is on the dial, and filled while it follows the pointer.
   void setPointer(bool isHovered, bool isPressed);
-  /// Ringed while the dial has the keyboard's focus.
+  /// The knob has a ring while the dial has the focus.
   void setFocused(bool isFocused);
 
  protected:

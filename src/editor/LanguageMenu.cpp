@@ -1,8 +1,9 @@
 #include "editor/LanguageMenu.h"
 
 #include "app/LanguageChoice.h"
-#include "editor/Style.h"
+#include "look/Style.h"
 #include "platform/PlainTitle.h"
+#include "platform/StringTable.h"
 
 #include <QAction>
 #include <QActionGroup>
@@ -32,9 +33,14 @@ LanguageMenu::LanguageMenu(QMenu &menu, LanguageChoice &choice)
     });
   }
   connect(&menu, &QMenu::aboutToShow, this, &LanguageMenu::mark);
+}
+
+void LanguageMenu::setTexts(const StringTable &strings) {
+  system_->setText(plainTitle(strings.text(u"system_language")));
   mark();
 }
 
+/// Marks the entry that holds at the moment.
 void LanguageMenu::mark() {
   // The language in use has no entry when there is no table at all.
   QAction *current = choice_.followsSystem() ? system_ : byLanguage_.value(choice_.language());

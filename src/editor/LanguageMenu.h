@@ -11,6 +11,7 @@ class QMenu;
 namespace tavril {
 
 class LanguageChoice;
+class StringTable;
 
 /// The entries of the menu in which the language of all texts is chosen: the system's own, and each language
 /// by its own name in its own face. Exactly one is marked. Main thread only; the menu owns it.
@@ -20,12 +21,12 @@ class LanguageMenu final : public QObject {
  public:
   LanguageMenu(QMenu &menu, LanguageChoice &choice);
 
-  /// The entry for the system's language, whose title is for others to set.
-  QAction *systemAction() const { return system_; }
-  /// Marks the entry that holds at the moment.
-  void mark();
+  /// To be called again when the language has changed.
+  void setTexts(const StringTable &strings);
 
  private:
+  void mark();
+
   LanguageChoice &choice_;
   QActionGroup *group_;
   QAction *system_;

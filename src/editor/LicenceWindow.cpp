@@ -1,11 +1,11 @@
 #include "editor/LicenceWindow.h"
 
-#include "editor/Style.h"
+#include "look/Style.h"
+#include "platform/Desktop.h"
 #include "platform/StringTable.h"
 
 #include <QFile>
 #include <QIODevice>
-#include <QKeyEvent>
 #include <QPalette>
 #include <QPlainTextEdit>
 #include <QSize>
@@ -26,11 +26,12 @@ QString licenceText() {
 
 }  // namespace
 
-LicenceWindow::LicenceWindow(QWidget *parent)
-    : QWidget(parent, Qt::Window), text_(new QPlainTextEdit(licenceText())) {
+LicenceWindow::LicenceWindow(const Desktop &desktop, QWidget *parent)
+    : SideWindow(desktop.strings, desktop.notifications, parent, Qt::Window),
+      text_(new QPlainTextEdit(licenceText())) {
   setObjectName(QStringLiteral("LicenceWindow"));
   QPalette black = palette();
-  black.setColor(backgroundRole(), Style::aboutGround);
+  black.setColor(backgroundRole(), Style::aboutGround());
   setPalette(black);
   setAutoFillBackground(true);
   text_->setObjectName(QStringLiteral("licenceText"));
@@ -40,19 +41,12 @@ LicenceWindow::LicenceWindow(QWidget *parent)
   auto *whole = new QVBoxLayout(this);
   whole->addWidget(text_);
   resize(licenceSize);
+  setTexts();
 }
 
-void LicenceWindow::setTexts(const StringTable &strings) {
-  setWindowTitle(strings.text(u"licence"));
-  text_->setAccessibleName(strings.text(u"licence"));
-}
-
-void LicenceWindow::keyPressEvent(QKeyEvent *event) {
-  if (event->key() == Qt::Key_Escape) {
-    close();
-  } else {
-    QWidget::keyPressEvent(event);
-  }
+void LicenceWindow::setTexts() {
+  setWindowTitle(strings_.text(u"licence"));
+  text_->setAccessibleName(strings_.text(u"licence"));
 }
 
 }  // namespace tavril

@@ -1,26 +1,25 @@
 #pragma once
 
-#include <QKeyEvent>
+#include "look/SideWindow.h"
+
 #include <QWidget>
 
 class QPlainTextEdit;
 
 namespace tavril {
 
-class StringTable;
+struct Desktop;
 
-/// A window with the whole text of the licence, which is part of the program. Escape closes it.
-class LicenceWindow final : public QWidget {
+/// A window with the whole text of the licence, which is part of the program.
+/// The licence itself has no language but its own.
+class LicenceWindow final : public SideWindow<QWidget> {
   Q_OBJECT
 
  public:
-  explicit LicenceWindow(QWidget *parent = nullptr);
-
-  /// The title. The licence itself has no language but its own.
-  void setTexts(const StringTable &strings);
+  explicit LicenceWindow(const Desktop &desktop, QWidget *parent = nullptr);
 
  protected:
-  void keyPressEvent(QKeyEvent *event) override;
+  void setTexts() override;
 
  private:
   QPlainTextEdit *text_;

@@ -4,10 +4,11 @@
 #include "editor/AccessibleTexts.h"
 #include "editor/NoticeTypography.h"
 #include "editor/ScreenPointer.h"
-#include "editor/Style.h"
+#include "look/Style.h"
 #include "platform/IntegerValue.h"
 #include "platform/StringTable.h"
 #include "ui_MainScreen.h"
+#include "wire/Range.h"
 
 #include <QChar>
 #include <QFont>
@@ -19,8 +20,6 @@
 namespace tavril {
 
 namespace {
-
-constexpr int highestPosition = 1023;
 
 QFont demiBold(int pixelSize) {
   QFont font = Style::textFont(pixelSize);
@@ -59,7 +58,6 @@ MainScreen::~MainScreen() = default;
 void MainScreen::setTexts(const StringTable &strings) {
   ui_->product->setText(strings.text(u"tavril"));
   ui_->productLine->setText(strings.text(u"product_line"));
-  ui_->ConnectStatus->setKnownTexts(strings.text(u"Not_connect"), strings.text(u"COM_Connect_P1"));
   ui_->imageView->setAccessibleName(strings.text(u"dial"));
   ui_->imageView->setAccessibleDescription(strings.text(u"dial_help"));
   AccessibleTexts::put(*this, strings);
@@ -70,7 +68,7 @@ void MainScreen::followPosition(const QString &entry) {
   const bool isNumber =
       std::all_of(entry.begin(), entry.end(), [](QChar c) { return c >= u'0' && c <= u'9'; });
   const int position = integerValueOf(entry);
-  if (isNumber && position <= highestPosition) {
+  if (isNumber && position <= wire::positionRange.maximum) {
     ui_->imageView->setPosition(position);
     ui_->MotorPoint->setKnown(true);
   }

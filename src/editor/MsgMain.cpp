@@ -20,6 +20,7 @@ MsgMain::MsgMain(SharedState &state, CommandSender &sender, PanelView &view, con
     : state_(state), view_(view), desktop_(desktop), FunctionCMD(state, sender, desktop) {}
 
 void MsgMain::setTexts() {
+  // Kept: C60.
   view_.element(u"MsgTittle").setText(desktop_.strings.text(u"warning"));
   view_.element(u"cancel_lab").setText(desktop_.strings.text(u"CancelBT"));
   view_.element(u"ok_lab").setText(desktop_.strings.text(u"Confirm"));
@@ -37,7 +38,7 @@ void MsgMain::MsgButton(const QString &identifier) {
   } else if (identifier == u"ok") {
     desktop_.log.write(identifier);
     view_.setLabelColor(okTag, LabelColor::Black);
-    // Meant: the question shown decides, not a code beside it.
+    // Kept: C68.
     const QString question = state_.ObjectDictionaryArray.element(u"_MsgContent").text();
     if (question == desktop_.strings.text(u"reboot")) {
       FunctionCMD.Reboot_Servo();

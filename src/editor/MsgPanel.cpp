@@ -1,6 +1,6 @@
 #include "editor/MsgPanel.h"
 
-#include "editor/Style.h"
+#include "look/Style.h"
 #include "platform/PlainToolTip.h"
 #include "platform/StringTable.h"
 #include "ui_MsgPanel.h"

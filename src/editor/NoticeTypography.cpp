@@ -1,6 +1,6 @@
 #include "editor/NoticeTypography.h"
 
-#include "editor/Style.h"
+#include "look/Style.h"
 
 #include <QAbstractTextDocumentLayout>
 #include <QChar>
@@ -28,7 +28,7 @@ void NoticeTypography::highlightBlock(const QString &text) {
   if (!isRule) return;
   QTextCharFormat format;
   format.setFont(Style::textFont(ruleSize));
-  format.setForeground(Style::shown(Style::mutedText));
+  format.setForeground(Style::mutedText());
   setFormat(0, static_cast<int>(text.size()), format);
 }
 

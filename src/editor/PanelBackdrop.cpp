@@ -1,7 +1,7 @@
 #include "editor/PanelBackdrop.h"
 
 #include "editor/ButtonLabel.h"
-#include "editor/Style.h"
+#include "look/Style.h"
 
 #include <QColor>
 #include <QGridLayout>
@@ -84,7 +84,7 @@ void PanelBackdrop::showEvent(QShowEvent *event) {
   raise();
   focusBefore_ = window()->focusWidget();
   // Those that were clicked when the panel was last up have stayed black since.
-  for (ButtonLabel *button : findChildren<ButtonLabel *>()) button->setTextColor(Style::restText);
+  for (ButtonLabel *button : findChildren<ButtonLabel *>()) button->setTextColor(Style::restText());
   // Cancel comes first: Enter on a question that came up unexpectedly does no harm.
   // The reason is that of an alert, so that a field does not take it for the user's leaving.
   if (auto *cancel = cancelButton(*this)) cancel->setFocus(Qt::ActiveWindowFocusReason);

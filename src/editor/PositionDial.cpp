@@ -18,7 +18,7 @@ namespace tavril {
 
 namespace {
 
-/// "First quadrant" and so on, in the words of the log.
+/// "First quadrant" and so on. Kept: C78.
 QString nameOf(dial::Quadrant quadrant) {
   switch (quadrant) {
     case dial::Quadrant::First:
@@ -46,7 +46,7 @@ void PositionDial::mouseDown(QPointF location) {
     turnTowards(location);
     state_.TextMouseFlag = QLatin1String("");
   } else {
-    state_.TextMouseFlag = QStringLiteral("MouseDown");
+    state_.TextMouseFlag = QStringLiteral("MouseDown");  // Kept: C79.
     log_.write(QStringLiteral("Other Area"));
   }
 }
@@ -70,7 +70,7 @@ void PositionDial::dragTo(int position) {
 void PositionDial::turnTowards(QPointF location) {
   const dial::Direction direction = dial::directionOf(location.x(), location.y());
   if (direction.quadrant != dial::Quadrant::None) log_.write(nameOf(direction.quadrant));
-  // "angel" is the log's own spelling and meant.
+  // Kept: C77.
   log_.write(QString::asprintf("angel=%f", static_cast<double>(direction.angle_deg)));
   turn(direction.angle_deg);
 }
@@ -79,7 +79,7 @@ void PositionDial::turn(float angle_deg) {
   const dial::Reading reading = dial::readingAt(angle_deg);
   log_.write(QString::asprintf("a=%f,b=%f", static_cast<double>(reading.knob.a),
                                static_cast<double>(reading.knob.b)));
-  // Meant: the two lines of frames show the knob's centre until the next frame is sent or received.
+  // Kept: C76.
   view_.element(u"TXcmd").setIntegerValue(dial::wholeCoordinate(dial::centreX, reading.knob.a));
   view_.element(u"RXcmd").setIntegerValue(dial::wholeCoordinate(dial::centreY, reading.knob.b));
   knob_.place(reading.knob);
@@ -88,6 +88,7 @@ void PositionDial::turn(float angle_deg) {
   }
   ScreenElement &entry = view_.element(u"angle");
   entry.setText(QString::number(reading.position));
+  // Kept: C80.
   if (state_.CanUseTavril == u"true") commands_.SetServoPosition(entry.integerValue());
 }
 

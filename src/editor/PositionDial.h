@@ -11,9 +11,8 @@ class Log;
 struct Desktop;
 struct SharedState;
 
-/// The dial: turns where the pointer is into a goal position, shows it and, once a servo was found, sends it
-/// at once and every time. Points are in the design's coordinates. Main thread only; owns nothing that it is
-/// given.
+/// The dial. It turns the place of the pointer into a goal position, shows it, and sends it if a servo was
+/// found. Points are in the design's coordinates.
 class PositionDial {
  public:
   PositionDial(SharedState &state, EditorView &view, Knob &knob, Function &commands, const Desktop &desktop);
@@ -22,7 +21,7 @@ class PositionDial {
   void mouseDragged(QPointF location);
   void mouseUp();
 
-  /// As if the knob had been dragged to exactly this position and let go there. Beyond 0 and 1023: to the
+  /// Has the effect of dragging the knob to this position and releasing it. A number beyond an end means the
   /// end.
   void dragTo(int position);
 

@@ -45,7 +45,7 @@ void PositionEntry::controlTextDidEndEditing() {
   log_.write(QStringLiteral("EndEditing=") + text);
   const QString leftover = leftoverOf(text, false);
   log_.write(leftover);
-  if (state_.TextMouseFlag == u"MouseDown") return;  // the dial is being dragged and owns the position
+  if (state_.TextMouseFlag == u"MouseDown") return;
   if (!isPosition(text, leftover.isEmpty())) {
     refuse();
     return;
@@ -58,13 +58,14 @@ QString PositionEntry::entry() const {
   return view_.element(u"angle").text();
 }
 
+// Kept: C86.
 bool PositionEntry::isPosition(const QString &text, bool hasOnlyDigits) const {
   const int value = integerValueOf(text);
   return hasOnlyDigits && value >= 0 && value < dial::positionEnd;
 }
 
 void PositionEntry::refuse() {
-  // Meant: these texts are not looked up.
+  // Kept: C85.
   alert_.run(
       {QStringLiteral("Error"), QStringLiteral("Please enter 0~1023 integer."), {QStringLiteral("OK")}});
 }

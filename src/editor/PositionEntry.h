@@ -12,8 +12,8 @@ class ModalAlert;
 struct Desktop;
 struct SharedState;
 
-/// The entry of the goal position, 0 to 1023. Checked at every keystroke, sent when editing ends. Whatever
-/// field a notification is about, the position entry is the one that is looked at. Main thread only.
+/// The entry of the goal position, 0 to 1023. It is checked at every keystroke and sent when editing ends.
+/// Notifications of other fields check the position entry as well.
 class PositionEntry {
  public:
   PositionEntry(SharedState &state, EditorView &view, Knob &knob, Function &commands, const Desktop &desktop);

@@ -1,45 +1,26 @@
 #include "editor/ScreenLabels.h"
 
+#include "wire/Registers.h"
+
 #include <array>
 
 namespace tavril {
 
 namespace {
 
-// "max_tempertaure" and "calibretion_angle" are the system's own spellings and are meant.
-constexpr std::array<ScreenLabel, 31> labels{{
-    {u"setting_list", u"setting_list"},
-    {u"motor_parameter", u"motor_parameter"},
-    {u"value_setting", u"value_setting"},
-    {u"sid", u"sid"},
-    {u"ack_policy", u"ack_policy"},
-    {u"alarm_led_policy", u"alarm_led_policy"},
-    {u"torque_policy", u"torque_policy"},
-    {u"max_temperature", u"max_tempertaure"},
-    {u"min_volt", u"min_voltage"},
-    {u"max_volt", u"max_voltage"},
-    {u"max_load", u"max_load"},
-    {u"kp", u"kp"},
-    {u"ki", u"ki"},
-    {u"kd", u"kd"},
-    {u"over_temperature", u"over_temperature"},
-    {u"over_volt", u"over_voltage"},
-    {u"over_load", u"over_load"},
-    {u"calibretion_angle", u"calibration_angle"},
-    {u"status_error", u"status_error"},
-    {u"status_detail", u"status_detail"},
-    {u"present_volt", u"present_voltage"},
-    {u"present_temperature", u"present_temperature"},
-    {u"present_load", u"present_load"},
-    {u"motor_kx_90", u"motor_kx_90"},
-    {u"position", u"position"},
-    {u"relax", u"relax"},
-    {u"capture", u"capture"},
-    {u"motor_set", u"motor_set"},
-    {u"detail_about", u"detail_about"},
-    {u"read", u"read"},
-    {u"detail_set", u"detail_set"},
-}};
+constexpr std::array<QStringView, 3> titles{u"setting_list", u"motor_parameter", u"value_setting"};
+constexpr std::array<QStringView, 8> others{u"motor_kx_90", u"position",     u"relax", u"capture",
+                                            u"motor_set",   u"detail_about", u"read",  u"detail_set"};
+
+/// The registers' captions stand between the titles and the other labels.
+constexpr auto labels = [] {
+  std::array<ScreenLabel, titles.size() + wire::registers.size() + others.size()> all;
+  auto *next = all.begin();
+  for (const QStringView name : titles) *next++ = {name, name};
+  for (const wire::Register &row : wire::registers) *next++ = {row.label, row.nameKey};
+  for (const QStringView name : others) *next++ = {name, name};
+  return all;
+}();
 
 }  // namespace
 

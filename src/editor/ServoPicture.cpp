@@ -1,6 +1,6 @@
 #include "editor/ServoPicture.h"
 
-#include "editor/Style.h"
+#include "look/Style.h"
 
 #include <QColor>
 #include <QPainter>
@@ -25,7 +25,7 @@ constexpr QColor label{0x22, 0x28, 0x31};
 void drawCable(QPainter &painter, double bottom) {
   painter.setBrush(Qt::NoBrush);
   for (const auto &[offset, colour] :
-       {std::pair(-4.0, metal), std::pair(0.0, Style::strongEdge), std::pair(4.0, metal)}) {
+       {std::pair(-4.0, metal), std::pair(0.0, Style::strongEdge()), std::pair(4.0, metal)}) {
     QPainterPath cable(QPointF(82, 156 + offset));
     cable.cubicTo(QPointF(50, 158 + offset), QPointF(56, bottom - 26 + offset), QPointF(0, bottom + offset));
     painter.setPen(QPen(colour, 2.4));
@@ -42,11 +42,11 @@ void drawCase(QPainter &painter) {
   painter.setBrush(flange);
   painter.drawRoundedRect(QRectF(64.5, 106.5, 142, 12), 3, 3);
   painter.setPen(Qt::NoPen);
-  painter.setBrush(Style::recess);
+  painter.setBrush(Style::recess());
   for (const double x : {72.5, 198.5}) painter.drawEllipse(QPointF(x, 112.5), 2.5, 2.5);
   painter.setBrush(label);
   painter.drawRoundedRect(QRectF(96, 132, 79, 36), 4, 4);
-  painter.setBrush(Style::strongEdge);
+  painter.setBrush(Style::strongEdge());
   painter.drawRoundedRect(QRectF(104, 142, 30, 3), 1.5, 1.5);
   painter.setBrush(metal);
   painter.drawRoundedRect(QRectF(104, 150, 52, 3), 1.5, 1.5);
@@ -62,9 +62,9 @@ void drawHorn(QPainter &painter) {
   painter.setBrush(metal);
   painter.drawRoundedRect(QRectF(axis.x() - 6, 18, 12, 54), 6, 6);
   painter.setPen(Qt::NoPen);
-  painter.setBrush(Style::recess);
+  painter.setBrush(Style::recess());
   for (const double y : {26.0, 37.0}) painter.drawEllipse(QPointF(axis.x(), y), 2, 2);
-  painter.setBrush(Style::accent);
+  painter.setBrush(Style::accent());
   painter.drawEllipse(axis, 7, 7);
 }
 
@@ -80,8 +80,8 @@ void ServoPicture::paintEvent(QPaintEvent *) {
   const QRectF frame = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
   QPainterPath outline;
   outline.addRoundedRect(frame, 8, 8);
-  painter.setPen(QPen(Style::shown(Style::hairline), 1));
-  painter.setBrush(Style::recess);
+  painter.setPen(QPen(Style::hairline(), 1));
+  painter.setBrush(Style::recess());
   painter.drawPath(outline);
   painter.setClipPath(outline);
   drawCable(painter, height() - 12);

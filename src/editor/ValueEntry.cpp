@@ -7,13 +7,16 @@
 #include "platform/ScreenElement.h"
 #include "platform/StringTable.h"
 #include "protocol/SharedState.h"
+#include "wire/Registers.h"
 
 #include <QChar>
+#include <QStringView>
 
 #include <algorithm>
 
 namespace tavril {
 
+// Kept: C83.
 QString leftoverOf(const QString &text, bool signAllowed) {
   QString leftover = text;
   leftover.removeIf(
@@ -21,20 +24,26 @@ QString leftoverOf(const QString &text, bool signAllowed) {
   return leftover;
 }
 
+namespace {
+
+/// The setting that is typed into the field with this identifier, or nothing.
+const wire::Register *settingIn(const QString &identifier) {
+  const auto *row = std::ranges::find_if(wire::registers, [&](const wire::Register &candidate) {
+    return !candidate.identifier.empty() && identifier == QStringView(candidate.identifier);
+  });
+  return row == wire::registers.end() ? nullptr : row;
+}
+
+}  // namespace
+
 ValueEntry::ValueEntry(SharedState &state, const Desktop &desktop)
     : state_(state), strings_(desktop.strings), alert_(desktop.alert), log_(desktop.log) {}
-
-const EntryRange *ValueEntry::rangeOf(QStringView identifier) {
-  const auto ranges = entryRanges();
-  const auto found = std::ranges::find(ranges, identifier, &EntryRange::identifier);
-  return found == ranges.end() ? nullptr : &*found;
-}
 
 QString ValueEntry::checkValue(const QString &text, int minvalue, int maxvalue, const QString &cal) {
   const QString leftover = leftoverOf(text, !cal.isEmpty());
   log_.write(leftover);
   if (leftover.isEmpty()) {
-    if (text.isEmpty()) return {};
+    if (text.isEmpty()) return {};  // Kept: C84.
     const int value = integerValueOf(text);
     if (value >= minvalue && value <= maxvalue) return {};
   }
@@ -44,11 +53,12 @@ QString ValueEntry::checkValue(const QString &text, int minvalue, int maxvalue, 
 
 void ValueEntry::text(ScreenElement &sender) {
   log_.write(QStringLiteral("text.tag=") + sender.identifier());
-  const EntryRange *range = rangeOf(sender.identifier());
-  if (!range) return;
-  const QString cal = range->signAllowed ? QStringLiteral("true") : QString();
-  if (checkValue(sender.text(), range->minimum, range->maximum, cal).isEmpty()) return;
-  const auto entry = state_.textFieldValue.constFind(range->entryKey.toString());
+  const wire::Register *setting = settingIn(sender.identifier());
+  if (!setting) return;
+  const auto [minimum, maximum] = setting->range;
+  const QString cal = minimum < 0 ? QStringLiteral("true") : QString();
+  if (checkValue(sender.text(), minimum, maximum, cal).isEmpty()) return;
+  const auto entry = state_.textFieldValue.constFind(QStringView(setting->entryKey).toString());
   sender.setText(entry == state_.textFieldValue.constEnd() ? QString() : entry->text());
 }
 

@@ -1,9 +1,6 @@
 #pragma once
 
-#include "protocol/EntryRanges.h"
-
 #include <QString>
-#include <QStringView>
 
 namespace tavril {
 
@@ -24,9 +21,6 @@ class ValueEntry {
   QString checkValue(const QString &text, int minvalue, int maxvalue, const QString &cal);
   /// The field's entry was committed: a bad one is put back to the text last read from the servo.
   void text(ScreenElement &sender);
-
-  /// The range of the field with this identifier, or nothing.
-  static const EntryRange *rangeOf(QStringView identifier);
 
  private:
   void refuse(int minvalue, int maxvalue);

@@ -2,15 +2,16 @@
 
 #include "editor/EditorView.h"
 #include "editor/ScreenLabels.h"
-#include "editor/ShownTexts.h"
 #include "platform/BlockingWait.h"
 #include "platform/Desktop.h"
 #include "platform/IntegerValue.h"
+#include "platform/KeyedText.h"
 #include "platform/Log.h"
 #include "platform/ModalAlert.h"
 #include "platform/ScreenElement.h"
 #include "platform/StringTable.h"
 #include "platform/Timers.h"
+#include "protocol/ConnectionState.h"
 #include "protocol/Function.h"
 #include "protocol/RegisterCatalogue.h"
 #include "protocol/SharedState.h"
@@ -87,10 +88,10 @@ void ViewController::viewDidLoad() {
   view_.element(u"ContrainerView_MsgView").setHidden(true);
   view_.element(u"ContrainerView_WaitView").setHidden(true);
   registerElements();
-  state_.ErrorMsgShowToMegView = {{QStringLiteral("Error"), QLatin1String("")},
-                                  {QStringLiteral("Detail"), QLatin1String("")}};
-  view_.element(u"errormsg").setText(desktop_.strings.text(u"Please_choose_COM_Port_and_Connect_to_device"));
-  view_.element(u"ConnectStatus").setText(desktop_.strings.text(u"Not_connect"));
+  state_.ErrorMsgShowToMegView = {{QStringLiteral("Error"), {}}, {QStringLiteral("Detail"), {}}};
+  state_.ObjectDictionaryArray.show(u"errormsg", KeyedText(u"Please_choose_COM_Port_and_Connect_to_device"),
+                                    desktop_.strings);
+  showConnection(state_, ConnectionState::NotConnected, desktop_.strings);
   state_.limitFlag = QLatin1String("");
   hoverNotices_.reset();
   state_.TextMouseFlag = QLatin1String("");
@@ -106,7 +107,7 @@ void ViewController::registerElements() {
   for (const char16_t *name : {u"TXcmd", u"RXcmd", u"NoticeMSGview", u"errormsg", u"ConnectStatus"}) {
     elements.set(QString::fromUtf16(name), view_.element(name));
   }
-  // Meant: the message panel's container has one name on the screen and another here.
+  // Kept: C59.
   elements.set(QStringLiteral("ContainerView_MsgView"), view_.element(u"ContrainerView_MsgView"));
   elements.set(QStringLiteral("ContrainerView_WaitView"), view_.element(u"ContrainerView_WaitView"));
   state_.textFieldValue.clear();
@@ -129,14 +130,17 @@ void ViewController::viewWillLayout() {
   view_.setTitle(desktop_.strings.text(u"tavril"));
   for (const ScreenLabel &label : screenLabels()) {
     view_.element(label.name).setText(desktop_.strings.text(label.key));
-    // Looked up for every label, so that a changed table shows at the next pass.
+    // Kept: C71.
     view_.setLabelFontSize(label.name, desktop_.strings.text(u"fontsize").toDouble());
   }
 }
 
-void ViewController::languageDidChange(const TextChange &change) {
-  ShownTexts::change(state_, change);
-  hoverNotices_.languageDidChange(change);
+void ViewController::languageDidChange() {
+  state_.ObjectDictionaryArray.showAgain(desktop_.strings);
+  for (const RegisterRow &row : settingRegisters()) {
+    ScreenElement &field = view_.element(row.valueKey);
+    if (!field.toolTip().isEmpty()) field.setToolTip(desktop_.strings.text(row.toolTipKey()));
+  }
   viewWillLayout();
 }
 
@@ -160,7 +164,7 @@ bool ViewController::carryOut(const QString &request) {
   }
   if (request == u"InitSerialPort") {
     cnt = countdownStart;
-    // Meant: a countdown that still runs goes on, and two of them run twice as fast.
+    // Kept: C62.
     TimerCnt_.push_back(desktop_.timers.repeating(countdownInterval, [this] { ConnectTimeout(); }));
   } else if (request == u"MotorInitOK") {
     setUsable(true);
@@ -173,14 +177,14 @@ bool ViewController::carryOut(const QString &request) {
   } else if (request == u"UpdateMotorValue") {
     UpdateMotorValue(integerValueOf(state_.returnSTR));
   } else {
-    return false;  // an unknown word stays and blocks nothing
+    return false;  // Kept: C63.
   }
   return true;
 }
 
 void ViewController::askFor(QStringView questionKey) {
   state_.ToolbarFlag = QLatin1String("");
-  state_.ObjectDictionaryArray.element(u"_MsgContent").setText(desktop_.strings.text(questionKey));
+  state_.ObjectDictionaryArray.show(u"_MsgContent", KeyedText(questionKey), desktop_.strings);
   CreateMSGview(state_.CanUseTavril);
 }
 
@@ -200,7 +204,7 @@ void ViewController::stopCountdowns() {
 }
 
 void ViewController::UpdateMotorValue(int position) {
-  if (position >= dial::positionEnd) return;
+  if (position >= dial::positionEnd) return;  // Kept: C72.
   desktop_.log.write(
       QString::asprintf("str=%d,angle=%f", position, static_cast<double>(dial::travelAngle(position))));
   knob_.showPosition(position);
@@ -217,8 +221,8 @@ void ViewController::ConnectTimeout() {
   stopCountdowns();
   auto &elements = state_.ObjectDictionaryArray;
   elements.element(u"CloseButtonView").setHidden(false);
-  elements.element(u"WaitContent").setText(desktop_.strings.text(u"Please_check_device_is_ready"));
-  elements.element(u"ConnectStatus").setText(desktop_.strings.text(u"Not_connect"));
+  elements.show(u"WaitContent", KeyedText(u"Please_check_device_is_ready"), desktop_.strings);
+  showConnection(state_, ConnectionState::NotConnected, desktop_.strings);
   cnt = countdownStart;
 }
 
@@ -236,7 +240,7 @@ void ViewController::LabelTouchEvent(const QString &identifier) {
       case ButtonName::Capture:
         FunctionCMD_->ReadServoPosition();
         break;
-      // Meant: sent as it stands, in range or not.
+      // Kept: C64.
       case ButtonName::MotorSet:
         FunctionCMD_->SetServoPosition(view_.element(u"angle").integerValue());
         break;
@@ -260,15 +264,16 @@ void ViewController::flash() {
   });
 }
 
+// Kept: C65.
 void ViewController::sweep() {
   cmdcnt = 1;
-  while (cmdcnt < settingCount + 1) {
+  while (cmdcnt < wire::settingCount + 1) {
     FunctionCMD_->WriteMotorParameter(cmdcnt);
     desktop_.blockingWait.wait(sweepPause);
     ++cmdcnt;
   }
   ++cmdcnt;
-  if (cmdcnt > settingCount) cmdcnt = 1;
+  if (cmdcnt > wire::settingCount) cmdcnt = 1;
 }
 
 void ViewController::Colorreset() {

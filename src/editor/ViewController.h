@@ -19,7 +19,6 @@ namespace tavril {
 class CommandSender;
 class EditorView;
 class Function;
-class TextChange;
 class Timer;
 struct Desktop;
 struct SharedState;
@@ -38,8 +37,8 @@ class ViewController {
   void viewDidLoad();
   /// Looks up title, texts and font size of the labels.
   void viewWillLayout();
-  /// The language is another: what is shown, or kept to be shown, is put into it.
-  void languageDidChange(const TextChange &change);
+  /// The language is another: all that is shown is put into it.
+  void languageDidChange();
   /// One tick.
   void update();
 
@@ -51,12 +50,12 @@ class ViewController {
   void LabelTouchEvent(const QString &identifier);
   /// One second of the connection attempt is over.
   void ConnectTimeout();
-  /// Diagnostic action; nothing calls it.
+  /// Reads the position. Kept: C66.
   void test();
 
   /// Shows the message panel when the flag is "true", else an alert.
   void CreateMSGview(const QString &flag);
-  /// An alert "Please Wait..."; nothing calls it, it is kept.
+  /// An alert "Please Wait...". Kept: C67.
   void actIndicatorBegin();
 
   /// A value field's entry was committed.

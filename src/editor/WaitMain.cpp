@@ -2,8 +2,10 @@
 
 #include "editor/EditorView.h"
 #include "platform/Desktop.h"
+#include "platform/KeyedText.h"
 #include "platform/ScreenElement.h"
 #include "platform/StringTable.h"
+#include "protocol/ConnectionState.h"
 #include "protocol/SharedState.h"
 
 namespace tavril {
@@ -12,16 +14,17 @@ WaitMain::WaitMain(SharedState &state, PanelView &view, const Desktop &desktop)
     : state_(state), view_(view), desktop_(desktop) {}
 
 void WaitMain::setTexts() {
-  // Meant: the title is the text of the confirm key.
+  // Kept: C61.
   view_.element(u"WaitTittle").setText(desktop_.strings.text(u"Confirm"));
   view_.element(u"cancel").setText(desktop_.strings.text(u"CancelBT"));
 }
 
 void WaitMain::viewDidLoad() {
   setTexts();
-  view_.element(u"WaitContent").setText(desktop_.strings.text(u"Serial_port_start_initialization"));
-  state_.ObjectDictionaryArray.set(QStringLiteral("WaitContent"), view_.element(u"WaitContent"));
-  state_.ObjectDictionaryArray.set(QStringLiteral("CloseButtonView"), view_.element(u"CloseButtonView"));
+  auto &elements = state_.ObjectDictionaryArray;
+  elements.set(QStringLiteral("WaitContent"), view_.element(u"WaitContent"));
+  elements.set(QStringLiteral("CloseButtonView"), view_.element(u"CloseButtonView"));
+  elements.show(u"WaitContent", KeyedText(u"Serial_port_start_initialization"), desktop_.strings);
 }
 
 void WaitMain::WaitButton(const QString &identifier) {
@@ -29,7 +32,7 @@ void WaitMain::WaitButton(const QString &identifier) {
     state_.ToolbarFlag = QStringLiteral("MotorInitFail");
     state_.CancelConnectFlag = QStringLiteral("disconnect");
     // Nobody else says so: what comes from the port counts no more.
-    state_.ObjectDictionaryArray.element(u"ConnectStatus").setText(desktop_.strings.text(u"Not_connect"));
+    showConnection(state_, ConnectionState::NotConnected, desktop_.strings);
   }
   state_.ObjectDictionaryArray.element(u"ContrainerView_WaitView").setHidden(true);
 }

@@ -1,6 +1,6 @@
 #include "editor/WaitPanel.h"
 
-#include "editor/Style.h"
+#include "look/Style.h"
 #include "platform/PlainTitle.h"
 #include "platform/StringTable.h"
 #include "ui_WaitPanel.h"

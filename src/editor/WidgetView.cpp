@@ -3,8 +3,8 @@
 #include "editor/ButtonLabel.h"
 #include "editor/KnobView.h"
 #include "editor/ScreenCoordinates.h"
-#include "editor/Style.h"
 #include "editor/WidgetElement.h"
+#include "look/Style.h"
 
 #include <QColor>
 #include <QPalette>
@@ -34,7 +34,7 @@ QStringView nameOf(ButtonName button) {
 }
 
 QColor colourOf(LabelColor color) {
-  return color == LabelColor::Black ? Style::clickedText : Style::restText;
+  return color == LabelColor::Black ? Style::clickedText() : Style::restText();
 }
 
 void colour(QWidget *widget, LabelColor color) {

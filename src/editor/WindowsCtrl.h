@@ -18,7 +18,7 @@ class WindowsCtrl {
   WindowsCtrl(EditorView &view, const Desktop &desktop, EndProcess endProcess);
 
   void windowDidLoad();
-  /// Ends the program with status 0; nothing is asked and nothing is saved: meant.
+  /// Ends the program with status 0. Kept: C69.
   void windowShouldClose();
 
  private:

@@ -6,11 +6,10 @@ namespace tavril {
 
 class ModalAlert;
 
-/// Shows an error as a modal alert with one button: its description, its reason, and what lay beneath it.
-/// That solves nothing.
+/// Shows an error in a modal alert with one button: its description, its reason and the underlying errors.
+/// This never solves the error.
 class AlertErrorPresenter final : public ErrorPresenter {
  public:
-  /// `alert` must outlive the presenter.
   explicit AlertErrorPresenter(ModalAlert &alert) : alert_(alert) {}
 
   bool present(const Error &error) override;

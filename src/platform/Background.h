@@ -8,18 +8,18 @@
 
 namespace tavril {
 
-/// A job that is repeated, on a thread of its own or on a serial queue, until it is cancelled.
+/// A job that is repeated until it is cancelled, on a thread of its own or on a serial queue.
 class RepeatingWork {
  public:
   virtual ~RepeatingWork() = default;
 
-  /// No further tick begins. Does not wait for one that is running, so that a tick may wait for the caller.
-  /// Thread-safe, callable from the tick itself, harmless when repeated.
+  /// No further tick begins. A running tick is not waited for, so that it may wait for the caller.
+  /// Thread-safe; may be called from the tick, and more than once.
   virtual void cancel() = 0;
 };
 
-/// A queue that runs its jobs one after the other, in order, off the main thread. Dropping the queue lets the
-/// jobs already in it run. Thread-safe.
+/// A queue that runs its jobs in order, not on the main thread. When it is destroyed, the jobs already in it
+/// still run. Thread-safe.
 class SerialQueue {
  public:
   using Job = std::function<void()>;
@@ -29,10 +29,10 @@ class SerialQueue {
   virtual void async(Job job) = 0;
   /// Returns when the job has run. Must not be called from a job of this queue.
   virtual void sync(Job job) = 0;
-  /// Runs the tick as a job of this queue every `interval`, first one interval from now, until it is
-  /// cancelled; ticks that come due while one waits for its turn are left out. Each may be late by `leeway`,
-  /// which lets the system wake up for several things at once. No tick begins after cancel() was called on
-  /// this queue.
+  /// Runs the tick as a job of this queue every `interval` until it is cancelled, the first time one interval
+  /// from now. Ticks that are due while one waits for its turn are left out. Each may be late by `leeway`, so
+  /// that the system can wake up for several things at once. After cancel() was called on this queue, no tick
+  /// begins.
   virtual std::shared_ptr<RepeatingWork> repeat(std::chrono::nanoseconds interval,
                                                 std::chrono::nanoseconds leeway, Job tick) = 0;
   /// Whether the caller is a job of this queue.
@@ -40,7 +40,7 @@ class SerialQueue {
   virtual QString label() const = 0;
 };
 
-/// Work off the main thread. Thread-safe.
+/// Runs work on other threads than the main thread. Thread-safe.
 class Background {
  public:
   using Job = std::function<void()>;
@@ -49,7 +49,7 @@ class Background {
 
   /// Runs the job, which may be long, on a thread of its own.
   virtual void run(Job job) = 0;
-  /// Ticks at once and then every `interval`; ticks that come due while one runs are left out.
+  /// Ticks at once and then every `interval`. Ticks that are due while one runs are left out.
   virtual std::shared_ptr<RepeatingWork> repeat(std::chrono::milliseconds interval, Job tick) = 0;
   virtual std::shared_ptr<SerialQueue> serialQueue(const QString &label) = 0;
 };

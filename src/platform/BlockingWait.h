@@ -4,12 +4,13 @@
 
 namespace tavril {
 
-/// The one place where the main thread is put to sleep on purpose. Main thread only.
+/// The only place where the main thread sleeps on purpose.
 class BlockingWait {
  public:
   virtual ~BlockingWait() = default;
 
-  /// Paints what is pending, then blocks the thread; nothing is received, drawn or timed meanwhile.
+  /// Paints pending changes, then blocks the thread. Meanwhile nothing is received or drawn, and no timer
+  /// runs.
   virtual void wait(std::chrono::milliseconds duration) = 0;
 };
 

@@ -11,7 +11,7 @@ class StringTable;
 class Timers;
 class UserNotificationCenter;
 
-/// The platform's services as one handful, made by the composition root and passed on. Owns nothing.
+/// The platform's services, which `main` makes and passes on together.
 struct Desktop {
   MainQueue &mainQueue;
   Timers &timers;

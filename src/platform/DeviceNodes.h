@@ -4,7 +4,7 @@
 
 namespace tavril {
 
-/// What there is at a path below /dev, and who may use it.
+/// What is at a path below /dev, and who may use it.
 struct DeviceNode {
   bool exists = false;
   bool isCharacterDevice = false;
@@ -18,7 +18,7 @@ struct DeviceNode {
   QString user;           ///< as whom this program runs
 };
 
-/// Any thread. Looks only; nothing is opened.
+/// Any thread may call it. It opens nothing.
 class DeviceNodes {
  public:
   virtual ~DeviceNodes() = default;

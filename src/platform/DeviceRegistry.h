@@ -7,11 +7,11 @@
 
 namespace tavril {
 
-/// Names one device, or one walk over devices, in the registry. Counted: what the registry hands out is owned
-/// by the receiver, who releases it. 0 is none.
+/// Names a device, or a walk over devices, in the registry. The registry counts references: whoever receives
+/// a handle releases it. 0 means none.
 using RegistryHandle = std::uint32_t;
 
-/// Keys of a serial device's properties.
+/// Keys of a serial device's properties. Kept: C38.
 namespace DeviceKey {
 inline constexpr char16_t calloutDevice[] = u"IOCalloutDevice";  ///< path of the node that is opened
 inline constexpr char16_t dialinDevice[] = u"IODialinDevice";    ///< path of the dial-in node
@@ -26,7 +26,7 @@ inline constexpr char16_t productId[] = u"idProduct";  ///< four hexadecimal dig
 inline constexpr char16_t driver[] = u"IOClass";       ///< the kernel driver, "ftdi_sio"
 }  // namespace DeviceKey
 
-/// Which devices are wanted: serial stream devices, the only kind that this program knows.
+/// The kind of devices: serial ones, the only kind that this program uses.
 struct DeviceMatch {
   QString serviceClass = QStringLiteral("IOSerialBSDClient");
   QString clientType = QStringLiteral("IOSerialStream");
@@ -34,11 +34,11 @@ struct DeviceMatch {
 
 enum class DeviceEvent { Published, Terminated };
 
-/// The machine's serial devices, their properties, and word of those that come and go. Main thread only,
-/// but for retain() and release(), which any thread may call.
+/// The machine's serial devices and their properties, and notifications of devices that come and go. Any
+/// thread may call retain() and release().
 class DeviceRegistry {
  public:
-  /// What the callback is given back to tell whom it is for.
+  /// Tells a callback for whom it is.
   class Context {
    public:
     virtual ~Context() = default;
@@ -48,19 +48,18 @@ class DeviceRegistry {
 
   virtual ~DeviceRegistry() = default;
 
-  /// A walk over the devices present now; the caller releases it.
+  /// A walk over the devices that are present; the caller releases it.
   virtual RegistryHandle matchingServices(const DeviceMatch &match) = 0;
-  /// The next device of the walk, owned by the caller, or 0 at its end.
+  /// The next device of the walk, which the caller releases, or 0 at its end.
   virtual RegistryHandle next(RegistryHandle iterator) = 0;
-  /// Empty (null) when the device has no such property.
+  /// Null if the device has no such property.
   virtual QString stringProperty(RegistryHandle device, const QString &key) const = 0;
 
-  /// Watches for devices that come (Published) or go (Terminated). The walk that is handed out holds those
-  /// present now (Published) or none (Terminated); walking it to its end arms the watch. From then on the
-  /// callback is called on the main thread with the same walk, refilled; the walk is then walked to its end
-  /// once for each call. Devices that come and go in turns are told in turns, so calls that are answered in
-  /// their order, however late, tell all of it in order. Releasing the walk ends the watch. False when the
-  /// watch cannot be had; `iterator` may then still need to be released.
+  /// Watches for devices that come (Published) or go (Terminated). The walk in `iterator` has those that are
+  /// present (Published) or none (Terminated). Walking it to its end arms the watch. After that, the callback
+  /// is called on the main thread with the same walk, filled again, and has to walk it to its end. The calls
+  /// have the order in which devices came and went. Releasing the walk ends the watch. False if watching is
+  /// not possible; `iterator` may then still need to be released.
   virtual bool addMatchingNotification(DeviceEvent event, const DeviceMatch &match, Callback callback,
                                        Context *context, RegistryHandle &iterator) = 0;
 

@@ -6,7 +6,7 @@
 
 namespace tavril {
 
-/// What went wrong, in words for the user, and what lay beneath it, if that is known.
+/// An error with texts for the user, and the error that caused it, if that is known.
 struct Error {
   QString domain;
   int code = 0;

@@ -5,8 +5,7 @@
 
 namespace tavril {
 
-/// The panels in which the user chooses a file. They are modal and stop the world as alerts do. Main thread
-/// only.
+/// The panels in which the user chooses a file. While one is open, no queued job and no timer runs.
 class FilePanels {
  public:
   static constexpr int OK = 1;
@@ -26,8 +25,7 @@ class FilePanels {
   virtual ~FilePanels() = default;
 
   virtual Choice runOpenPanel(const Content &content) = 0;
-  /// The URL is that of the chosen folder with the name and the first of the types, also where the name
-  /// already ends in it.
+  /// The URL has the chosen folder, the name and the first type, even if the name already ends in it.
   virtual Choice runSavePanel(const Content &content) = 0;
 };
 

@@ -4,8 +4,8 @@
 
 namespace tavril {
 
-/// The integer value of a screen text: leading white space is skipped, an optional sign taken, then digits up
-/// to the first other character. Saturates at the bounds of 32 bits; 0 when no number leads the text.
+/// The number at the beginning of a text: white space, an optional sign, and digits up to the first other
+/// character. It saturates at the bounds of 32 bits, and is 0 if there is no number.
 int integerValueOf(QStringView text);
 
 }  // namespace tavril

@@ -11,21 +11,22 @@
 
 namespace tavril {
 
-/// What happened to an observed property; the indexes are those of the list entries that came or went.
+/// How an observed property has changed; the indexes are those of the list entries that were inserted or
+/// removed.
 struct Change {
   enum class Kind { Setting, Insertion, Removal };
   Kind kind = Kind::Setting;
   std::vector<std::size_t> indexes;
 };
 
-/// The observers of one object's properties, told on the thread that changed the property, after the change.
-/// Thread-safe; an observer may be added or dropped while observers are told. Nobody is told after its token
-/// was dropped: dropping waits for a handler that runs on another thread. So a handler must not wait for a
-/// thread that may be dropping its token.
+/// The observers of one object's properties. Their handlers are called on the thread that changed the
+/// property, after the change. Thread-safe; observers may be added and dropped while handlers are called. No
+/// handler is called after its token was dropped: dropping waits for a handler that runs on another thread.
+/// So a handler must not wait for a thread that may be dropping its token.
 class KeyValueObservers {
  public:
   using Handler = std::function<void(const Change &)>;
-  /// Keeps the observation alive; dropping it ends it. It may outlive the object observed.
+  /// Dropping it ends the observation. It may outlive the observed object.
   using Token = std::shared_ptr<void>;
 
   [[nodiscard]] Token observe(const QString &key, Handler handler);

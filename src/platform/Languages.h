@@ -7,7 +7,10 @@ namespace tavril {
 
 class StringTable;
 
-/// The string tables that there are, and which of them is in use. Main thread only.
+/// Posted when the language has changed. Observers look their texts up again.
+inline constexpr char16_t LanguageDidChangeNotification[] = u"LanguageDidChange";
+
+/// The available string tables, and the one in use.
 class Languages {
  public:
   virtual ~Languages() = default;
@@ -16,12 +19,12 @@ class Languages {
   virtual QStringList languages() const = 0;
   /// The one in use.
   virtual QString language() const = 0;
-  /// False, and nothing changes, when there is no table for this language.
+  /// False if there is no table for this language; nothing changes then.
   virtual bool setLanguage(const QString &language) = 0;
 
-  /// The texts of one language, in use or not. Of a language without a table every key shows itself.
+  /// The texts of one language, in use or not. Without a table, each key is its own text.
   virtual const StringTable &table(const QString &language) const = 0;
-  /// The best of the languages for a user who reads `wanted`, the preferred first; English if none will do.
+  /// The best language for a user who reads `wanted`, the preferred one first; English if none fits.
   virtual QString bestFor(const QStringList &wanted) const = 0;
 };
 

@@ -5,19 +5,19 @@
 
 namespace tavril {
 
-/// The diagnostic log. Its lines carry no behaviour. Thread-safe.
+/// The diagnostic log. No behaviour depends on it. Thread-safe.
 class Log {
  public:
   virtual ~Log() = default;
 
   virtual void write(const QString &line) = 0;
-  /// What has gone wrong. A log that does not tell it from the rest writes it like any line.
+  /// Writes an error. A log without levels writes it like any line.
   virtual void warn(const QString &line) { write(line); }
-  /// Whether lines are kept at all; where they are costly to make, ask first.
+  /// Whether lines are kept. Ask first if they are costly to make.
   virtual bool isEnabled() const { return true; }
 };
 
-/// How a list stands in a log line: "(255, 7, 145)".
+/// A list in a log line: "(255, 7, 145)".
 QString listText(const QStringList &items);
 
 }  // namespace tavril

@@ -7,7 +7,7 @@
 
 namespace tavril {
 
-/// The alert of a program without a screen: goes to the log and counts as answered with the first button.
+/// The alert of a program without a screen. It is written to the log and answered with the first button.
 class LoggingAlert final : public ModalAlert {
  public:
   explicit LoggingAlert(Log &log) : log_(log) {}

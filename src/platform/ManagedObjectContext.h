@@ -14,48 +14,46 @@ namespace tavril {
 
 class PersistentStoreCoordinator;
 
-/// The objects of a store while they are worked on: nothing reaches the store before save(). Main thread
-/// only.
+/// The objects of a store while they are edited. Nothing is written to the store before save().
 class ManagedObjectContext {
  public:
-  /// Something that holds input of the user which is not yet in the objects, such as a field being edited.
+  /// Something with input that is not in the objects yet, such as a field that is being edited.
   class Editor {
    public:
     virtual ~Editor() = default;
-    /// Puts the input into the objects; false when it cannot stand there.
+    /// Puts the input into the objects. False if they do not accept it.
     virtual bool commitEditing() = 0;
   };
 
-  /// `coordinator` must outlive the context.
   explicit ManagedObjectContext(PersistentStoreCoordinator &coordinator);
   ManagedObjectContext(const ManagedObjectContext &) = delete;
   ManagedObjectContext &operator=(const ManagedObjectContext &) = delete;
 
-  /// Nothing when the model has no such entity.
+  /// Nothing if the model has no such entity.
   std::optional<ObjectId> insertObject(const QString &entityName);
-  /// False when there is no such object, or the model does not allow this value. An invalid value takes the
-  /// attribute's value away.
+  /// False if there is no such object, or the model does not allow this value. An invalid value removes the
+  /// attribute's value.
   bool setValue(ObjectId object, const QString &attribute, const QVariant &value);
-  /// False when there is no such object.
+  /// False if there is no such object.
   bool deleteObject(ObjectId object);
   const ObjectTable &objects() const { return objects_; }
 
   /// Whether the objects differ from those in the store.
   bool hasChanges() const;
-  /// Writes the objects to the store if they have changes. After an error they still have them.
+  /// Writes the objects to the store if they have changed. After an error they still count as changed.
   std::optional<Error> save();
 
-  /// An editor counts from the one call to the other and is not owned.
+  /// An editor is asked to commit from the first call to the second.
   void objectDidBeginEditing(Editor &editor);
   void objectDidEndEditing(Editor &editor);
-  /// Asks every editor for its input; false as soon as one cannot give it.
+  /// Has every editor commit its input. Stops and returns false if one cannot.
   bool commitEditing();
 
   /// Each insertion, deletion and new value is one step.
   UndoManager &undoManager() { return undoManager_; }
 
  private:
-  /// Makes this the state of an object, nothing meaning that there is none, and remembers how to undo it.
+  /// Sets the state of an object, nothing for a deleted one, and registers how to undo it.
   void change(ObjectId id, std::optional<ManagedObject> state);
 
   PersistentStoreCoordinator &coordinator_;

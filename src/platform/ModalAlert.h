@@ -5,15 +5,14 @@
 
 namespace tavril {
 
-/// What an alert shows: plain text only, never interpreted as markup. No button named means one "OK".
+/// What an alert shows, as plain text. Without buttons it has one, "OK".
 struct AlertContent {
   QString messageText;
   QString informativeText;
   QStringList buttons;
 };
 
-/// A modal alert that stops the world: until it is answered no queued job and no timer runs. Main thread
-/// only.
+/// A modal alert. Until it is answered, no queued job and no timer runs.
 class ModalAlert {
  public:
   static constexpr int firstButton = 1000;

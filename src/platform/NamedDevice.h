@@ -4,7 +4,7 @@
 
 namespace tavril {
 
-/// Something with a name to show: what the decoder needs to know of the port that the user chose.
+/// Something with a name. The decoder needs no more of the port that the user has chosen.
 class NamedDevice {
  public:
   virtual ~NamedDevice() = default;

@@ -9,20 +9,20 @@
 
 namespace tavril {
 
-/// A notification inside the process. `sender` is who posted it, for comparison only.
+/// A notification within the process. `sender` is for comparison only.
 struct Notification {
   QString name;
   const void *sender = nullptr;
   QHash<QString, std::any> userInfo;
 };
 
-/// Hands notifications to those who registered for their name, in the order of registration, before post()
-/// returns. An observer may add or remove observers, itself included, while it is called. Main thread only.
+/// Calls those who registered for the name of a notification, in the order of registration, before post()
+/// returns. While an observer is called, it may add and remove observers, also itself.
 class NotificationCenter {
  public:
   using Handler = std::function<void(const Notification &)>;
 
-  /// `observer` names the registration for removeObserver() and is not owned.
+  /// `observer` identifies the registration for removeObserver().
   void addObserver(const void *observer, const QString &name, Handler handler);
   /// Ends every registration of this observer.
   void removeObserver(const void *observer);

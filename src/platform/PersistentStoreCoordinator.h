@@ -12,21 +12,20 @@ namespace tavril {
 
 class PrivateFiles;
 
-/// Keeps the objects of one model in one XML store file. Main thread only.
+/// Keeps the objects of one model in one XML store file.
 class PersistentStoreCoordinator {
  public:
-  /// `files` must outlive the coordinator.
   PersistentStoreCoordinator(ManagedObjectModel model, PrivateFiles &files);
 
   const ManagedObjectModel &managedObjectModel() const { return model_; }
 
-  /// Reads the store file; one that does not exist yet is an empty store and comes into being when first
-  /// saved. A file that cannot be read or understood is an error, and stays as it is.
+  /// Reads the store file. A file that does not exist is an empty store, and is made when it is first saved.
+  /// A file that cannot be read or parsed is an error and is not changed.
   std::optional<Error> addXmlStore(const QString &path);
 
-  /// The objects as they stand in the file.
+  /// The objects in the file.
   const ObjectTable &objects() const { return objects_; }
-  /// Puts these objects in place of the file's. After an error the file has what it had.
+  /// Replaces the objects in the file. After an error, the file is unchanged.
   std::optional<Error> save(const ObjectTable &objects);
 
  private:

@@ -8,7 +8,7 @@
 
 namespace tavril {
 
-/// A screen element that is just its values: what the read-out without a window and the tests register.
+/// A screen element without a widget. The read-out without a window and the tests register it.
 class PlainElement final : public ScreenElement {
  public:
   explicit PlainElement(QString identifier = {}) : identifier_(std::move(identifier)) {}

@@ -4,8 +4,8 @@
 
 namespace tavril {
 
-/// A text as the title of a button, of a menu item, or of a caption that has a field: there a single "&" is
-/// not shown and makes a key of the character after it.
+/// A text as the title of a button, a menu item, or the caption of a field. In these, a single "&" is not
+/// shown and makes a key of the next character.
 inline QString plainTitle(QString text) {
   return text.replace(u'&', QStringLiteral("&&"));
 }

@@ -6,16 +6,16 @@
 
 namespace tavril {
 
-/// What the user has chosen for this and all later runs, as texts by key. What cannot be read or kept is
-/// logged, and the program does without. Main thread only.
+/// The user's choices for this run and later ones, as texts by key. If one cannot be read or saved, this is
+/// logged, and the program goes on without it.
 class Preferences {
  public:
   virtual ~Preferences() = default;
 
   virtual std::optional<QString> value(const QString &key) const = 0;
-  /// False when it could not be kept.
+  /// False if it could not be saved.
   virtual bool setValue(const QString &key, const QString &value) = 0;
-  /// False when it is still there.
+  /// False if it could not be removed.
   virtual bool remove(const QString &key) = 0;
 };
 

@@ -5,8 +5,8 @@
 
 namespace tavril {
 
-/// The text without control characters, each of which becomes a question mark: what a device or a program
-/// calls itself must not steer the terminal that it is printed on.
+/// The text with a question mark in place of each control character. The name of a device or a program must
+/// not control the terminal on which it is printed.
 inline QString printableText(QString text) {
   for (QChar &c : text) {
     const bool isControl = c.category() == QChar::Other_Control || c.category() == QChar::Other_Format;

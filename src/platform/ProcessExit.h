@@ -4,13 +4,13 @@
 
 namespace tavril {
 
-/// Handlers that run when the process ends normally: when the program's main function is left, or on exit().
+/// Handlers that run when the process ends normally: when main() returns, or on exit().
 class ProcessExit {
  public:
   virtual ~ProcessExit() = default;
 
-  /// Registers the handler; the last one registered runs first, each once, on the exiting thread.
-  /// Returns 0, or the error number when it could not be registered.
+  /// Registers a handler. Each runs once, on the exiting thread, the last one first. Returns 0, or the error
+  /// number if it could not be registered.
   virtual int registerHandler(std::function<void()> handler) = 0;
 };
 

@@ -16,17 +16,17 @@ struct RunningProcess {
   bool operator==(const RunningProcess &) const = default;
 };
 
-/// The programs that run on the machine, as far as this one is allowed to see them. Any thread.
+/// The running programs, as far as this one may see them. Any thread may call it.
 class Processes {
  public:
   virtual ~Processes() = default;
 
-  /// Those that have the file open, by their numbers. Links to the file are followed. Who serves the other
-  /// end of a pseudo-terminal does not count, though he may keep this one open, too.
+  /// Those that have the file open, in the order of their numbers. Links to the file are followed. The
+  /// program at the other end of a pseudo-terminal does not count, even if it has this end open as well.
   virtual std::vector<RunningProcess> holding(const QString &path) const = 0;
-  /// Those of one of these names.
+  /// Those with one of these names.
   virtual std::vector<RunningProcess> named(const QStringList &names) const = 0;
-  /// Whether it can also be seen what other users' programs have open.
+  /// Whether the open files of other users' programs are visible as well.
   virtual bool seesAll() const = 0;
   /// The number of this program.
   virtual int own() const = 0;

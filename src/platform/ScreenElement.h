@@ -4,8 +4,8 @@
 
 namespace tavril {
 
-/// A field, label or container of the screen as the rest of the program sees it: no widget in sight.
-/// Main thread only; whoever registers an element keeps it alive while it is registered.
+/// A field, label or container of the screen, for code that knows no widgets. An element must live as long as
+/// it is registered.
 class ScreenElement {
  public:
   virtual ~ScreenElement() = default;
@@ -20,7 +20,7 @@ class ScreenElement {
   virtual void setToolTip(const QString &toolTip) = 0;
   virtual QString identifier() const = 0;
 
-  /// The number that the text begins with, see integerValueOf().
+  /// The number at the beginning of the text, see integerValueOf().
   int integerValue() const;
   /// Shows the number in decimal.
   void setIntegerValue(int value);

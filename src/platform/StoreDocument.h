@@ -18,8 +18,8 @@ class StoreDocument {
 
   static QByteArray write(const ManagedObjectModel &model, const ObjectTable &objects);
 
-  /// Takes any bytes. False, and `problem` says why, when they are not a store or do not fit the model; then
-  /// `objects` is unchanged.
+  /// Takes any bytes. If they are not a store or do not fit the model, returns false, sets `problem`, and
+  /// leaves `objects` unchanged.
   static bool parse(const QByteArray &bytes, const ManagedObjectModel &model, ObjectTable &objects,
                     QString &problem);
 };

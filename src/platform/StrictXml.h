@@ -7,20 +7,21 @@
 
 namespace tavril {
 
-/// Reads XML of a fixed, shallow form from bytes that anybody may have written. Whatever the form does not
-/// have is an error where it begins: other elements, text, and document types, which could declare entities
-/// that expand without end. After an error all calls return false.
+/// Reads XML of a fixed, shallow form from untrusted bytes. Everything else is an error: other elements,
+/// text, and document types, because they could declare entities that expand without end. After an error all
+/// calls return false.
 class StrictXml {
  public:
   explicit StrictXml(const QByteArray &bytes) : reader_(bytes) {}
 
-  /// Goes to the root or to the next child element, which must have this name. False at the parent's end.
+  /// Goes to the root, or to the next child element, which must have this name. False at the end of the
+  /// parent.
   bool nextElement(QStringView name);
   /// Goes to the end of an element that must have no content, or of the document.
   bool endElement();
   bool endDocument();
 
-  /// The current element's attribute; it is an error when it has none of this name.
+  /// The current element's attribute. It is an error if there is none with this name.
   QString attribute(QStringView name);
   void fail(const QString &problem);
 

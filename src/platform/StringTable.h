@@ -5,12 +5,12 @@
 
 namespace tavril {
 
-/// The texts of one language, looked up by key. Main thread only.
+/// The texts of one language, looked up by key.
 class StringTable {
  public:
   virtual ~StringTable() = default;
 
-  /// The text under the key; a missing key shows itself.
+  /// The text of the key, or the key itself if it has none.
   virtual QString text(QStringView key) const = 0;
 };
 

@@ -8,9 +8,8 @@
 
 namespace tavril {
 
-/// What a string table's text says: lines of "key"="value"; in UTF-8, with // and /* */ comments. Known
-/// escapes are \" \\ \n \t \r and \Uxxxx (one UTF-16 unit). A line that is none of this is reported and left
-/// out; the others hold.
+/// The content of a string table: lines of "key"="value"; in UTF-8, with // and /* */ comments. Known escapes
+/// are \" \\ \n \t \r and \Uxxxx (one UTF-16 unit). Any other line is reported and left out.
 class StringTableFile {
  public:
   static constexpr qsizetype largestSize = 4 * 1024 * 1024;

@@ -9,7 +9,7 @@ struct termios;
 
 namespace tavril {
 
-/// What a system call gave: its value, or -1 with the error number.
+/// The result of a system call: its value, or -1 with the error number.
 struct CallResult {
   long value = 0;
   int error = 0;
@@ -36,46 +36,46 @@ struct FlowControl {
 
 enum class WhenToApply { Now, AfterDrain };
 
-/// The system calls of a terminal, as an interface, so that each can be made to fail in a test. What the
-/// kernel does differently from what the serial layer expects is translated behind it and nowhere else.
-/// An interrupted call (EINTR) is repeated behind it. Thread-safe.
+/// The system calls of a terminal. The interface lets a test make each of them fail. Implementations
+/// translate what is special to a kernel, and repeat interrupted calls (EINTR). Thread-safe.
 class TerminalCalls {
  public:
   virtual ~TerminalCalls() = default;
 
-  /// Opens for reading and writing, not as controlling terminal, not waiting for carrier, not inherited.
+  /// Opens for reading and writing. The terminal does not become the controlling one, the call does not wait
+  /// for a carrier, and child processes do not inherit the descriptor.
   virtual CallResult open(const std::string &path) = 0;
-  /// Makes this opener the only one: EWOULDBLOCK or EBUSY when another holds the terminal.
+  /// Locks the terminal. EWOULDBLOCK or EBUSY if another program has it.
   virtual CallResult lock(int descriptor) = 0;
-  /// Gives the terminal free again; only for a descriptor whose lock() succeeded.
+  /// Unlocks the terminal. Only for a descriptor whose lock() succeeded.
   virtual CallResult unlock(int descriptor) = 0;
   /// Clears the status flags, so that later reads and writes block.
   virtual CallResult clearStatusFlags(int descriptor) = 0;
-  /// Reads and writes block no longer, and those that do in other threads end: the descriptor is to be
-  /// closed.
+  /// Ends reads and writes that block in other threads, and lets no more of them block. Called before
+  /// closing.
   virtual CallResult stopBlocking(int descriptor) = 0;
   virtual CallResult attributes(int descriptor, termios &attributes) = 0;
-  /// AfterDrain waits until the output is sent, though not for ever: what is still there then is dropped.
+  /// AfterDrain waits a limited time until the output is sent, then drops the rest.
   virtual CallResult setAttributes(int descriptor, WhenToApply when, const termios &attributes) = 0;
-  /// Enters both speeds into the record; EINVAL for one that the record cannot hold, and for 0.
+  /// Sets both speeds in the record. EINVAL for 0, and for a speed that the record cannot hold.
   virtual CallResult setSpeed(termios &attributes, unsigned long baudRate) = 0;
-  /// Enters the flow control into the record; ENOTSUP for a kind that this system does not have.
+  /// Sets the flow control in the record. ENOTSUP for a kind that this system does not have.
   virtual CallResult setFlowControl(termios &attributes, const FlowControl &flowControl) = 0;
   /// Sets any speed through the driver.
   virtual CallResult setArbitrarySpeed(int descriptor, unsigned long baudRate) = 0;
-  /// Has the driver hand over what comes without waiting for more, or not; 1 or 0 is what it did before.
-  /// ENOTTY, or another error, from drivers that know no such choice.
+  /// Makes the driver deliver bytes without waiting for more, or lets it wait. Returns the previous setting,
+  /// 1 or 0, or an error such as ENOTTY if the driver has no such setting.
   virtual CallResult setLowLatency(int descriptor, bool on) = 0;
-  /// Reads the pins; ENXIO when the device is gone. A terminal without pins shows none set.
+  /// Reads the pins. ENXIO if the device is gone. A terminal without pins has none set.
   virtual CallResult pins(int descriptor, int &pins) = 0;
   virtual CallResult setPins(int descriptor, int pins) = 0;
-  /// Waits for input: 1 when there is some (or the line is hung up), 0 after the time-out or on wake().
+  /// Waits for input. 1 if there is some or the line is hung up, 0 after the time-out or wake().
   virtual CallResult waitForInput(int descriptor, int wakeDescriptor, std::chrono::milliseconds timeout) = 0;
   virtual CallResult read(int descriptor, std::span<std::byte> buffer) = 0;
   virtual CallResult write(int descriptor, std::span<const std::byte> bytes) = 0;
   virtual CallResult close(int descriptor) = 0;
 
-  /// A descriptor that ends waitForInput() when it is woken; the caller closes it with closeWake().
+  /// A descriptor for wake(), which ends waitForInput(). The caller closes it with closeWake().
   virtual CallResult openWake() = 0;
   virtual void wake(int wakeDescriptor) = 0;
   virtual void closeWake(int wakeDescriptor) = 0;

@@ -6,17 +6,17 @@
 
 namespace tavril {
 
-/// A running timer. The service keeps it running, so dropping the reference does not stop it.
+/// A running timer. Dropping the reference does not stop it.
 class Timer {
  public:
   virtual ~Timer() = default;
 
-  /// Ends the timer for good; its job is not run again. Harmless when it has ended already.
+  /// Ends the timer; its job does not run again. May be called more than once.
   virtual void stop() = 0;
 };
 
-/// Timers of the main thread. Their jobs run in order with those of the main queue. While an alert is up none
-/// runs; a timer that came due meanwhile, once or many times, runs once after the alert. Main thread only.
+/// Timers of the main thread. Their jobs run in order with those of the main queue. While an alert is shown,
+/// none runs; a timer that was due meanwhile, once or several times, runs once after it.
 class Timers {
  public:
   using Job = std::function<void()>;

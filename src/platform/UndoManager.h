@@ -5,17 +5,17 @@
 
 namespace tavril {
 
-/// Steps that can be taken back, and taken again. Main thread only.
+/// Steps that can be undone and redone.
 class UndoManager {
  public:
   using Step = std::function<void()>;
 
-  /// `inverse` takes back what was just done and in its turn registers what undoes that.
+  /// `inverse` undoes the last step, and registers a step that undoes this.
   void registerUndo(Step inverse);
 
   bool canUndo() const { return !undo_.empty(); }
   bool canRedo() const { return !redo_.empty(); }
-  /// Both do nothing when there is nothing to take back, or again.
+  /// Both do nothing if there is no step.
   void undo();
   void redo();
 

@@ -6,8 +6,7 @@
 
 namespace tavril {
 
-/// A USB serial adapter that is plugged in, or one of its ports where it has several. Texts that are not
-/// known are empty.
+/// A USB serial adapter that is plugged in, or one of its ports if it has several. Unknown texts are empty.
 struct UsbAdapter {
   QString product;
   QString serialNumber;
@@ -25,7 +24,7 @@ struct UsbAdapter {
   }
 };
 
-/// What is plugged in, whether or not anything can be done with it. Any thread.
+/// All adapters that are plugged in, whether or not they can be used. Any thread may call it.
 class UsbBus {
  public:
   virtual ~UsbBus() = default;

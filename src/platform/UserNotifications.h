@@ -9,16 +9,16 @@ namespace tavril {
 
 class UserNotificationCenter;
 
-/// A notification to the user, in plain text. No sound name means a silent one.
+/// A notification to the user, in plain text. Without a sound name it is silent.
 struct UserNotification {
   QString title;
   QString informativeText;
   std::optional<QString> soundName;
-  /// Set by the centre on delivery; names the notification for its removal. 0: not delivered.
+  /// Set by the centre on delivery, for the removal. 0 means not delivered.
   quint32 identifier = 0;
 };
 
-/// Hears of deliveries and decides on presentation. Called on the main thread.
+/// Is told of deliveries and decides on presentation.
 class UserNotificationCenterDelegate {
  public:
   virtual ~UserNotificationCenterDelegate() = default;
@@ -30,15 +30,15 @@ class UserNotificationCenterDelegate {
                                          const UserNotification &notification) = 0;
 };
 
-/// The desktop's notifications. Nothing happens where no such service is there. Main thread only.
+/// The desktop's notifications. Without a notification service, nothing happens.
 class UserNotificationCenter {
  public:
   virtual ~UserNotificationCenter() = default;
 
-  /// Whether there is a notification service at all.
+  /// Whether there is a notification service.
   virtual bool isAvailable() const = 0;
   virtual void setDelegate(std::weak_ptr<UserNotificationCenterDelegate> delegate) = 0;
-  /// Hands the notification to the service; the delegate hears of it when the service has taken it.
+  /// Sends the notification. The delegate is told when the service has accepted it.
   virtual void deliver(const UserNotification &notification) = 0;
   virtual void removeDeliveredNotification(const UserNotification &notification) = 0;
 };

@@ -9,7 +9,7 @@
 namespace tavril {
 
 /// What a rejected entry is put back to: the text last read from the servo. Before the first read it is the
-/// field itself, as it stands; that seed is meant, and puts a rejected entry back to what was typed.
+/// field itself. Kept: C24.
 class EntryValue {
  public:
   EntryValue() = default;

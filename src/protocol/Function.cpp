@@ -1,44 +1,42 @@
 #include "protocol/Function.h"
 
 #include "platform/Desktop.h"
+#include "platform/KeyedText.h"
 #include "platform/Log.h"
 #include "platform/ModalAlert.h"
-#include "platform/NamedDevice.h"
 #include "platform/ScreenElement.h"
 #include "platform/StringTable.h"
 #include "protocol/CommandSender.h"
+#include "protocol/ConnectionState.h"
 #include "protocol/RegisterCatalogue.h"
 #include "protocol/SharedState.h"
 #include "protocol/StatusLists.h"
 
 #include <QLatin1String>
 #include <algorithm>
-#include <array>
 #include <thread>
 
 namespace tavril {
 
 namespace {
 
-constexpr int calibrationAngle = 15;
-constexpr int firstStatusRegister = 16;
-constexpr qsizetype dataAt = 3;  // first data byte of a reply
-constexpr qsizetype highAt = 4;  // high and low byte of a register's value
-constexpr qsizetype lowAt = 5;
+using wire::CommandCode;
 
-std::uint8_t lowByte(int value) {
-  return static_cast<std::uint8_t>(value & 0xFF);
-}
+constexpr qsizetype codeAt = wire::FrameByte::code;
+constexpr qsizetype dataAt = wire::FrameByte::firstData;
+constexpr qsizetype highAt = dataAt + 1;  // high and low byte of a register's value
+constexpr qsizetype lowAt = dataAt + 2;
 
 /// The row of the command that the reply answers, or nothing for a code that is not in the table.
-const FrameRow *rowOf(const QString &code) {
-  const auto *found = std::ranges::find_if(
-      frameTable, [&](const FrameRow &row) { return code == QString::number(static_cast<int>(row.code)); });
-  return found == frameTable.end() ? nullptr : found;
+const wire::FrameRow *rowOf(const QString &code) {
+  const auto *found = std::ranges::find_if(wire::frameTable, [&](const wire::FrameRow &row) {
+    return code == QString::number(static_cast<int>(row.code));
+  });
+  return found == wire::frameTable.end() ? nullptr : found;
 }
 
 QString countText(int bits, const StatusList &list, const QString &byteText) {
-  // A byte is never negative; the branch stands for the order of decisions and is meant to stay.
+  // Kept: C18.
   if (bits < 0) return byteText + QStringLiteral(" Item");
   return QStringLiteral("%1 Items").arg(list.count);
 }
@@ -50,69 +48,54 @@ Function::Function(SharedState &state, CommandSender &sender, const Desktop &des
 
 // ---------------------------------------------------------------------------------------------- builders
 
-void Function::begin(CommandCode code) {
-  const std::size_t length = frameRow(code).length();
-  state_.SerialCMD[FrameByte::start] = startMark;
-  state_.SerialCMD[FrameByte::length] = static_cast<std::uint8_t>(length);
-  state_.SerialCMD[FrameByte::code] = static_cast<std::uint8_t>(code);
-  state_.SerialCMD[length - 1] = endMark;
+void Function::fill(const wire::Command &command) {
+  const wire::CommandBuffer buffer = wire::encode(command);
+  std::ranges::copy(wire::frameIn(buffer), state_.SerialCMD.begin());
 }
 
-void Function::send(CommandCode code) {
-  begin(code);
+void Function::send(const wire::Command &command) {
+  fill(command);
   sender_.SendCMDtoMCU();
 }
 
 void Function::Init_Servo() {
-  send(CommandCode::InitServo);
+  send(wire::Command::detect());
 }
 
 void Function::Release_Servo() {
-  send(CommandCode::ReleaseServo);
+  send({CommandCode::ReleaseServo});
 }
 
 void Function::Reboot_Servo() {
-  send(CommandCode::RebootServo);
+  send({CommandCode::RebootServo});
 }
 
 void Function::ResetServotoDefaultSetting() {
-  send(CommandCode::ResetServo);
+  send({CommandCode::ResetServo});
 }
 
 void Function::ReadServoPosition() {
-  send(CommandCode::ReadServoPosition);
+  send(wire::Command::readPosition());
 }
 
 void Function::SetServoPosition(int position) {
-  begin(CommandCode::SetServoPosition);
-  state_.SerialCMD[3] = lowByte((position & 0xFF00) >> 8);
-  state_.SerialCMD[4] = lowByte(position);
-  sender_.SendCMDtoMCU();
+  send(wire::Command::setPosition(position));
 }
 
 void Function::ReadServoSettingValue(int registerNumber) {
-  begin(CommandCode::ReadServoSettingValue);
-  state_.SerialCMD[3] = lowByte(registerNumber);
-  sender_.SendCMDtoMCU();
+  send(wire::Command::readRegister(registerNumber));
 }
 
 void Function::WriteServoSettingValue(std::uint8_t registerNumber, int value) {
-  begin(CommandCode::WriteServoSettingValue);
-  state_.SerialCMD[3] = registerNumber;
-  state_.SerialCMD[4] = lowByte(value / 256);  // truncates toward zero: -1 becomes 00 FF
-  state_.SerialCMD[5] = lowByte(value % 256);
-  if (registerNumber == calibrationAngle) {
-    state_.SerialCMD[4] = value >= 0 ? 0x00 : 0xFF;
-    state_.SerialCMD[5] = lowByte(value);
-  }
+  fill(wire::Command::writeRegister(registerNumber, value));
   logCommand();
   sender_.SendCMDtoMCU();
 }
 
 void Function::ErrorMessageReturn(int code) {
-  begin(CommandCode::ErrorMessage);
-  if (code >= 1 && code <= 3) state_.SerialCMD[3] = lowByte(code);
-  sender_.SendCMDtoMCU();
+  // Kept: C9.
+  const bool isKnown = code >= 1 && code <= 3;
+  send(wire::Command::reportError(isKnown ? code : state_.SerialCMD[wire::FrameByte::firstData]));
 }
 
 void Function::ReadMotorParameter(int registerNumber) {
@@ -128,30 +111,27 @@ void Function::WriteMotorParameter(int registerNumber) {
 
 void Function::logCommand() {
   QString frame;
-  for (std::size_t i = 0; i < state_.SerialCMD[FrameByte::length]; ++i) {
-    frame += QString::number(state_.SerialCMD[i], 16) + u' ';
-  }
+  for (const std::uint8_t byte : wire::frameIn(state_.SerialCMD)) frame += QString::number(byte, 16) + u' ';
   log_.write(QStringLiteral("CMD=") + frame);
 }
 
 // ----------------------------------------------------------------------------------------------- replies
 
 QString Function::returnErrorCode(const QStringList &frame) {
-  const QString code = frame.value(static_cast<qsizetype>(FrameByte::code));
-  const FrameRow *row = rowOf(code);
+  const QString code = frame.value(codeAt);
+  const wire::FrameRow *row = rowOf(code);
   QString result;
   if (!row || row->code == CommandCode::ReleaseServo) {
-    // Meant: the answer to a release is decoded as an unknown one.
+    // Kept: C11.
     result = QStringLiteral("Null");
   } else if (row->code == CommandCode::ReadServoSettingValue && !state_.limitFlag.isEmpty()) {
-    // While the dial is dragged the fields are the user's.
+    // Kept: C17.
   } else if (static_cast<std::size_t>(frame.size()) < row->replyPlaces()) {
     // The position read last must not be lost to a cut reply, so the text that the link keeps stays too.
     log_.write(QStringLiteral("Reply too short, ignored: ") + listText(frame));
     result = state_.returnSTR;
   } else {
-    // Meant: where a reply is one byte shorter than it should be, its end mark is taken for the last of its
-    // data.
+    // If a reply is one byte short, its end mark counts as the last byte of its data.
     switch (row->code) {
       case CommandCode::InitServo:
         result = decodeDetection(frame);
@@ -160,10 +140,11 @@ QString Function::returnErrorCode(const QStringList &frame) {
         result = decodeSetting(frame);
         break;
       case CommandCode::WriteServoSettingValue:
-        if (frame[dataAt] == QString::number(calibrationAngle)) {
+        // Kept: C13.
+        if (frame[dataAt] == QString::number(wire::RegisterNumber::CalibrationAngle)) {
           alertUser(strings_.text(u"SetOK"), QString());
         }
-        // Meant: this is what the acknowledgement of a write says, although the write succeeded.
+        // Kept: C12.
         result = QStringLiteral("Lost Servo Connecting");
         break;
       case CommandCode::ErrorMessage:
@@ -186,8 +167,8 @@ QString Function::returnErrorCode(const QStringList &frame) {
   return result;
 }
 
-void Function::show(QStringView key, const QString &text) const {
-  state_.ObjectDictionaryArray.element(key).setText(text);
+void Function::showMessage(const KeyedText &message) const {
+  state_.ObjectDictionaryArray.show(u"errormsg", message, strings_);
 }
 
 void Function::alertUser(const QString &messageText, const QString &informativeText) {
@@ -196,28 +177,28 @@ void Function::alertUser(const QString &messageText, const QString &informativeT
 }
 
 QString Function::decodeDetection(const QStringList &frame) {
-  log_.write(frame[static_cast<qsizetype>(FrameByte::code)]);
+  log_.write(frame[codeAt]);
   QString message;
   if (frame[dataAt] == u"0") {
     message = strings_.text(u"no_servo");
     alertUser(strings_.text(u"Error"), message);
     state_.CanUseTavril = QStringLiteral("fail");
     state_.ToolbarFlag = QStringLiteral("MotorInitFail");
-    show(u"errormsg", message);
+    showMessage(KeyedText(u"no_servo"));
   } else if (frame[dataAt] == u"1") {
     message = QLatin1String("");  // empty, which is not the null of an unknown result
     state_.CanUseTavril = QStringLiteral("true");
     state_.ToolbarFlag = QStringLiteral("MotorInitOK");
-    show(u"errormsg", message);
+    showMessage(KeyedText());
     ReadServoSettingValue(1);
-  } else if (frame[dataAt] == u"2") {
+  } else if (frame[dataAt] == u"2") {  // Kept: C15.
     message = strings_.text(u"there_are_more_than_one_servo");
     state_.CanUseTavril = QStringLiteral("fail");
     state_.ToolbarFlag = QStringLiteral("MotorInitFail");
-    show(u"errormsg", message);
+    showMessage(KeyedText(u"there_are_more_than_one_servo"));
   }
-  const QString port = state_.SelectSerial ? state_.SelectSerial->name() : QString();
-  show(u"ConnectStatus", strings_.text(u"COM_Connect_P1") + port);
+  // Kept: C16.
+  showConnection(state_, ConnectionState::Connected, strings_);
   state_.ObjectDictionaryArray.element(u"ContrainerView_WaitView").setHidden(true);
   return message;
 }
@@ -227,13 +208,14 @@ QString Function::decodeSetting(const QStringList &frame) {
   for (const RegisterRow &row : settingRegisters()) {
     if (number != QString::number(row.number)) continue;
     showSetting(row, frame);
-    if (row.number == settingCount) OnlyReadFlag = QString::number(firstStatusRegister);
+    if (row.number == wire::settingCount) OnlyReadFlag = QString::number(row.number + 1);
     ReadMotorParameter(row.number + 1);
     return QStringLiteral("Read Servo Setting Value Success");
   }
   if (!decodeStatus(frame)) {
     OnlyReadFlag.clear();
-    show(u"StatusError_value", frame[lowAt]);
+    // Kept: C22.
+    state_.ObjectDictionaryArray.element(u"StatusError_value").setText(frame[lowAt]);
     log_.warn(QStringLiteral("Error=") + listText(frame));
     log_.warn(QStringLiteral("Read Error!"));
   }
@@ -243,12 +225,12 @@ QString Function::decodeSetting(const QStringList &frame) {
 void Function::showSetting(const RegisterRow &row, const QStringList &frame) {
   ScreenElement &element = state_.ObjectDictionaryArray.element(row.valueKey);
   const QString &low = frame[lowAt];
-  if (row.reply == ReplyValue::Word) {
-    element.setText(QString::number(frame[highAt].toInt() * 256 + low.toInt()));
-  } else if (row.reply == ReplyValue::SignedByte) {
-    const auto value = static_cast<std::int8_t>(low.toInt() & 0xFF);
+  const int value = wire::valueOf(*wire::findRegister(row.number), frame[highAt].toInt(), low.toInt());
+  if (row.reply == wire::ReplyValue::Word) {
+    element.setText(QString::number(value));
+  } else if (row.reply == wire::ReplyValue::SignedByte) {
     log_.write(QString::number(value & 0x80, 16));
-    if ((value & 0x80) != 0) {
+    if (value < 0) {
       element.setIntegerValue(value);
     } else {
       element.setText(low);
@@ -262,41 +244,41 @@ void Function::showSetting(const RegisterRow &row, const QStringList &frame) {
 }
 
 bool Function::decodeStatus(const QStringList &frame) {
-  for (int number = firstStatusRegister; number <= registerCount; ++number) {
-    const QString text = QString::number(number);
-    // The reply counts as the register that it names or the one that is expected, whichever comes first.
+  for (const RegisterRow &row : registerCatalogue().subspan<wire::settingCount>()) {
+    const QString text = QString::number(row.number);
+    // Kept: C20.
     if (frame[dataAt] != text && OnlyReadFlag != text) continue;
-    if (number < registerCount) OnlyReadFlag = QString::number(number + 1);  // meant: it stays at "20"
-    showStatus(number, frame);
-    ReadMotorParameter(number + 1);
+    // Kept: C21.
+    if (row.number < wire::registerCount) OnlyReadFlag = QString::number(row.number + 1);
+    showStatus(row, frame);
+    ReadMotorParameter(row.number + 1);
     return true;
   }
   return false;
 }
 
-void Function::showStatus(int registerNumber, const QStringList &frame) {
-  static constexpr std::array logNames{u"StatusError", u"StatusDetail", u"PresentVolt", u"PresentTemp",
-                                       u"PresentLoad"};
-  const auto name = logNames[static_cast<std::size_t>(registerNumber - firstStatusRegister)];
-  log_.write(QString::fromUtf16(name) + u'=' + listText(frame));
+void Function::showStatus(const RegisterRow &row, const QStringList &frame) {
+  // The log names a status register as its screen element is named, without "_value".
+  log_.write(row.valueKey.first(row.valueKey.indexOf(u'_')).toString() + u'=' + listText(frame));
 
-  const RegisterRow &row = *findRegister(registerNumber);
+  ScreenElement &element = state_.ObjectDictionaryArray.element(row.valueKey);
   const int bits = frame[lowAt].toInt();
-  if (row.reply == ReplyValue::ErrorBits) {
+  if (row.reply == wire::ReplyValue::ErrorBits) {
     const StatusList list = statusErrorList(bits, strings_, log_);
-    state_.ErrorMsgShowToMegView.insert(QStringLiteral("Error"), list.text);
-    show(row.valueKey, countText(bits, list, frame[lowAt]));
-  } else if (row.reply == ReplyValue::DetailBits) {
+    state_.ErrorMsgShowToMegView.insert(QStringLiteral("Error"), list.keyedText);
+    element.setText(countText(bits, list, frame[lowAt]));
+  } else if (row.reply == wire::ReplyValue::DetailBits) {
     const bool shutDownDisabled = state_.ObjectDictionaryArray.element(u"Torque_value").text() == u"0";
     const StatusList list = statusDetailList(bits, shutDownDisabled, strings_, log_);
-    state_.ErrorMsgShowToMegView.insert(QStringLiteral("Detail"), list.text);
-    show(row.valueKey, countText(bits, list, frame[lowAt]));
+    state_.ErrorMsgShowToMegView.insert(QStringLiteral("Detail"), list.keyedText);
+    element.setText(countText(bits, list, frame[lowAt]));
   } else {
-    show(row.valueKey, frame[lowAt]);
+    element.setText(frame[lowAt]);
   }
 }
 
 QString Function::decodeErrorReport(const QStringList &frame) {
+  // Kept: C14.
   static const QStringList texts{QStringLiteral("Packet CMD Error"), QStringLiteral("Packet Timerout"),
                                  QStringLiteral("Packet Length Error"),
                                  QStringLiteral("Packet Setting Over Range"),
@@ -305,13 +287,13 @@ QString Function::decodeErrorReport(const QStringList &frame) {
   for (qsizetype code = 0; code < texts.size(); ++code) {
     if (frame[dataAt] == QString::number(code)) text = texts[code];
   }
-  show(u"errormsg", text);
+  showMessage(KeyedText::words(text));
   log_.warn(text);
   return text;
 }
 
 QString Function::decodePosition(const QStringList &frame) {
-  QString position = QString::number(frame[dataAt].toInt() * 256 + frame[dataAt + 1].toInt());
+  QString position = QString::number(wire::wordOf(frame[dataAt].toInt(), frame[dataAt + 1].toInt()));
   log_.write(position);
   state_.ToolbarFlag = QStringLiteral("UpdateMotorValue");
   return position;

@@ -1,16 +1,18 @@
 #pragma once
 
-#include "protocol/Frames.h"
-
 #include <QString>
 #include <QStringList>
-#include <QStringView>
 
 #include <cstdint>
 
 namespace tavril {
 
+namespace wire {
+struct Command;
+}
+
 class CommandSender;
+class KeyedText;
 class Log;
 class ModalAlert;
 class StringTable;
@@ -25,6 +27,7 @@ class Function {
  public:
   Function(SharedState &state, CommandSender &sender, const Desktop &desktop);
 
+  // Kept: C7.
   void Init_Servo();
   void Release_Servo();
   void Reboot_Servo();
@@ -49,18 +52,18 @@ class Function {
   QString returnErrorCode(const QStringList &frame);
 
  private:
-  void begin(CommandCode code);
-  void send(CommandCode code);
+  void fill(const wire::Command &command);
+  void send(const wire::Command &command);
   void logCommand();
 
-  void show(QStringView key, const QString &text) const;
+  void showMessage(const KeyedText &message) const;
   void alertUser(const QString &messageText, const QString &informativeText);
 
   QString decodeDetection(const QStringList &frame);
   QString decodeSetting(const QStringList &frame);
   void showSetting(const RegisterRow &row, const QStringList &frame);
   bool decodeStatus(const QStringList &frame);
-  void showStatus(int registerNumber, const QStringList &frame);
+  void showStatus(const RegisterRow &row, const QStringList &frame);
   QString decodeErrorReport(const QStringList &frame);
   QString decodePosition(const QStringList &frame);
 

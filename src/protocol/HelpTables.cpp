@@ -13,10 +13,10 @@ namespace tavril {
 
 namespace {
 
-// The texts stand as the system has them, "RAED" included. Two are meant although they look wrong: the one of
-// "Kd" names Ki first, and the one of "CalibrationAngle" explains the present current.
-std::array<HelpEntry, settingCount> helpTexts() {
+// Kept: C2.
+std::array<HelpEntry, wire::settingCount> helpTexts() {
   return {{
+      // Kept: C3.
       QStringList{QStringLiteral("系統沒有馬達"), QStringLiteral("系統有兩顆以上的馬達")},
       QStringList{QStringLiteral("Only STAT command reply"),
                   QStringLiteral("Only EEPROM/RAM RAED and STAT commands reply"),
@@ -34,6 +34,7 @@ std::array<HelpEntry, settingCount> helpTexts() {
                      "applied to motor is adjusted by multiplying Kp and current position error"),
       QStringLiteral("Servo position control parameter, integral gain constant Ki. Output torque applied "
                      "to motor is adjusted by multiplying Ki and summation of error over operating time."),
+      // Kept: C4.
       QStringLiteral("Servo position control parameter, derivative gain constant Ki. Output torque applied "
                      "to motor is adjusted by multiplying Kd and slope of error over operating time."),
       QStringLiteral("Over temperature error check period. The value is 10ms/Tick. For example, 120 ms is "
@@ -42,6 +43,7 @@ std::array<HelpEntry, settingCount> helpTexts() {
                      "is represented as value 12."),
       QStringLiteral("Over current error check period. The value is 10ms/Tick. For example, 120 ms is "
                      "represented as value 12."),
+      // Kept: C5.
       QStringLiteral("This value shows present supplying current. The value is 200 times the actual "
                      "current."),
   }};

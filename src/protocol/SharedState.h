@@ -1,8 +1,10 @@
 #pragma once
 
+#include "platform/KeyedText.h"
+#include "protocol/ConnectionState.h"
 #include "protocol/EntryValue.h"
-#include "protocol/Frames.h"
 #include "protocol/ValueStore.h"
+#include "wire/Frames.h"
 
 #include <QHash>
 #include <QString>
@@ -21,21 +23,23 @@ class SerialPort;
 /// A help text, or a register's choice texts (index = value).
 using HelpEntry = std::variant<QString, QStringList>;
 
-/// What the parts of the program share, under the names by which all of them know it. One instance, made by
-/// main and passed on by reference; tests make their own. Main thread only. Texts are empty when idle.
+/// What the parts of the program share. One instance, made by main and passed on by reference; tests make
+/// their own. Main thread only. Texts are empty when idle. Kept: C6.
 struct SharedState {
-  CommandBuffer SerialCMD{};         ///< the command being sent; all zero between two transmissions
+  wire::CommandBuffer SerialCMD{};   ///< the command being sent; all zero between two transmissions
   ValueStore ObjectDictionaryArray;  ///< screen elements by key
+
+  ConnectionState connection = ConnectionState::NotConnected;
 
   QString ToolbarFlag;        ///< request word for the screen, such as "MotorInitOK"
   QString CanUseTavril;       ///< "true" once exactly one servo answered, "fail" after a failed detection
   QString limitFlag;          ///< "MouseIn" while the dial is dragged
-  QString TextMouseFlag;      ///< "MouseDown" while the dial is dragged
+  QString TextMouseFlag;      ///< "MouseDown" after a press outside the dial
   QString CancelConnectFlag;  ///< "disconnect" after the user gave up waiting
   QString returnSTR;          ///< what the last decoded reply said; the position after a position reply
 
-  QHash<QString, EntryValue> textFieldValue;      ///< what a rejected entry is put back to, by entry key
-  QHash<QString, QString> ErrorMsgShowToMegView;  ///< decoded status lists under "Error" and "Detail"
+  QHash<QString, EntryValue> textFieldValue;        ///< what a rejected entry is put back to, by entry key
+  QHash<QString, KeyedText> ErrorMsgShowToMegView;  ///< decoded status lists under "Error" and "Detail"
 
   std::vector<std::shared_ptr<SerialPort>> allSerialPortsInfo;  ///< USB ports ever seen; the first is opened
   std::shared_ptr<NamedDevice> SelectSerial;                    ///< port chosen in the dialog, for messages

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/KeyedText.h"
+
 #include <QString>
 
 namespace tavril {
@@ -9,7 +11,8 @@ class StringTable;
 
 /// A status byte as the user sees it: a numbered list and how many items it has.
 struct StatusList {
-  QString text;  ///< empty when no bit is set, else a separator line and then the items, a line each
+  KeyedText keyedText;  ///< empty when no bit is set, else a separator line and then the items, a line each
+  QString text;         ///< the same in the language of the table
   int count = 0;
 };
 

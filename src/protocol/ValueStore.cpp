@@ -31,4 +31,15 @@ ScreenElement &ValueStore::element(QStringView key) const {
   return found ? *found : none;
 }
 
+void ValueStore::show(QStringView key, const KeyedText &text, const StringTable &strings) {
+  texts_[key.toString()] = text;
+  element(key).setText(text.in(strings));
+}
+
+void ValueStore::showAgain(const StringTable &strings) const {
+  for (auto text = texts_.cbegin(); text != texts_.cend(); ++text) {
+    element(text.key()).setText(text.value().in(strings));
+  }
+}
+
 }  // namespace tavril

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/KeyedText.h"
+
 #include <QHash>
 #include <QString>
 #include <QStringView>
@@ -7,8 +9,9 @@
 namespace tavril {
 
 class ScreenElement;
+class StringTable;
 
-/// Screen elements by key. Owns none of them. Main thread only.
+/// Screen elements by key, and which texts they were given. Owns no element. Main thread only.
 class ValueStore {
  public:
   void set(const QString &key, ScreenElement &element) { elements_[key] = &element; }
@@ -19,8 +22,16 @@ class ValueStore {
   /// The element under the key; where there is none, one that shows nothing and keeps nothing.
   ScreenElement &element(QStringView key) const;
 
+  /// Sets the text of the element and remembers it. All texts that a string table has a part in go this way.
+  void show(QStringView key, const KeyedText &text, const StringTable &strings);
+  /// What show() was last given for this element.
+  KeyedText shown(QStringView key) const { return texts_.value(key.toString()); }
+  /// Puts all remembered texts into another language.
+  void showAgain(const StringTable &strings) const;
+
  private:
   QHash<QString, ScreenElement *> elements_;
+  QHash<QString, KeyedText> texts_;
 };
 
 }  // namespace tavril

@@ -8,6 +8,7 @@
 namespace tavril {
 
 bool PortRegistry::addSerialPort(const std::shared_ptr<SerialPort> &port) {
+  // Kept: C39.
   if (port->name().first(std::min<qsizetype>(3, port->name().size())) != u"usb") return false;
   {
     const std::lock_guard lock(mutex_);

@@ -16,7 +16,7 @@ class PortRegistry {
  public:
   using PortList = std::vector<std::shared_ptr<SerialPort>>;
 
-  /// `allSerialPortsInfo` is the application's list: it owns its ports and is never pruned here.
+  /// `allSerialPortsInfo` is the application's list: it owns its ports. Kept: C40.
   explicit PortRegistry(PortList &allSerialPortsInfo) : allSerialPortsInfo_(allSerialPortsInfo) {}
 
   /// Registers the port, and lists it for the application unless a port of the same name stands there

@@ -136,7 +136,7 @@ bool PortRequests::reallySendRequest(const Request &request) {
   return sent;
 }
 
-/// Makes the request the pending one and sends it. Where that fails it stays pending: meant.
+/// Makes the request the pending one and sends it. Kept: C55.
 bool PortRequests::begin(const Request &request, std::uint64_t opening) {
   Request before = request;
   {
@@ -182,7 +182,7 @@ bool PortRequests::takeResponse() {
   const QByteArray response = received();
   if (!request->dataIsValidResponse(response)) return false;
   setPendingRequestTimeoutTimer(nullptr);
-  if (!response.isEmpty()) {
+  if (!response.isEmpty()) {  // Kept: C56.
     onMainQueue(SerialPortCallback::DidReceiveResponse,
                 [response, request](const auto &port, const auto &delegate) {
                   if (delegate) delegate->didReceiveResponse(port, response, request);

@@ -64,7 +64,7 @@ bool ReadLoop::readOnce(PortLine &line) {
     return session_->hasEnded() ? CallResult::success()
                                 : calls_.read(descriptor, std::span(buffer).first(assembler_.room()));
   });
-  if (got.value <= 0) {
+  if (got.value <= 0) {  // Kept: C54.
     // The rest will not come from a line like this. What else is held comes out in the next rounds.
     if (!assembler_.isWaiting() || session_->isClosing()) return false;
     line.receiveData(assembler_.takeFirstRead(), place);

@@ -26,6 +26,7 @@ namespace {
 
 constexpr std::chrono::milliseconds pinPollInterval{10};
 
+// Kept: C46.
 void reportMisuse(const SerialEnvironment &environment, const QString &text) {
   environment.log.warn(QStringLiteral("*** Assertion failure: ") + text);
 }
@@ -168,7 +169,7 @@ CallResult SerialPort::openExclusively() {
   TerminalCalls &calls = environment_.terminal;
   const CallResult opened = calls.open(path().toStdString());
   const int descriptor = static_cast<int>(opened.value);
-  if (descriptor == 0) calls.close(descriptor);  // meant: descriptor 0 counts as failure, as 0 means closed
+  if (descriptor == 0) calls.close(descriptor);  // Kept: C47.
   if (descriptor < 1) return CallResult::failure(opened.error);
   if (const CallResult locked = calls.lock(descriptor); locked.failed()) {
     calls.close(descriptor);
@@ -275,12 +276,12 @@ bool SerialPort::closeSession(const std::shared_ptr<LineSession> &closing) {
   if (closing) closing->end();
   setSession(nullptr);
   const std::uint64_t opening = requests_->opening();
-  // Meant: without that callback the requests survive the closing.
+  // Kept: C48.
   const auto told =
       delegateRespondsTo(SerialPortCallback::WasClosed) ? std::make_shared<ToldOnce>(false) : nullptr;
   const CallResult closed = giveUpDescriptor(told);
   if (closed.failed()) {
-    // Meant: the semaphore is not signalled here, so a later close() of this port waits for good.
+    // Kept: C49.
     notifyDelegateOfPosixError(closed.error);
     return false;
   }

@@ -85,7 +85,7 @@ class SerialPort final : public NamedDevice,
   bool sendData(const QByteArray &bytes);
   /// Tells the delegate that the device is gone, then closes.
   void cleanupAfterSystemRemoval();
-  /// Deprecated; logs a warning and does what cleanupAfterSystemRemoval() does.
+  /// Deprecated; logs a warning and does what cleanupAfterSystemRemoval() does. Kept: C53.
   void cleanup();
   /// For whoever watches the devices. This port's device has come, maybe as another one at the same path.
   void deviceWasPublished(RegistryHandle device);

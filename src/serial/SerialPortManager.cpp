@@ -23,6 +23,7 @@ std::weak_ptr<SerialPortManager> &sharedInstance() {
   return instance;
 }
 
+// Kept: C45.
 void logUnexpectedContext(const SerialEnvironment &environment, const DeviceRegistry::Context *context,
                           const QString &function) {
   environment.log.warn(QStringLiteral("Unexpected context object %1 in %2. Context object should be an "
@@ -137,6 +138,7 @@ void SerialPortManager::serialPortsWerePublished(RegistryHandle iterator) {
   std::vector<std::size_t> indexes;
   for (std::size_t i = 0; i < ports.size(); ++i) indexes.push_back(availablePorts_.size() + i);
   insertAvailablePorts(ports, indexes);
+  // Kept: C44.
   post(SerialPortsWereConnectedNotification, ConnectedSerialPortsKey, ports);
 }
 

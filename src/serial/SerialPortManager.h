@@ -17,7 +17,7 @@ struct SerialEnvironment;
 
 using SerialPortList = std::vector<std::shared_ptr<SerialPort>>;
 
-// The names say "Were" and the values "Was": meant, users compare with the values.
+// Kept: C41.
 inline constexpr char16_t SerialPortsWereConnectedNotification[] = u"SerialPortWasConnectedNotification";
 inline constexpr char16_t SerialPortsWereDisconnectedNotification[] =
     u"SerialPortWasDisconnectedNotification";
@@ -33,7 +33,7 @@ class SerialPortManager final : public DeviceRegistry::Context {
  public:
   /// The one manager; made on first use, and anew only when nobody held the last one any more.
   static std::shared_ptr<SerialPortManager> sharedSerialPortManager(const SerialEnvironment &environment);
-  /// A new one is never handed out: both yield the shared manager.
+  /// Both give the shared manager. Kept: C43.
   static std::shared_ptr<SerialPortManager> alloc(const SerialEnvironment &environment);
   std::shared_ptr<SerialPortManager> copy();
 
@@ -59,7 +59,7 @@ class SerialPortManager final : public DeviceRegistry::Context {
   void serialPortsWerePublished(RegistryHandle iterator);
   void serialPortsWereTerminated(RegistryHandle iterator);
 
-  /// Close the open ports, and open those again. Nothing in this build calls them: meant.
+  /// Close the open ports, and open those again. Kept: C42.
   void systemWillSleep(const Notification &notification);
   void systemDidWake(const Notification &notification);
 

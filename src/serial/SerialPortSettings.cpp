@@ -33,6 +33,7 @@ void SerialPort::setPortOptions() {
   if (applied.failed()) notifyDelegateOfPosixError(applied.error);
 }
 
+// Kept: C51.
 void SerialPort::setBaudRate(unsigned long baudRate) {
   settings_.baudRate = baudRate;
   setPortOptions();
@@ -51,7 +52,7 @@ void SerialPort::setShouldEchoReceivedData(bool echo) {
 }
 
 void SerialPort::setParity(std::uint64_t parity) {
-  if (parity > SerialPortParityEven) parity = SerialPortParityNone;
+  if (parity > SerialPortParityEven) parity = SerialPortParityNone;  // Kept: C52.
   if (settings_.parity == parity) return;
   settings_.parity = parity;
   setPortOptions();
@@ -71,7 +72,7 @@ void SerialPort::setUsesDCDOutputFlowControl(bool use) {
 
 void SerialPort::applyFlowControl(bool FlowControl::*kind, bool use) {
   if (settings_.flowControl.*kind == use) return;
-  // Some drivers ignore flow control that is changed on an open port.
+  // Kept: C50.
   const bool wasOpen = isOpen();
   close();
   settings_.flowControl.*kind = use;

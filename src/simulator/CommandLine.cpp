@@ -12,7 +12,7 @@ namespace {
 
 constexpr long long longestTime_ms = 600'000;
 
-/// The program's options over Qt's parser, which knows no numbers; keeps the first complaint.
+/// Adds numbers to Qt's parser, and keeps the first error.
 class Arguments {
  public:
   Arguments() {

@@ -14,9 +14,9 @@ struct CommandLine {
   Action action = Action::Serve;
   /// What to show: the help, the version, or what is wrong with the arguments.
   QString text;
-  /// The program keeps the pace of the wire unless told otherwise.
+  /// Unlike `Options` itself, the program keeps the pace of the wire by default.
   Options options;
-  /// Empty when none is wanted.
+  /// The following are empty if they were not given.
   QString link;
   QString logFile;
   QString from;

@@ -83,7 +83,7 @@ void FrameEndpoint::receive(std::span<const std::uint8_t> bytes) {
     } else if (!wasPending || !items.empty()) {
       frameDeadline_ = lastArrival_ + frameTimeout;
     }
-    // The bridge takes its turn on the wire when the whole delivery is in, padding included.
+    // The bridge replies when the whole delivery has arrived, padding included.
     nanoseconds answerAt = lastArrival_;
     if (options_.pace) {
       for (std::size_t next = i + 1; next < bytes.size() && bytes[next] == 0; ++next)
@@ -127,7 +127,7 @@ void FrameEndpoint::take(const ParsedItem &item, nanoseconds answerAt) {
       for (const std::uint8_t byte : item.bytes) log_.stray(byte);
       return;
     case ParsedItem::Kind::BrokenFrame:
-      // The rest is looked at again and may hold the frame that was meant, so the host is not told.
+      // The rest is parsed again and may hold a good frame, so no error is reported.
       model_.notePacketError();
       log_.stray(item.bytes.front());
       return;

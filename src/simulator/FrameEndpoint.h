@@ -18,13 +18,13 @@ namespace tavril::simulator {
 
 class ServoModel;
 
-/// The bridge: takes bytes from the host, acts on the servo and has replies ready when they are due. Knows no
-/// clock: time, the servo's included, passes only in advance(). Not thread-safe but for framesSeen().
+/// The bridge: takes bytes from the host, acts on the servo and has replies ready when they are due. It has
+/// no clock: time passes only in advance(), for the servo as well. Not thread-safe except for framesSeen().
 class FrameEndpoint {
  public:
-  /// A frame that is not finished within this time is given up and reported.
+  /// A frame that is not complete within this time is dropped and reported.
   static constexpr std::chrono::milliseconds frameTimeout{100};
-  /// A delivery whose padding pauses for so long is taken to be over; only the log asks.
+  /// A pause of this length in the padding ends a delivery for the log.
   static constexpr std::chrono::milliseconds paddingPause{20};
 
   /// The model must live as long as this.
@@ -32,25 +32,23 @@ class FrameEndpoint {
   FrameEndpoint(const FrameEndpoint &) = delete;
   FrameEndpoint &operator=(const FrameEndpoint &) = delete;
 
-  /// A new start of the bridge: its clock and its count for unplugAfter begin anew, and bytes under way are
+  /// Starts the bridge again. Its clock and the count for unplugAfter begin at 0, and bytes in transit are
   /// lost.
   void plugIn();
   void receive(std::span<const std::uint8_t> bytes);
   void advance(std::chrono::nanoseconds elapsed);
-  /// What is due to leave now, one write at a time; nothing when there is no more.
+  /// The next write that is due, or nothing.
   std::optional<Bytes> takeDelivery();
-  /// How long advance() has nothing to do without new bytes; nothing means for ever.
+  /// The time until advance() has something to do without new bytes, or nothing.
   std::optional<std::chrono::nanoseconds> timeToNextEvent() const;
-  /// How long the host may yet be silent before advance() takes a frame or a delivery that has begun for all
-  /// there is; nothing when none has begun.
+  /// The time until advance() ends a frame or a delivery that is not complete, or nothing.
   std::optional<std::chrono::nanoseconds> timeToEndOfPatience() const;
 
-  /// True once the options' unplugAfter is reached: nothing is taken or sent any more.
+  /// True when unplugAfter is reached: nothing is received or sent any more.
   bool unplugged() const { return unplugged_; }
-  /// Whole frames so far, whatever became of them. Thread-safe.
+  /// All whole frames so far, also those that were refused. Thread-safe.
   int framesSeen() const { return framesSeen_; }
-  /// The faults may be changed at any time; they hold for the commands that follow (seed and callbacks do
-  /// not).
+  /// The faults may be changed at any time and apply to the commands that follow. Seed and callbacks may not.
   Options &options() { return options_; }
   TrafficLog &log() { return log_; }
 
@@ -71,13 +69,13 @@ class FrameEndpoint {
   FrameParser parser_;
   TrafficLog log_;
   ReplyQueue replies_;
-  // Of its own, so that the noise stays the same with and without losses.
+  // Separate, so that the noise is the same with and without losses.
   std::mt19937 losses_;
   std::atomic<int> framesSeen_{0};
   int framesSincePlugIn_ = 0;
   bool unplugged_ = false;
   std::chrono::nanoseconds now_{0};
-  // When the byte that came last was through on the wire; ahead of now_ when the pace is kept.
+  // When the last byte has arrived on the wire. It is later than now_ if the pace is kept.
   std::chrono::nanoseconds lastArrival_{0};
   std::optional<std::chrono::nanoseconds> frameDeadline_;
   std::optional<std::chrono::nanoseconds> logDeadline_;

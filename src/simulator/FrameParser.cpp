@@ -15,7 +15,7 @@ std::vector<ParsedItem> FrameParser::feed(std::uint8_t byte) {
 std::vector<ParsedItem> FrameParser::timeOut() {
   std::vector<ParsedItem> items;
   if (buffer_.empty()) return items;
-  // A lone start mark is no frame yet: it may be a glitch of the line.
+  // A single start mark may be noise of the line.
   const bool begun = buffer_.size() > 1;
   items.push_back({begun ? ParsedItem::Kind::TimedOut : ParsedItem::Kind::Garbage, buffer_});
   std::vector<ParsedItem> remains;

@@ -7,7 +7,7 @@
 
 namespace tavril::simulator {
 
-/// Something the parser has made up its mind about.
+/// Bytes that the parser has recognised.
 struct ParsedItem {
   enum class Kind {
     Frame,        ///< a whole frame, marks included
@@ -20,12 +20,12 @@ struct ParsedItem {
   Bytes bytes;
 };
 
-/// Cuts frames out of what the host sends, one byte at a time. Goes by the length byte, never by the marks
-/// alone, because parameters may hold any byte; finds the next frame after garbage. Knows no time.
+/// Finds frames in what the host sends, one byte at a time. It uses the length byte, because parameters may
+/// be equal to the marks. After garbage it finds the next frame. It has no clock.
 class FrameParser {
  public:
   std::vector<ParsedItem> feed(std::uint8_t byte);
-  /// Gives up the frame that is under way; frames that stand whole in its remains are still found.
+  /// Drops the frame that is not complete. Whole frames within its bytes are still found.
   std::vector<ParsedItem> timeOut();
   /// True while bytes are kept that may become a frame.
   bool pending() const { return !buffer_.empty(); }

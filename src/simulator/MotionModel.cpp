@@ -6,12 +6,12 @@
 namespace tavril::simulator {
 namespace {
 
-// Braking is planned a little weaker than it could be, so that the speed can follow the plan in whole steps.
+// The planned braking is a little weaker than the possible one, so that the speed can follow the plan in
+// steps.
 constexpr double plannedBraking = 0.9 * MotionModel::topAcceleration;
-// Close to the goal the speed falls in proportion to the way that is left, 1/s: the soft end of a position
-// loop.
+// Close to the goal, the speed is proportional to the distance (1/s), as in a position loop.
 constexpr double endGain = 30.0;
-// Nearer and slower than this the friction holds the shaft.
+// Below this distance and this speed, friction holds the shaft.
 constexpr double restDistance = 0.3;
 constexpr double restSpeed = 10.0;
 
@@ -26,7 +26,7 @@ void MotionModel::setGoal(int goal) {
 
 void MotionModel::hold() {
   stiff_ = true;
-  // A whole count, or the shaft would creep to a place that no reply can name.
+  // Rounded, because a reply has whole counts.
   goal_ = std::clamp(std::round(position_), double{lowestPosition}, double{highestPosition});
 }
 
@@ -38,9 +38,8 @@ double MotionModel::wantedSpeed() const {
   if (!stiff_) return 0.0;
   const double way = goal_ - position_;
   const double distance = std::abs(way);
-  // The square root is the speed from which the planned braking just stops in time; the straight line
-  // replaces it where both have the same slope, which keeps the braking steady up to there and lets it fade
-  // after.
+  // From the speed of the square root, the planned braking stops at the goal. Near the goal, from the point
+  // of equal slope, the straight line replaces it, so that the braking becomes weaker without a jerk.
   const double endDistance = plannedBraking / (endGain * endGain);
   const double speed = distance < endDistance
                            ? endGain * distance

@@ -24,7 +24,7 @@ class MotionModel {
   void release();
   void advance(std::chrono::microseconds step);
 
-  /// Counts, with the fraction that no reply shows.
+  /// Counts, with a fraction that replies do not have.
   double position() const { return position_; }
   /// Counts per second, negative downwards.
   double speed() const { return speed_; }

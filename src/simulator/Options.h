@@ -9,28 +9,30 @@
 
 namespace tavril::simulator {
 
-/// How the virtual servo behaves. As it stands: one servo, no faults, no wire time.
+/// How the virtual servo behaves. By default: one servo, no faults, no time on the wire.
 struct Options {
   enum class Servos { None, One, Several };
 
-  /// What hangs on the bridge. Several answer all but the detection as one: they hold the same settings.
+  /// The servos behind the bridge. Several of them have the same settings and reply like one, except to a
+  /// detection.
   Servos servos = Servos::One;
-  /// Commands take effect, but nothing is ever sent back.
+  /// Commands take effect, but no replies are sent.
   bool mute = false;
-  /// One reply in so many is lost, at random; 0 loses none.
+  /// One of this many replies is lost, at random; 0 means none.
   int loseOneIn = 0;
-  /// Time the bridge thinks before it replies.
+  /// The time from a command to its reply.
   std::chrono::milliseconds delay{0};
   /// Bytes that come within this time of the start are lost, as while a bridge boots.
   std::chrono::milliseconds startUp{0};
   /// Replies are cut in pieces of this many bytes; 0 leaves them whole.
   int splitSize = 0;
-  /// Pause between two pieces, and before an end that comes late. Longer than a host puts pieces together.
+  /// The pause between two pieces, and before a late end mark. It is longer than the editor waits for the
+  /// rest.
   std::chrono::milliseconds splitGap{50};
   /// Two replies leave in one write. The first waits for the second, though no longer than glueWait.
   bool glue = false;
   std::chrono::milliseconds glueWait{100};
-  /// Random bytes come before each reply, at times as a write of their own.
+  /// Random bytes come before each reply, sometimes in a write of their own.
   bool noise = false;
   std::uint32_t seed = 1;
   /// The length byte of each reply is one too large.
@@ -41,18 +43,18 @@ struct Options {
   std::optional<std::uint8_t> readError = std::nullopt;
   /// Register writes are answered with this error report, and have no effect.
   std::optional<std::uint8_t> writeError = std::nullopt;
-  /// Whether the servo's reply policy decides what is answered. 0: only detection and reads of the registers
-  /// 16 to 20; 1: also all other reads and the position; 2: everything. Otherwise the bridge always answers.
-  /// Which of the two a real bridge does is not known; this is our guess of what the policy may mean.
+  /// Whether the reply policy of the servo has an effect. 0: only the detection and reads of registers 16 to
+  /// 20 get a reply; 1: also all other reads and the position; 2: everything. This is our guess of what the
+  /// policy means; whether real bridges do so is not known.
   bool obeysReplyPolicy = false;
-  /// The plug is pulled when this many frames have come; the last of them is not answered. 0 never.
+  /// The plug is pulled after this many frames, without a reply to the last one; 0 means never.
   int unplugAfter = 0;
   /// Bytes take the time they need on a wire of 115200 baud, in both directions.
   bool pace = false;
 
-  /// Told each command and reply as one line. Called on the server's thread, with no lock held.
+  /// Gets each command and reply as one line. Called on the server's thread without a lock.
   std::function<void(const QString &line)> log = nullptr;
-  /// Told when unplugAfter has pulled the plug. Called on the server's thread, as its last act.
+  /// Called when unplugAfter has pulled the plug, at the end of the server's thread.
   std::function<void()> unplugged = nullptr;
 };
 

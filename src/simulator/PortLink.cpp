@@ -28,9 +28,9 @@ bool PortLink::create(const QString &path, const QString &target, QString *error
     *error = QStringLiteral("%1 exists and is not a symbolic link; it is left as it is").arg(path);
     return false;
   }
-  // Made beside it and moved over it, so that there is no moment without a link.
+  // Made under another name and renamed, so that there is always a link.
   const QByteArray name = QFile::encodeName(path);
-  // A name that nobody can know beforehand: the folder may be one where others have files, too.
+  // The name cannot be guessed, because others may write to the folder as well.
   const QByteArray passing = name + ".new" + QByteArray::number(QRandomGenerator::system()->generate64(), 36);
   if (::symlink(QFile::encodeName(target).constData(), passing.constData()) != 0) return fail(error, path);
   if (std::rename(passing.constData(), name.constData()) != 0) {

@@ -4,7 +4,7 @@
 
 namespace tavril::simulator {
 
-/// A symbolic link with a lasting name to a terminal with a passing one; taken away when this goes.
+/// A symbolic link with a fixed name to a terminal whose name changes. The destructor removes it.
 class PortLink {
  public:
   PortLink() = default;
@@ -12,10 +12,10 @@ class PortLink {
   PortLink(const PortLink &) = delete;
   PortLink &operator=(const PortLink &) = delete;
 
-  /// Makes the link, in place of an older link if there is one; anything else of that name is left alone.
-  /// False with the reason in `error`.
+  /// Makes the link, and replaces an older link. It is an error if another file has this name. False with the
+  /// reason in `error`.
   bool create(const QString &path, const QString &target, QString *error);
-  /// Takes the link away, unless it has come to point elsewhere.
+  /// Removes the link, unless it points elsewhere by now.
   void remove();
 
  private:

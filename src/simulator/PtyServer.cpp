@@ -70,7 +70,8 @@ bool PtyServer::openTerminal(QString *error) {
     errno = number;
     return fail(error, "ptsname_r");
   }
-  // Held open for as long as the plug is in: without any opener the master would report a hang-up for ever.
+  // Held open until the plug is pulled. If nobody had it open, the master would report a hang-up all the
+  // time.
   FileDescriptor slave(::open(name.data(), O_RDWR | O_NOCTTY | O_CLOEXEC));
   if (!slave.valid()) return fail(error, "open");
   termios attributes{};
@@ -122,12 +123,13 @@ void PtyServer::withEndpoint(const std::function<void()> &act) {
 
 void PtyServer::wake() const {
   const std::uint64_t one = 1;
-  // A full counter wakes as well, and without a descriptor nobody sleeps.
+  // A failure does no harm: a full counter wakes the thread as well, and without a descriptor it does not
+  // sleep.
   if (wake_.valid() && ::write(wake_.get(), &one, sizeof one) < 0) return;
 }
 
-/// Expects the lock. What the host has sent may be waiting in the terminal because this thread is held up,
-/// and must not be late for that: only receive(), when it finds nothing there, lets patience come to an end.
+/// Expects the lock. If this thread was delayed, bytes of the host may be waiting in the terminal, and they
+/// are not late. So only receive() ends an incomplete frame, when it has found nothing to read.
 void PtyServer::catchUp() {
   auto now = std::chrono::steady_clock::now();
   if (const auto left = endpoint_.timeToEndOfPatience()) now = std::min(now, lastAdvance_ + *left - 1ns);
@@ -147,7 +149,7 @@ void PtyServer::serve() {
     if (!receive()) break;
   }
   flushLog();
-  // The master last: closing it is what hangs the line up for the clients.
+  // The master is closed last, because this hangs the line up for the clients.
   slave_.reset();
   master_.reset();
   serving_ = false;
@@ -172,7 +174,7 @@ bool PtyServer::sendAndLog() {
     lines = endpoint_.log().take();
     log = endpoint_.options().log;
   }
-  // Outside the lock, so that the callback may use this object.
+  // Without the lock, so that the callback may use this object.
   if (log) {
     for (const QString &line : lines) log(line);
   }
@@ -193,7 +195,7 @@ void PtyServer::send(const Bytes &bytes) {
     written = ::write(master_.get(), bytes.data(), bytes.size());
   } while (written < 0 && errno == EINTR);
   const std::size_t taken = written < 0 ? 0 : static_cast<std::size_t>(written);
-  // A wire does not wait for its reader.
+  // Like a wire, the terminal does not wait for a reader.
   if (taken < bytes.size()) {
     endpoint_.log().toHost(QStringLiteral("%1 bytes lost, nobody reads").arg(bytes.size() - taken));
   }
@@ -205,7 +207,7 @@ void PtyServer::waitForWork() const {
   timespec timeout{};
   timeout.tv_sec = static_cast<time_t>(waitTime_.count() / 1'000'000'000);
   timeout.tv_nsec = static_cast<long>(waitTime_.count() % 1'000'000'000);
-  // Whatever ended the wait, the loop looks at everything again.
+  // The loop checks everything, whatever ended the wait.
   ::ppoll(descriptors.data(), descriptors.size(), waitTime_.count() < 0 ? nullptr : &timeout, nullptr);
   if ((descriptors[2].revents & POLLIN) != 0) giveBackIfLeft();
 }

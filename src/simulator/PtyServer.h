@@ -15,34 +15,33 @@ namespace tavril::simulator {
 
 class FrameEndpoint;
 
-/// Serves an endpoint on a pseudo-terminal, raw and without echo, on a thread of its own that sleeps until
-/// bytes come or replies are due. Clients may come and go; a reply that nobody reads waits in the terminal
-/// for the next one. A client that was killed has left the terminal in exclusive mode: once nobody has it
-/// open, it is given back. Thread-safe, except that start(), stop() and unplug() are for one
-/// thread.
+/// Serves an endpoint on a pseudo-terminal, raw and without echo. Its thread sleeps until bytes come or
+/// replies are due. Clients may come and go; a reply that nobody reads waits in the terminal for the next
+/// client. A client that was killed leaves the terminal in exclusive mode; this is switched off when nobody
+/// has the terminal open. Thread-safe, except that start(), stop() and unplug() belong to one thread.
 class PtyServer {
  public:
-  /// The endpoint must live as long as this; between start() and stop() touch it only through withEndpoint().
+  /// Between start() and stop(), use the endpoint only through withEndpoint().
   explicit PtyServer(FrameEndpoint &endpoint);
   ~PtyServer();
   PtyServer(const PtyServer &) = delete;
   PtyServer &operator=(const PtyServer &) = delete;
 
-  /// Opens a terminal and starts to serve; false with the reason in `error`. Does nothing when serving
-  /// already.
+  /// Opens a terminal and starts the thread, unless it runs already. False with the reason in `error`.
   bool start(QString *error = nullptr);
-  /// Ends serving and closes the terminal. Harmless when not serving; not for callbacks.
+  /// Ends the thread and closes the terminal. Must not be called from a callback.
   void stop();
-  /// Pulls the plug: the same, named for what a client sees: a line that is hung up. Called on the server's
-  /// own thread (from a callback) it takes effect right after the callback.
+  /// Pulls the plug: the same as stop(), and a client sees that the line is hung up. If it is called from a
+  /// callback, it takes effect after that.
   void unplug();
 
   /// The terminal for clients to open, such as /dev/pts/5; empty before the first start().
   QString path() const;
-  /// False before start() and after the plug is pulled, by whomever.
+  /// False before start() and after the plug was pulled.
   bool serving() const { return serving_; }
 
-  /// Runs `act` while the thread keeps off the endpoint, after the endpoint's time has caught up.
+  /// Brings the endpoint up to the present time and runs `act`. The thread does not use the endpoint
+  /// meanwhile.
   void withEndpoint(const std::function<void()> &act);
 
  private:
@@ -66,7 +65,7 @@ class PtyServer {
   FileDescriptor master_;
   FileDescriptor slave_;
   FileDescriptor wake_;
-  /// Tells when somebody closes the terminal; none where the system has no more of these.
+  /// Reports when somebody closes the terminal. Not valid if the system has no more of these descriptors.
   FileDescriptor closings_;
   std::atomic<bool> serving_{false};
   std::atomic<bool> stopping_{false};

@@ -3,7 +3,7 @@
 #include <array>
 #include <cstdint>
 
-/// The registers of the servo as it sees them itself.
+/// The registers of the virtual servo.
 namespace tavril::simulator::registers {
 
 inline constexpr int servoId = 1;
@@ -27,7 +27,7 @@ inline constexpr int kd = 11;
 inline constexpr int temperaturePeriod = 12;
 inline constexpr int voltagePeriod = 13;
 inline constexpr int loadPeriod = 14;
-/// Trim of the horn, signed; the wire shows positions that are trimmed already.
+/// Signed. Positions on the wire are already corrected by it.
 inline constexpr int calibrationAngle = 15;
 inline constexpr int statusError = 16;
 inline constexpr int statusDetail = 17;
@@ -42,7 +42,7 @@ struct SettingRow {
   int lowest;
   int highest;
   int factory;
-  const char *key;  ///< its name in files, which is the system's own, odd spellings included
+  const char *key;  ///< its name in files, the same as that of `tavrilctl dump`
 };
 
 /// Range, factory value and name of registers 1 to 15, in their order.
@@ -68,7 +68,7 @@ inline constexpr std::array<SettingRow, settingCount> settings{{
 
 namespace tavril::simulator {
 
-/// Bits of register 16. The limit bits go out with their cause; refused commands are remembered until the
+/// Bits of register 16. The bits of limits last as long as their causes; those of refused commands until the
 /// servo is restarted.
 enum StatusError : std::uint8_t {
   VoltageOutOfRange = 0x01,

@@ -58,7 +58,7 @@ void ReplyQueue::schedule(Delivery delivery, nanoseconds readyAt) {
   nanoseconds start = readyAt + options_.delay;
   if (options_.noise) addNoise(delivery, start);
 
-  // The pieces: cut by size, and the last byte by itself when it is to come late.
+  // Pieces of the given size, and the last byte by itself if it comes late.
   std::vector<std::size_t> cuts;
   const std::size_t size = delivery.bytes.size();
   if (options_.splitSize > 0) {
@@ -68,7 +68,7 @@ void ReplyQueue::schedule(Delivery delivery, nanoseconds readyAt) {
   if (options_.lateEnds && (cuts.empty() || cuts.back() != size - 1)) cuts.push_back(size - 1);
   cuts.push_back(size);
 
-  // The lines leave with the first piece, so that the log keeps the order of events.
+  // The log lines go with the first piece, so that they keep the order of events.
   auto lines = std::move(delivery.lines);
   std::size_t from = 0;
   for (const std::size_t to : cuts) {
@@ -94,7 +94,7 @@ void ReplyQueue::addNoise(Delivery &delivery, nanoseconds start) {
 }
 
 void ReplyQueue::send(Delivery delivery, nanoseconds start) {
-  // An adapter hands over a short reply in one go, so a delivery is there when its last byte is.
+  // An adapter delivers a short reply at once, when its last byte has arrived.
   lineFree_ = std::max(lineFree_, start);
   if (options_.pace) lineFree_ += wire::byteTime * static_cast<int>(delivery.bytes.size());
   queue_.push_back({lineFree_, std::move(delivery)});

@@ -13,24 +13,24 @@
 
 namespace tavril::simulator {
 
-/// What leaves the bridge in one write, and the log lines that tell of it.
+/// What the bridge sends in one write, and its log lines.
 struct Delivery {
   Bytes bytes;
   std::vector<QString> lines;
 };
 
-/// Replies on their way to the host: late, in pieces, glued, spoilt and at wire speed, as the options say.
-/// Times are counted from the start of the bridge. Not thread-safe.
+/// Replies on their way to the host: delayed, split, joined, damaged, and at the speed of the wire, as the
+/// options say. Times count from the start of the bridge. Not thread-safe.
 class ReplyQueue {
  public:
-  /// The options are looked at for each reply anew and must live as long as this.
+  /// The options are read for each reply.
   explicit ReplyQueue(const Options &options);
 
-  /// `readyAt` is when the command it answers was in.
+  /// `readyAt` is when its command had arrived.
   void add(Bytes reply, std::chrono::nanoseconds readyAt);
-  /// Forgets what is under way; times begin anew.
+  /// Drops everything; times begin at 0 again.
   void clear();
-  /// The next delivery, once it is due.
+  /// The next delivery, or nothing if it is not due yet.
   std::optional<Delivery> take(std::chrono::nanoseconds now);
   std::optional<std::chrono::nanoseconds> nextDue() const;
 

@@ -9,7 +9,7 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr std::chrono::microseconds stepTime = 1ms;
-// After so long a rest nothing changes any more, so a servo that was left alone overnight need not relive it.
+// After this time at rest nothing changes any more, and the rest of a long time is skipped.
 constexpr std::chrono::microseconds longestReplay = 10min;
 
 constexpr int startPosition = 512;
@@ -19,13 +19,13 @@ constexpr double holdCurrent = 0.05;
 constexpr double runCurrent = 0.35;
 constexpr double accelerationCurrent = 0.45;
 constexpr double supplyResistance_ohm = 0.3;
-// Degrees that one ampere leads to in the end (it goes with the square), and the time it takes to get there.
+// The final rise in degrees for one ampere (it grows with the square), and the time constant.
 constexpr double heatPerSquareAmpere = 55.0;
 constexpr double thermalTime_s = 25.0;
 
 constexpr double loadUnitsPerAmpere = 200.0;
 
-// Tenths, degrees and load units are whole numbers on the wire; limits are compared as the wire shows them.
+// Limits are compared as whole numbers, as on the wire: tenths of a volt, degrees and load units.
 int rounded(double value) {
   return static_cast<int>(std::lround(value));
 }
@@ -45,7 +45,7 @@ constexpr std::array<int, registers::settingCount> factoryValues() {
 ServoModel::ServoModel() : settings_(factoryValues()), motion_(startPosition), current_(currentNow()) {}
 
 std::optional<std::uint16_t> ServoModel::read(int number) const {
-  // The signed calibration angle extends into the high byte by itself.
+  // This extends the sign of the calibration angle into the high byte.
   if (number >= 1 && number <= registers::settingCount) return static_cast<std::uint16_t>(setting(number));
   switch (number) {
     case registers::statusError:
@@ -106,7 +106,7 @@ void ServoModel::factoryReset() {
 
 void ServoModel::advance(std::chrono::microseconds elapsed) {
   if (elapsed <= 0us) return;
-  // Whole steps only, so that the outcome does not depend on how the time was handed in.
+  // Only whole steps, so that the result does not depend on how the time is divided among calls.
   untilStep_ = std::min(untilStep_ + elapsed, longestReplay);
   for (; untilStep_ >= stepTime; untilStep_ -= stepTime) step(stepTime);
 }

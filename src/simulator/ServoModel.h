@@ -10,26 +10,26 @@
 
 namespace tavril::simulator {
 
-/// The servo itself: settings, shaft, supply and heat. Time passes only through advance(). Not thread-safe.
+/// The servo: settings, shaft, supply and temperature. Time passes only in advance(). Not thread-safe.
 class ServoModel {
  public:
   ServoModel();
 
-  /// The 16 bits of registers 1 to 20 as they go over the wire; nothing for any other number.
+  /// The 16 bits of registers 1 to 20 as they are on the wire, or nothing for another number.
   std::optional<std::uint16_t> read(int number) const;
-  /// Takes 16 bits from the wire; false when the register cannot be written or the value is out of its range.
+  /// Takes 16 bits from the wire. False if the register cannot be written, or the value is out of range.
   bool write(int number, std::uint16_t value);
 
-  /// Sends the shaft to a goal; false when it is out of range. While the cause of a shut-down lasts, the goal
-  /// is taken and dropped; afterwards it ends the shut-down.
+  /// Sends the shaft to a goal. False if it is out of range. As long as the cause of a shut-down lasts, the
+  /// goal has no effect; after that, it ends the shut-down.
   bool setGoal(int position);
   void release();
-  /// Keeps the settings and the shaft's place; forgets errors and holds the shaft where it is.
+  /// Keeps the settings, clears the errors, and holds the shaft at its position.
   void reboot();
   /// Restores all fifteen settings, the servo ID included, then reboots.
   void factoryReset();
 
-  /// What the bridge saw go wrong on the wire, for the status register.
+  /// Errors on the wire, for the status register.
   void notePacketError() { remembered_ |= PacketError; }
   void noteUnknownCommand() { remembered_ |= UnknownCommand; }
 
@@ -46,15 +46,15 @@ class ServoModel {
   std::uint8_t statusError() const;
   std::uint8_t statusDetail() const;
 
-  /// The surroundings: volts of the idle supply, degrees Celsius of the room, and amperes that an outer load
-  /// costs while the shaft is stiff.
+  /// The environment: volts of the supply without load, degrees Celsius of the room, and amperes for an
+  /// external load while the shaft is stiff.
   void setSupplyVoltage(double volts) { supplyVoltage_ = volts; }
   void setRoomTemperature(double celsius) { roomTemperature_ = celsius; }
   void setMotorTemperature(double celsius) { temperature_ = celsius; }
   void setOuterLoad(double amperes) { outerLoad_ = amperes; }
 
  private:
-  // A limit counts as passed once it has been exceeded for longer than its check period.
+  // A limit is passed when it has been exceeded for longer than its check period.
   struct Limit {
     std::chrono::microseconds exceeded{0};
     bool passed = false;
@@ -73,7 +73,7 @@ class ServoModel {
   MotionModel motion_;
   double supplyVoltage_ = 7.4;
   double roomTemperature_ = 26.5;
-  // What the holding current makes of the room's.
+  // The room's temperature, raised by the holding current.
   double temperature_ = 27.05;
   double outerLoad_ = 0.0;
   double current_ = 0.0;

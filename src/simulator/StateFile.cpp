@@ -32,7 +32,7 @@ int valueOf(const ServoModel &servo, int number) {
 }
 
 int numberOf(const QString &key) {
-  // The temperature may be spelt right.
+  // The correct spelling is accepted as well.
   const QString name = key == u"max_temperature" ? QStringLiteral("max_tempertaure") : key;
   for (std::size_t i = 0; i < registers::settings.size(); ++i) {
     if (name == QLatin1String(registers::settings[i].key)) return static_cast<int>(i) + 1;
@@ -58,7 +58,7 @@ QByteArray stateText(const ServoModel &servo) {
 
 bool loadState(const QString &path, ServoModel &servo, QString *error) {
   QFile file(path);
-  // Asked first, because opening a device or a pipe may have an effect, or wait.
+  // Checked first, because opening a device or a pipe may have an effect or block.
   if (QFileInfo::exists(path) && !QFileInfo(path).isFile()) {
     return fail(error, path, QStringLiteral("is not a regular file"));
   }

@@ -14,7 +14,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// A lock is seen also where its holder belongs to somebody else.
+/// The locks of other users' processes are visible, too.
 bool isLocked(const std::string &path) {
   struct stat status {};
   if (::stat(path.c_str(), &status) != 0) return false;

@@ -4,8 +4,8 @@
 
 namespace tavril::simulator {
 
-/// Whether any process that can be seen has the terminal at this path open, besides through the descriptor
-/// `own` of this one, or a lock on it. Opens nothing.
+/// Whether a process has a lock on the terminal or has it open, except through this process's descriptor
+/// `own`. Only processes that this one may examine count. Opens nothing.
 bool isHeldByOthers(const std::string &path, int own);
 
 }  // namespace tavril::simulator

@@ -9,24 +9,23 @@
 
 namespace tavril::simulator {
 
-/// Turns traffic into lines: "-> " from the host, "<- " to it. A command's line tells how many bytes came
-/// with the padding, so it is held back, and all lines after it too, until the delivery is over. Not
-/// thread-safe.
+/// Turns traffic into lines: "-> " from the host, "<- " to it. The line of a command has the number of bytes
+/// with the padding. So it waits until the delivery is over, and so do all lines after it. Not thread-safe.
 class TrafficLog {
  public:
   void command(const Bytes &frame, const QString &words);
-  /// Zeros that follow a command belong to its delivery, other bytes are told as stray.
+  /// Zeros after a command belong to its delivery; other bytes are stray.
   void padding();
   void stray(std::uint8_t byte);
-  /// A line about bytes that came from the host and are not looked at any further.
+  /// A line about bytes of the host that are not parsed further.
   void fromHost(const QString &line);
   /// A line about bytes that went to the host.
   void toHost(const QString &line);
-  /// Nothing more belongs to the line that is under way.
+  /// Ends the current line.
   void endLine();
   bool lineUnderWay() const { return kind_ != Kind::None; }
 
-  /// The lines that are complete, oldest first; they are forgotten here.
+  /// Takes the complete lines out, oldest first.
   std::vector<QString> take();
 
  private:

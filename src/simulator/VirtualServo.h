@@ -11,9 +11,9 @@
 
 namespace tavril::simulator {
 
-/// A servo behind a bridge behind a terminal, complete in this process. Thread-safe, except that start(),
-/// stop() and unplug() are for one thread. The settings outlive stop() and unplug(); start() plugs in again,
-/// on a new path.
+/// A servo, its bridge and their terminal, all in this process. Thread-safe, except that start(), stop() and
+/// unplug() belong to one thread. stop() and unplug() keep the settings; start() plugs in again, at a new
+/// path.
 class VirtualServo {
  public:
   explicit VirtualServo(const Options &options = {});
@@ -28,10 +28,10 @@ class VirtualServo {
   bool serving() const { return server_.serving(); }
   int framesSeen() const { return endpoint_.framesSeen(); }
 
-  /// Looks at or changes the servo, brought up to the present, while the bridge waits. No method of this
-  /// object may be called from within.
+  /// Brings the servo up to the present time and runs `act` with it, while the bridge waits. `act` must not
+  /// call this object.
   void withModel(const std::function<void(ServoModel &)> &act);
-  /// Changes the faults for the commands that follow.
+  /// Changes the faults. They apply to the commands that follow.
   void withOptions(const std::function<void(Options &)> &act);
 
  private:

@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <vector>
 
-/// What both ends of the wire agree on, written down a second time on purpose: the virtual servo shares no
-/// code with the application, so that neither can hide a mistake of the other.
+/// The frames, written down a second time on purpose: the virtual servo shares no code with the application,
+/// so that neither can hide a mistake of the other.
 namespace tavril::simulator {
 
 using Bytes = std::vector<std::uint8_t>;
@@ -18,7 +18,7 @@ inline constexpr std::uint8_t startMark = 0xFF;
 inline constexpr std::uint8_t endMark = 0xFE;
 /// The host fills each delivery with zeros to this many bytes.
 inline constexpr int deliverySize = 50;
-/// Start mark, length, command, end mark; and no frame is longer than the delivery it comes in.
+/// The shortest frame has start mark, length, command and end mark. The longest fills a delivery.
 inline constexpr std::uint8_t shortestFrame = 4;
 inline constexpr std::uint8_t longestFrame = deliverySize;
 

@@ -36,7 +36,7 @@ FileDescriptor endingSignals() {
   sigaddset(&signals, SIGTERM);
   sigaddset(&signals, SIGHUP);
   pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-  // A reader of our output that has gone is no reason to leave the link behind.
+  // If the reader of the output ends, the program must still remove its link.
   ::signal(SIGPIPE, SIG_IGN);
   return FileDescriptor(::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
 }
@@ -63,7 +63,7 @@ int serve(CommandLine &commandLine, const FileDescriptor &signals) {
   VirtualServo *running = nullptr;
   QByteArray saved;
   QString lastProblem;
-  // Says whether the file has the settings as they are.
+  // Saves the settings if they have changed. False if the file does not have them.
   const auto keepState = [&] {
     if (commandLine.state.isEmpty() || !running) return true;
     QByteArray text;
@@ -79,7 +79,7 @@ int serve(CommandLine &commandLine, const FileDescriptor &signals) {
     lastProblem = why;
     return isSaved;
   };
-  // Comes on the server's thread, with each command and reply.
+  // Called on the server's thread, for each command and reply.
   commandLine.options.log = [&](const QString &line) {
     writeLine(log, line);
     keepState();
@@ -88,8 +88,8 @@ int serve(CommandLine &commandLine, const FileDescriptor &signals) {
   if (!plugPulled.valid()) {
     return refuse(QStringLiteral("cannot wait for the plug: %1").arg(qt_error_string(errno)), exitFailed);
   }
-  // Comes on the server's thread. A descriptor wakes the main thread rather than a posted call, which would
-  // be handed over, and freed by whichever thread is last, behind locks that a thread sanitizer cannot see.
+  // Called on the server's thread. A descriptor wakes the main thread. The thread sanitizer would report a
+  // posted call, because it does not see Qt's locks.
   commandLine.options.unplugged = [&plugPulled] { ::eventfd_write(plugPulled.get(), 1); };
 
   PortLink link;
@@ -107,7 +107,7 @@ int serve(CommandLine &commandLine, const FileDescriptor &signals) {
   if (!commandLine.link.isEmpty() && !link.create(commandLine.link, servo.path(), &error)) {
     return refuse(error, exitFailed);
   }
-  // After the link is made: who reads the path may use the link.
+  // Printed after the link was made, because a reader of the path may use the link.
   std::printf("%s\n", qPrintable(servo.path()));
   std::fflush(stdout);
 

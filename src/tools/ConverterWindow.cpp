@@ -22,14 +22,15 @@ std::unique_ptr<Ui::ConverterWindow> design(QDialog &window) {
 }  // namespace
 
 ConverterWindow::ConverterWindow(FilePanels &panels, UserFiles &files, TableFolder &tables,
-                                 const StringTable &strings, Log &log, QWidget *parent)
-    : QDialog(parent),
+                                 const StringTable &strings, NotificationCenter &notifications, Log &log,
+                                 QWidget *parent)
+    : SideWindow(strings, notifications, parent),
       ui_(design(*this)),
       keypath_(*ui_->keypath),
       valuepath_(*ui_->valuepath),
       controller_({keypath_, valuepath_}, panels, files, tables, strings, log) {
   for (QLineEdit *path : {ui_->keypath, ui_->valuepath}) path->setTextMargins(pathMargins);
-  setTexts(strings);
+  setTexts();
   controller_.viewDidLoad();
   connect(ui_->key, &QPushButton::clicked, this, [this] {
     controller_.key();
@@ -46,26 +47,26 @@ ConverterWindow::ConverterWindow(FilePanels &panels, UserFiles &files, TableFold
 
 ConverterWindow::~ConverterWindow() = default;
 
-void ConverterWindow::setTexts(const StringTable &strings) {
-  const QString choose = strings.text(u"choose_file");
-  const QString keys = strings.text(u"key_file");
-  const QString values = strings.text(u"value_file");
-  setWindowTitle(windowTitleFor(strings.text(u"strings_converter")));
-  ui_->hint->setText(strings.text(u"converter_hint"));
+void ConverterWindow::setTexts() {
+  const QString choose = strings_.text(u"choose_file");
+  const QString keys = strings_.text(u"key_file");
+  const QString values = strings_.text(u"value_file");
+  setWindowTitle(windowTitleFor(strings_.text(u"strings_converter")));
+  ui_->hint->setText(strings_.text(u"converter_hint"));
   ui_->keyCaption->setText(plainTitle(keys));
   ui_->valueCaption->setText(plainTitle(values));
   for (QLineEdit *path : {ui_->keypath, ui_->valuepath}) {
-    path->setPlaceholderText(strings.text(u"no_file_chosen"));
+    path->setPlaceholderText(strings_.text(u"no_file_chosen"));
   }
   ui_->keypath->setAccessibleName(keys);
   ui_->valuepath->setAccessibleName(values);
   ui_->key->setText(plainTitle(choose));
   ui_->value->setText(plainTitle(choose));
-  // Two buttons of one text have to be told apart by ear.
+  // A screen reader reads only the name, and both buttons have the same text.
   ui_->key->setAccessibleName(QStringLiteral("%1: %2").arg(keys, choose));
   ui_->value->setAccessibleName(QStringLiteral("%1: %2").arg(values, choose));
-  ui_->converter->setText(plainTitle(strings.text(u"convert")));
-  ui_->close->setText(plainTitle(strings.text(u"close")));
+  ui_->converter->setText(plainTitle(strings_.text(u"convert")));
+  ui_->close->setText(plainTitle(strings_.text(u"close")));
 }
 
 void ConverterWindow::chosen() {

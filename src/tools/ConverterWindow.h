@@ -1,5 +1,6 @@
 #pragma once
 
+#include "look/SideWindow.h"
 #include "tools/MultiLangConverter.h"
 #include "tools/PathElement.h"
 
@@ -14,20 +15,20 @@ class ConverterWindow;
 
 namespace tavril {
 
-/// The converter's screen: two files to choose and a table to save. Main thread only.
-class ConverterWindow final : public QDialog {
+/// The converter's screen: two files to choose and a table to save.
+class ConverterWindow final : public SideWindow<QDialog> {
   Q_OBJECT
 
  public:
-  /// Owns nothing that it is given but gives itself to `parent`.
+  /// Gives itself to `parent`.
   ConverterWindow(FilePanels &panels, UserFiles &files, TableFolder &tables, const StringTable &strings,
-                  Log &log, QWidget *parent);
+                  NotificationCenter &notifications, Log &log, QWidget *parent);
   ~ConverterWindow() override;
 
-  /// Also later, when the language has changed.
-  void setTexts(const StringTable &strings);
-
   const MultiLangConverter &controller() const { return controller_; }
+
+ protected:
+  void setTexts() override;
 
  private:
   void chosen();

@@ -29,13 +29,13 @@ void FileListView::viewDidLoad() {
   list();
   constexpr int rowHeight = 30;
   FileTableView_.setRowHeight(rowHeight);
-  // Four texts that nothing uses: meant.
+  // Kept: C91.
   a_ = QStringList{QStringLiteral("1"), QStringLiteral("2"), QStringLiteral("3"), QStringLiteral("4")};
 }
 
 void FileListView::list() {
   hFiles_.clear();
-  // By the letters of the name alone, so ".H" is not listed: meant.
+  // Kept: C92.
   for (const QString &name : files_.names(folder_)) {
     if (name.endsWith(u".h", Qt::CaseSensitive)) hFiles_.append(name);
   }
@@ -69,7 +69,7 @@ int FileListView::numberOfRowsInTableView() const {
 
 QString FileListView::viewForTableColumn(const QString &identifier, int row) {
   log_.write(identifier);
-  // The column of numbers says "3" in every row: meant.
+  // Kept: C93.
   return identifier == u"name" ? hFiles_.value(row) : QStringLiteral("3");
 }
 

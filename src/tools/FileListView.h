@@ -17,27 +17,27 @@ class StringTable;
 class TableFolder;
 class UserFiles;
 
-/// Lists the string tables of a folder, reads the one that is selected into the log, and deletes it. What
-/// goes wrong is logged and not shown. Reading and deleting act on the folder that was listed, also when the
-/// last conversion went to another one since. Main thread only; owns nothing that it is given.
+/// Lists the string tables of a folder, reads the one that is selected into the log, and deletes it. Errors
+/// are logged and not shown. Reading and deleting use the folder that was listed, even if the last conversion
+/// went to another one.
 class FileListView final : public FileSystemFunction {
  public:
   FileListView(FileTable &FileTableView, FilePanels &panels, UserFiles &files, const TableFolder &tables,
                const StringTable &strings, Log &log);
   ~FileListView() override;
 
-  /// Lists the folder of the last conversion; the table has to be loaded after it.
+  /// Lists the folder of the last conversion. Load the table afterwards.
   void viewDidLoad();
 
-  /// Lets the user choose a file, with which nothing is done: meant.
+  /// Lets the user choose a file. Kept: C89.
   void open();
-  /// Deletes the selected file, without a question and whatever its name says: both meant.
+  /// Deletes the selected file. Kept: C90.
   void cancel();
 
   int numberOfRowsInTableView() const;
   /// The cell's text in the column of this identifier.
   QString viewForTableColumn(const QString &identifier, int row);
-  /// The user has selected this row. One that is not there changes nothing.
+  /// The user has selected this row. A row that does not exist changes nothing.
   void tableViewSelectionDidChange(int row);
 
   void FileResult(const QString &result) override;

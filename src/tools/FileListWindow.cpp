@@ -20,14 +20,14 @@ namespace tavril {
 
 namespace {
 
-/// The identifiers of the columns.
 constexpr std::array<const char16_t *, 2> columns{u"name", u"number"};
 
 }  // namespace
 
 FileListWindow::FileListWindow(FilePanels &panels, UserFiles &files, const TableFolder &tables,
-                               const StringTable &strings, Log &log, QWidget *parent)
-    : QDialog(parent),
+                               const StringTable &strings, NotificationCenter &notifications, Log &log,
+                               QWidget *parent)
+    : SideWindow(strings, notifications, parent),
       ui_(std::make_unique<Ui::FileListWindow>()),
       controller_(*this, panels, files, tables, strings, log) {
   ui_->setupUi(this);
@@ -36,7 +36,7 @@ FileListWindow::FileListWindow(FilePanels &panels, UserFiles &files, const Table
   header->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
   header->setSectionResizeMode(0, QHeaderView::Stretch);
   ui_->folder->setTextMargins(pathMargins);
-  setTexts(strings);
+  setTexts();
   connect(ui_->FileTableView, &QTableWidget::itemSelectionChanged, this, &FileListWindow::selectionDidChange);
   connect(ui_->open, &QPushButton::clicked, this, [this] { controller_.open(); });
   connect(ui_->cancel, &QPushButton::clicked, this, [this] { controller_.cancel(); });
@@ -53,16 +53,16 @@ void FileListWindow::load() {
   reloadData();
 }
 
-void FileListWindow::setTexts(const StringTable &strings) {
-  const QString title = windowTitleFor(strings.text(u"string_tables"));
+void FileListWindow::setTexts() {
+  const QString title = windowTitleFor(strings_.text(u"string_tables"));
   setWindowTitle(title);
   ui_->FileTableView->setAccessibleName(title);
-  ui_->folder->setAccessibleName(strings.text(u"tables_folder"));
-  ui_->FileTableView->setHorizontalHeaderLabels({strings.text(u"file_name"), strings.text(u"file_number")});
-  ui_->empty->setText(strings.text(u"no_string_tables"));
-  ui_->open->setText(plainTitle(strings.text(u"open_file")));
-  ui_->cancel->setText(plainTitle(strings.text(u"delete_file")));
-  ui_->close->setText(plainTitle(strings.text(u"close")));
+  ui_->folder->setAccessibleName(strings_.text(u"tables_folder"));
+  ui_->FileTableView->setHorizontalHeaderLabels({strings_.text(u"file_name"), strings_.text(u"file_number")});
+  ui_->empty->setText(strings_.text(u"no_string_tables"));
+  ui_->open->setText(plainTitle(strings_.text(u"open_file")));
+  ui_->cancel->setText(plainTitle(strings_.text(u"delete_file")));
+  ui_->close->setText(plainTitle(strings_.text(u"close")));
 }
 
 void FileListWindow::setRowHeight(int points) {
@@ -71,7 +71,7 @@ void FileListWindow::setRowHeight(int points) {
 
 void FileListWindow::reloadData() {
   {
-    // Only what the user does is a selection, not that rows come and go.
+    // Only the user selects rows. Adding and removing them is no selection.
     const QSignalBlocker quiet(ui_->FileTableView);
     const int rows = controller_.numberOfRowsInTableView();
     ui_->FileTableView->clearSelection();
@@ -86,7 +86,7 @@ void FileListWindow::reloadData() {
     }
     ui_->pages->setCurrentWidget(rows > 0 ? ui_->tablePage : ui_->emptyPage);
   }
-  // Before its button is disabled, which would pass the focus on to the next.
+  // Moves the focus before the button is disabled; Qt would pass it on to the next button.
   if (ui_->cancel->hasFocus()) focusContent();
   ui_->cancel->setEnabled(false);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "look/SideWindow.h"
 #include "tools/FileListView.h"
 #include "tools/FileTable.h"
 
@@ -14,22 +15,22 @@ class FileListWindow;
 
 namespace tavril {
 
-/// The list of the string tables in a folder. Main thread only.
-class FileListWindow final : public QDialog, private FileTable {
+/// The list of the string tables in a folder.
+class FileListWindow final : public SideWindow<QDialog>, private FileTable {
   Q_OBJECT
 
  public:
-  /// Owns nothing that it is given but gives itself to `parent`.
+  /// Gives itself to `parent`.
   FileListWindow(FilePanels &panels, UserFiles &files, const TableFolder &tables, const StringTable &strings,
-                 Log &log, QWidget *parent);
+                 NotificationCenter &notifications, Log &log, QWidget *parent);
   ~FileListWindow() override;
 
-  /// Lists the folder anew.
+  /// Lists the folder again.
   void load();
-  /// Also later, when the language has changed.
-  void setTexts(const StringTable &strings);
-
   const FileListView &controller() const { return controller_; }
+
+ protected:
+  void setTexts() override;
 
  private:
   void setRowHeight(int points) override;

@@ -13,7 +13,7 @@ void FileSystem::CreatFolder(const QString &folder, const QString &FolderName) {
 }
 
 void FileSystem::CreatFile(const QString &folder, const QString &FileName) {
-  // Not looked at, which is meant: whether there is a file shows when it is opened for writing.
+  // Kept: C88.
   (void)files_.createEmpty(fullPath(folder, FileName));
   report(QStringLiteral("Creat Succeed"));
 }
@@ -25,7 +25,7 @@ void FileSystem::ReadFile(const QString &folder, const QString &FileName) {
 
 void FileSystem::DeleteFile(const QString &folder, const QString &FileName) {
   const QString path = fullPath(folder, FileName);
-  // Without a name the path is that of the folder itself.
+  // Without a name, the path would be that of the folder.
   if (FileName.isEmpty() || !files_.isDeletable(path)) return;
   if (const auto error = files_.remove(path)) {
     log_.warn(QStringLiteral("Error removing file at path: ") + error->localizedDescription);

@@ -8,24 +8,24 @@ class FileSystemFunction;
 class Log;
 class UserFiles;
 
-/// Works on one file at a time, named by its folder and its name, and tells each outcome to its delegate as a
-/// text. Main thread only.
+/// Works on one file at a time, named by its folder and its name, and reports each outcome to its delegate as
+/// a text.
 class FileSystem {
  public:
   FileSystem(UserFiles &files, Log &log) : files_(files), log_(log) {}
 
-  /// Not owned; nothing when nobody wants to hear.
+  /// May be null.
   FileSystemFunction *delegate = nullptr;
 
-  // "Creat" is how these operations and their reports are spelt, which is meant.
+  // Kept: C87.
 
-  /// Makes a folder, but none above it.
+  /// Makes a folder whose parent exists.
   void CreatFolder(const QString &folder, const QString &FolderName);
-  /// Makes an empty file, also in place of one that is there. Reports success whatever happened: meant.
+  /// Makes an empty file, or empties an existing one. Reports success, whatever happened.
   void CreatFile(const QString &folder, const QString &FileName);
   /// Reports the whole text of a file.
   void ReadFile(const QString &folder, const QString &FileName);
-  /// Removes a file. Reports nothing when it may not be removed, or is not there.
+  /// Removes a file. Reports nothing if the user may not remove it, or if it does not exist.
   void DeleteFile(const QString &folder, const QString &FileName);
 
  private:

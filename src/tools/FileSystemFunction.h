@@ -4,12 +4,12 @@
 
 namespace tavril {
 
-/// Whoever wants to hear how the work of a FileSystem ended.
+/// The delegate of a FileSystem.
 class FileSystemFunction {
  public:
   virtual ~FileSystemFunction() = default;
 
-  /// One outcome, or the text of the file that was read.
+  /// Gets one outcome, or the text of the file that was read.
   virtual void FileResult(const QString &result) = 0;
 };
 

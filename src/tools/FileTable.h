@@ -2,13 +2,13 @@
 
 namespace tavril {
 
-/// The table of a FileListView as its controller sees it. Main thread only.
+/// The table of a FileListView as its controller sees it.
 class FileTable {
  public:
   virtual ~FileTable() = default;
 
   virtual void setRowHeight(int points) = 0;
-  /// Asks the controller for all cells anew. No row is selected then.
+  /// Asks the controller for all cells again. No row is selected afterwards.
   virtual void reloadData() = 0;
 };
 

@@ -5,7 +5,7 @@ namespace tavril {
 LinePairing LinePairing::of(const QStringList &keyArray, const QStringList &valueArray) {
   if (valueArray.size() < keyArray.size()) return {{}, valueArray.size()};
 
-  // The exact length: growing would take up to twice the memory, at the largest sizes too.
+  // Reserves the exact length, because growing could take twice the memory.
   constexpr qsizetype signs = 7;  // "" = "" ; and the line end
   qsizetype length = 0;
   for (qsizetype i = 0; i < keyArray.size(); ++i) length += keyArray[i].size() + valueArray[i].size() + signs;

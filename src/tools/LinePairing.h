@@ -7,15 +7,13 @@
 
 namespace tavril {
 
-/// Keys and values, line by line, as a string table: "key"="value"; on each line. Time and memory are linear
-/// in what goes in.
+/// Combines keys and values, line by line, into a string table: "key"="value"; on each line.
 struct LinePairing {
   QString table;
-  /// The first line, from 0, whose key has no value. There is no table then.
+  /// The first line, counted from 0, whose key has no value. If there is one, the table is empty.
   std::optional<qsizetype> missing;
 
-  /// Keys and values stand in the table as they are, also quotes, backslashes and empty lines: meant. Values
-  /// beyond the last key are left out.
+  /// Kept: C100.
   static LinePairing of(const QStringList &keyArray, const QStringList &valueArray);
 };
 

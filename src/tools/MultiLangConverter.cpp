@@ -43,12 +43,12 @@ void MultiLangConverter::choose(QStringView title, QStringList &lines, ScreenEle
   const FilePanels::Choice choice = panels_.runOpenPanel({strings_.text(title), {QStringLiteral("txt")}});
   if (choice.result == FilePanels::Cancel) log_.write(QStringLiteral("Cancel button was pressed"));
   if (choice.result != FilePanels::OK) return;
-  // Only spaces are decoded, which is meant: a path with any other escape keeps it and is not found.
+  // Kept: C94.
   filepath_ = QString(choice.url).replace(spaceEscape, QStringLiteral(" ")).remove(scheme);
   filepatharray_ = filepath_.split(u'/');
   log_.write(QStringLiteral("file opened %1\n").arg(filepath_));
   readLines(lines);
-  // Also after the values were read it is the keys that are logged: meant.
+  // Kept: C95.
   logList(keyArray_);
   path.setText(filepath_);
 }
@@ -60,7 +60,7 @@ void MultiLangConverter::readLines(QStringList &lines) {
     lines.clear();
     return;
   }
-  // Carriage returns stay, and what follows the last line end is a line too, if an empty one: both meant.
+  // Kept: C96.
   lines = file.text->split(u'\n');
 }
 
@@ -70,10 +70,9 @@ void MultiLangConverter::converter() {
   if (choice.result != FilePanels::OK) return;
   log_.write(QStringLiteral("OK"));
   log_.write(QStringLiteral("file saved %1\n<save panel: %2>").arg(choice.name, choice.url));
-  // Also where the name has the extension already, which then stands twice: meant.
+  // Kept: C97.
   const QString name = choice.name + QStringLiteral(".h");
-  // The name is taken out of the URL wherever it stands, and as it was typed, so that one with a space or an
-  // escape is not found in it and nothing is written: meant.
+  // Kept: C98.
   const QString folder =
       QString(choice.url).remove(u'/' + name).remove(scheme).replace(spaceEscape, QStringLiteral(" "));
   log_.write(QStringLiteral("HOME : ") + folder);
@@ -85,7 +84,7 @@ void MultiLangConverter::converter() {
 
 void MultiLangConverter::write(const QString &folder, const QString &name) {
   const QString path = folder + u'/' + name;
-  // Opened before the lines are paired: where it cannot be, or a value is missing, an empty file is left.
+  // Kept: C99.
   if (const auto error = files_.write(path, {})) {
     log_.warn(error->localizedDescription);
     return;

@@ -18,8 +18,7 @@ class StringTable;
 class TableFolder;
 class UserFiles;
 
-/// Makes a string table out of a file of keys and a file of values. What goes wrong is logged and not shown.
-/// Main thread only; owns nothing that it is given.
+/// Makes a string table out of a file of keys and a file of values. Errors are logged and not shown.
 class MultiLangConverter final : public FileSystemFunction {
  public:
   struct Outlets {
@@ -33,11 +32,11 @@ class MultiLangConverter final : public FileSystemFunction {
 
   void viewDidLoad();
 
-  /// Lets the user choose the key file and reads it. A file that cannot be read counts as one of no lines.
+  /// Lets the user choose the key file and reads it. A file that cannot be read counts as one without lines.
   void key();
   /// The same with the value file.
   void value();
-  /// Lets the user choose where the table goes, and writes it.
+  /// Lets the user choose a file for the table, and writes it.
   void converter();
 
   void FileResult(const QString &result) override;

@@ -12,7 +12,7 @@ QString PathElement::text() const {
 
 void PathElement::setText(const QString &text) {
   field_.setText(text);
-  // A file may have any name, also one that a tool tip would take for markup.
+  // A tool tip could take the name of a file for markup.
   field_.setToolTip(plainToolTip(text));
 }
 

@@ -11,7 +11,6 @@ namespace tavril {
 /// A field that shows the path of a file, as a screen element. Its tool tip is the whole path.
 class PathElement final : public ScreenElement {
  public:
-  /// `field` must outlive the element.
   explicit PathElement(QLineEdit &field) : field_(field) {}
 
   QString text() const override;

@@ -8,7 +8,6 @@ class QWidget;
 
 namespace tavril {
 
-class ConverterWindow;
 class FileListWindow;
 class FilePanels;
 class Log;
@@ -16,31 +15,26 @@ class NotificationCenter;
 class StringTable;
 class UserFiles;
 
-/// The translator's tool: its two windows, of each of which there is one at most. Their texts follow the
-/// language. Main thread only; owns nothing that it is given but the folder, and must outlive its windows.
+/// The translator's tool. It has two windows, each open once at most. It must outlive them.
 class StringsConverter {
  public:
   StringsConverter(FilePanels &panels, UserFiles &files, TableFolder tables, const StringTable &strings,
                    NotificationCenter &notifications, Log &log);
-  ~StringsConverter();
   StringsConverter(const StringsConverter &) = delete;
   StringsConverter &operator=(const StringsConverter &) = delete;
 
   /// Opens the window as a child of `parent`, or brings it to the front.
   void showConverter(QWidget *parent);
-  /// The same, and lists the folder anew.
+  /// The same, and lists the folder again.
   void showTables(QWidget *parent);
 
  private:
-  void setTexts();
-
   FilePanels &panels_;
   UserFiles &files_;
   TableFolder tables_;
   const StringTable &strings_;
   NotificationCenter &notifications_;
   Log &log_;
-  QPointer<ConverterWindow> converter_;
   QPointer<FileListWindow> list_;
 };
 

@@ -7,11 +7,11 @@
 
 namespace tavril {
 
-/// The folder whose tables are listed: that of the last conversion, also of one in an earlier run, and before
-/// any the user's documents folder. Main thread only.
+/// The folder whose tables are listed: that of the last conversion, also from an earlier run, or else the
+/// user's documents folder.
 class TableFolder {
  public:
-  /// `remembered` gives what `remember` was last given, in this run or before, or nothing.
+  /// `remembered` returns what `remember` got last, in this run or an earlier one, or an empty text.
   TableFolder(std::function<QString()> remembered, std::function<void(const QString &)> remember);
 
   QString filepath() const;

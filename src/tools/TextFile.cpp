@@ -19,7 +19,7 @@ TextFile TextFile::read(UserFiles &files, const QString &path) {
 std::optional<QString> TextFile::decode(QByteArrayView bytes) {
   QStringDecoder decoder(QStringDecoder::Utf8);
   QString text = decoder(bytes);
-  // A decoder that is asked for more shows whether the last character was cut off.
+  // One more character shows whether the last one before it was cut off.
   text += decoder(QByteArrayView("\n"));
   if (decoder.hasError()) return {};
   text.chop(1);

@@ -9,17 +9,17 @@ namespace tavril {
 
 class UserFiles;
 
-/// A whole text file in UTF-8, without the byte order mark that it may begin with. A file that is too large,
-/// cannot be read, or is not valid UTF-8 as a whole has no text, but a problem to tell of.
+/// A whole text file in UTF-8, without the byte order mark that it may begin with. If the file is too large,
+/// cannot be read, or has bytes that are not valid UTF-8, there is no text, and `problem` says why.
 struct TextFile {
-  /// In bytes: four times what the program takes for a string table, and little enough for any memory.
+  /// In bytes: four times the limit of a string table.
   static constexpr qsizetype largestSize = 16 * 1024 * 1024;
 
   std::optional<QString> text;
   QString problem;
 
   static TextFile read(UserFiles &files, const QString &path);
-  /// Nothing when the bytes are not valid UTF-8.
+  /// Nothing if the bytes are not valid UTF-8.
   static std::optional<QString> decode(QByteArrayView bytes);
 };
 

@@ -8,7 +8,7 @@ namespace tavril {
 /// The title of the window that a menu item opens: the item's text without the dots at its end.
 QString windowTitleFor(QString itemText);
 
-/// Between the frame of a field and the path in it, in pixels.
+/// The space around the path in a field, in pixels.
 inline constexpr QMargins pathMargins{6, 0, 6, 0};
 
 }  // namespace tavril

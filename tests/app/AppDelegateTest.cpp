@@ -187,7 +187,7 @@ TEST_F(AppDelegateLink, SendingShowsTheFrameClearsTheBufferAndSendsAll50Bytes) {
   bench.log.clear();
   state.FunctionCMD->Init_Servo();
   EXPECT_EQ(textOf("TXcmd"), "TX: ff 4 90 fe");
-  EXPECT_EQ(state.SerialCMD, CommandBuffer{});
+  EXPECT_EQ(state.SerialCMD, wire::CommandBuffer{});
   EXPECT_EQ(bench.log.lines(), (QStringList{"ff", "4", "90", "fe"}));
   EXPECT_EQ(pty.read(50), QByteArray::fromHex("FF0490FE") + QByteArray(46, '\0'));
   EXPECT_EQ(pty.readPending(), QByteArray());
@@ -209,7 +209,7 @@ TEST_F(AppDelegateLink, SendingWithoutAPortTracesAndClears) {
   launch();
   state.FunctionCMD->Reboot_Servo();
   EXPECT_EQ(textOf("TXcmd"), "TX: ff 4 94 fe");
-  EXPECT_EQ(state.SerialCMD, CommandBuffer{});
+  EXPECT_EQ(state.SerialCMD, wire::CommandBuffer{});
 }
 
 TEST_F(AppDelegateLink, CmdlabelOf15IsTheHelpKeyAndThatOf0And16And21IsEmpty) {

@@ -1,7 +1,6 @@
 #include "app/LanguageChoice.h"
 #include "platform/Languages.h"
 #include "platform/NotificationCenter.h"
-#include "platform/TextChange.h"
 #include "tests/support/KeyTable.h"
 #include "tests/support/MemoryPreferences.h"
 #include "tests/support/RecordingLog.h"
@@ -9,7 +8,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <any>
 #include <map>
 
 namespace tavril {
@@ -51,10 +49,8 @@ class LanguageChoiceTest : public testing::Test {
     languages.tables.emplace("en", KeyTable({{"language_name", "English"}, {"hello", "Hello"}}));
     languages.tables.emplace("ja", KeyTable({{"language_name", "日本語"}}));
     notifications.addObserver(
-        this, QString::fromUtf16(LanguageDidChangeNotification), [this](const Notification &notification) {
-          const auto change =
-              std::any_cast<TextChange>(notification.userInfo.value(QString::fromUtf16(textChangeKey)));
-          told.append(languages.current + u' ' + change.whole("Hello", {"hello"}));
+        this, QString::fromUtf16(LanguageDidChangeNotification), [this](const Notification &) {
+          told.append(languages.current + u' ' + languages.table(languages.current).text(u"hello"));
         });
   }
 

@@ -1,7 +1,7 @@
 // What the commands make of what was typed, and what they decide by themselves.
 #include "cli/Changes.h"
-#include "cli/Console.h"
 #include "cli/Conversation.h"
+#include "cli/FrameWords.h"
 #include "cli/Monitor.h"
 #include "cli/MotionCommands.h"
 #include "cli/Progress.h"
@@ -12,10 +12,11 @@
 #include "cli/Session.h"
 #include "cli/SettingsCommands.h"
 #include "cli/Table.h"
-#include "protocol/RegisterCatalogue.h"
 #include "tests/cli/BridgeInTime.h"
 #include "tests/cli/FailureOf.h"
+#include "tests/cli/ScreenConsole.h"
 #include "tests/support/KeyTable.h"
+#include "wire/Registers.h"
 
 #include <gtest/gtest.h>
 
@@ -131,7 +132,7 @@ TEST(FrameToSend, IsTakenInAnyUsualWriting) {
                     QStringLiteral("FE")},
         QStringList{QStringLiteral("ff059108fe")},
         QStringList{QStringLiteral("0xFF 0x05 91 08"), QStringLiteral("fe")}}) {
-    EXPECT_EQ(commandFromHex(texts).frame(), QByteArray::fromHex("FF059108FE"));
+    EXPECT_EQ(inHex(commandFromHex(texts)), QStringLiteral("FF 05 91 08 FE"));
   }
 }
 
@@ -165,7 +166,7 @@ TEST(FrameToSend, IsCheckedLikeAnyOther) {
 
 TEST(FrameToSend, IsConfirmedWhereItsValueMayDoHarm) {
   const auto unconfirmed = [](const char *hex) {
-    const Command command = commandFromHex({QString::fromLatin1(hex)});
+    const wire::Command command = commandFromHex({QString::fromLatin1(hex)});
     EXPECT_EQ(failureOf([&] { expectConfirmed(command, true); }).code, ExitCode::Done) << hex;
     return failureOf([&] { expectConfirmed(command, false); });
   };
@@ -186,26 +187,6 @@ TEST(Table, AlignsItsColumns) {
   table.addRow({QStringLiteral("bcd"), QStringLiteral("x"), QStringLiteral("y")});
   EXPECT_EQ(table.text().toStdString(), "a    long one\nbcd  x         y\n");
 }
-
-class ScreenConsole final : public Console {
- public:
-  explicit ScreenConsole(bool isTerminal) : isTerminal_(isTerminal) {}
-  void data(const QString &text) override {
-    if (isFull) throw Failure{ExitCode::Failed, QStringLiteral("the disk is full.")};
-    printed += text;
-  }
-  void status(const QString &line) override { told.append(line); }
-  void note(const QString &line) override { told.append(line); }
-  void transient(const QString &line) override { shown.append(line); }
-  bool isTerminal() const override { return isTerminal_; }
-  bool isFull = false;
-  QStringList shown;
-  QString printed;
-  QStringList told;
-
- private:
-  const bool isTerminal_;
-};
 
 QStringList barsOf(bool isTerminal, milliseconds each) {
   ScreenConsole console(isTerminal);

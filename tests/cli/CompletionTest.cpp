@@ -1,6 +1,6 @@
 // Completion scripts and manual page, as the program makes them and as their shells and man read them.
 #include "cli/CommandLine.h"
-#include "protocol/RegisterCatalogue.h"
+#include "cli/RegisterFacts.h"
 #include "tests/cli/CtlProgram.h"
 
 #include <QFile>
@@ -56,7 +56,7 @@ void expectEverythingIn(const QString &text, const std::function<QString(const Q
     EXPECT_TRUE(text.contains(command.name) || text.contains(inTroff)) << command.name.toStdString();
     expectOptions(command.options);
   }
-  for (const RegisterRow &row : registerCatalogue()) EXPECT_TRUE(text.contains(row.nameKey));
+  for (const wire::Register &row : wire::registers) EXPECT_TRUE(text.contains(keyOf(row)));
 }
 
 QString asItIs(const QString &name) {

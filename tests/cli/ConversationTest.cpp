@@ -13,8 +13,8 @@ namespace {
 
 using std::chrono::milliseconds;
 
-const RegisterRow &kp() {
-  return *findRegister(9);
+const wire::Register &kp() {
+  return *wire::findRegister(9);
 }
 
 std::optional<Failure> failureOf(const std::function<void()> &act) {
@@ -58,7 +58,7 @@ TEST(Conversation, GivesUpAfterTheRetriesAndNotLater) {
 
 TEST(Conversation, GivesUpWhereRepliesCannotBeToldApart) {
   Bench bench({.lostReplies = 100});
-  for (const RegisterRow &row : registerCatalogue()) {
+  for (const wire::Register &row : wire::registers) {
     ASSERT_TRUE(failureOf([&] { bench.servo.read(row); }));
   }
   const auto failure = failureOf([&] { bench.servo.read(kp()); });
@@ -108,7 +108,7 @@ TEST(Conversation, NeverReportsAWrongValueOverALineThatLosesAndDelaysAndAddsNois
     std::mt19937 random(seed);
     for (int step = 0; step < 60; ++step) {
       const int number = static_cast<int>(random() % 15) + 1;
-      const RegisterRow &row = *findRegister(number);
+      const wire::Register &row = *wire::findRegister(number);
       const int value = static_cast<int>(random() % 100);
       const bool writes = random() % 3 == 0;
       const auto failure = failureOf([&] {
@@ -140,7 +140,7 @@ TEST(Conversation, ConfirmsASettingThatCameWithNoise) {
 TEST(Conversation, DoesNotConfirmALiveValueWhichMayDiffer) {
   Bench bench({.noisyReplies = 100});
   bench.bridge.registers[18] = 74;
-  EXPECT_EQ(bench.servo.read(*findRegister(18)), 74);
+  EXPECT_EQ(bench.servo.read(*wire::findRegister(18)), 74);
   EXPECT_EQ(bench.bridge.sent, 1);
 }
 
@@ -176,7 +176,7 @@ TEST(Conversation, BelievesAtOnceThatTheServoIsLost) {
 
 TEST(Conversation, DoesNotTakeAnErrorForItsOwnWhileAnotherMayBeMeant) {
   Bench bench({.lostReplies = 100});
-  EXPECT_TRUE(failureOf([&] { bench.servo.read(*findRegister(8)); }));
+  EXPECT_TRUE(failureOf([&] { bench.servo.read(*wire::findRegister(8)); }));
   bench.bridge.faults.lostReplies = 0;
   bench.bridge.registers[9] = 440;
   // The late answer to the read of register 8, which the servo had lost.

@@ -1,6 +1,5 @@
 #include "cli/RegisterFacts.h"
 #include "platform/StringTable.h"
-#include "protocol/RegisterCatalogue.h"
 #include "simulator/Registers.h"
 #include "tests/support/KeyTable.h"
 
@@ -14,25 +13,25 @@ namespace tavril::cli {
 namespace {
 
 int numberOf(const QString &text) {
-  const RegisterRow *row = registerNamed(text);
+  const wire::Register *row = registerNamed(text);
   return row ? row->number : 0;
 }
 
 TEST(RegisterNames, AreThoseOfTheVirtualServo) {
-  const auto rows = settingRegisters();
+  const auto rows = wire::settingRegisters;
   ASSERT_EQ(std::size(rows), simulator::registers::settings.size());
   for (std::size_t i = 0; i < simulator::registers::settings.size(); ++i) {
-    const RegisterRow &row = *findRegister(static_cast<int>(i) + 1);
+    const wire::Register &row = *wire::findRegister(static_cast<int>(i) + 1);
     const simulator::registers::SettingRow &setting = simulator::registers::settings[i];
-    EXPECT_EQ(row.nameKey.toString(), QString::fromLatin1(setting.key));
-    EXPECT_EQ(settingRange(row).minimum, setting.lowest) << setting.key;
-    EXPECT_EQ(settingRange(row).maximum, setting.highest) << setting.key;
+    EXPECT_EQ(keyOf(row), QString::fromLatin1(setting.key));
+    EXPECT_EQ(row.range.minimum, setting.lowest) << setting.key;
+    EXPECT_EQ(row.range.maximum, setting.highest) << setting.key;
   }
 }
 
 TEST(RegisterNames, AreTheKeysAndTheNumbers) {
-  for (const RegisterRow &row : registerCatalogue()) {
-    EXPECT_EQ(numberOf(row.nameKey.toString()), row.number);
+  for (const wire::Register &row : wire::registers) {
+    EXPECT_EQ(numberOf(keyOf(row)), row.number);
     EXPECT_EQ(numberOf(QString::number(row.number)), row.number);
   }
   EXPECT_EQ(numberOf(QStringLiteral("KP")), 9);
@@ -56,36 +55,24 @@ TEST(RegisterNames, SuggestTheNearestOne) {
   EXPECT_TRUE(unknownRegisterText(QStringLiteral("kpp")).contains(QStringLiteral("Did you mean kp?")));
   const QString far = unknownRegisterText(QStringLiteral("colour"));
   EXPECT_FALSE(far.contains(QStringLiteral("Did you mean"))) << far.toStdString();
-  for (const RegisterRow &row : registerCatalogue()) EXPECT_TRUE(far.contains(row.nameKey));
+  for (const wire::Register &row : wire::registers) EXPECT_TRUE(far.contains(keyOf(row)));
 }
 
 TEST(SettingRanges, AreThoseOfTheEditor) {
-  const auto range = [](int number) { return settingRange(*findRegister(number)).text().toStdString(); };
+  const auto range = [](int number) { return rangeText(*wire::findRegister(number)).toStdString(); };
   EXPECT_EQ(range(1), "0 to 253");
   EXPECT_EQ(range(5), "0 to 253");
   EXPECT_EQ(range(8), "0 to 512");
   EXPECT_EQ(range(9), "0 to 32766");
   EXPECT_EQ(range(12), "0 to 255");
   EXPECT_EQ(range(15), "-20 to 20");
-}
-
-TEST(SettingRanges, OfChoicesAreTheChoicesThereAre) {
-  EXPECT_EQ(settingRange(*findRegister(2)).maximum, 2);
-  EXPECT_EQ(settingRange(*findRegister(3)).maximum, 1);
-  EXPECT_EQ(settingRange(*findRegister(4)).maximum, 1);
-}
-
-TEST(RegisterValues, AreReadAsTheRegisterHasThem) {
-  EXPECT_EQ(registerValue(*findRegister(8), 1, 44), 300);
-  EXPECT_EQ(registerValue(*findRegister(15), 0xFF, 0xF6), -10);
-  EXPECT_EQ(registerValue(*findRegister(15), 0, 20), 20);
-  EXPECT_EQ(registerValue(*findRegister(5), 9, 80), 80);
+  EXPECT_EQ(range(16), "read only");
 }
 
 TEST(Meaning, IsSaidInWords) {
   const KeyTable strings;
   const auto meaning = [&](int number, int value, std::optional<int> policy = 1) {
-    return meaningOf(*findRegister(number), value, policy, strings).toStdString();
+    return meaningOf(*wire::findRegister(number), value, policy, strings).toStdString();
   };
   EXPECT_EQ(meaning(2, 1), "answers status and read commands");
   EXPECT_EQ(meaning(2, 7), "no known choice");

@@ -1,29 +1,25 @@
-#include "cli/Command.h"
 #include "cli/FrameWords.h"
 #include "cli/Replies.h"
+#include "platform/Bytes.h"
 
 #include <gtest/gtest.h>
 
 namespace tavril::cli {
 namespace {
 
+using wire::Command;
+using wire::CommandCode;
+
 QByteArray bytes(const char *hex) {
   return QByteArray::fromHex(hex);
 }
 
-QByteArray found(const Command &command, const char *hex) {
-  return scanForReply(command, bytes(hex)).reply.toHex(' ').toUpper();
+wire::Reply reply(const char *hex) {
+  return *wire::replyAt(asBytes(bytes(hex)));
 }
 
-TEST(Command, IsBuiltByteByByteAndPaddedTo50) {
-  EXPECT_EQ(Command::detect().frame(), bytes("FF0490FE"));
-  EXPECT_EQ(Command::readRegister(8).frame(), bytes("FF059108FE"));
-  EXPECT_EQ(Command::writeRegister(8, 300).frame(), bytes("FF079208012CFE"));
-  EXPECT_EQ(Command::writeRegister(15, -10).frame(), bytes("FF07920FFFF6FE"));
-  EXPECT_EQ(Command::writeRegister(15, 20).frame(), bytes("FF07920F0014FE"));
-  EXPECT_EQ(Command::setPosition(1023).frame(), bytes("FF069603FFFE"));
-  EXPECT_EQ(Command::readPosition().frame(), bytes("FF0497FE"));
-  EXPECT_EQ(Command::readRegister(16).transmission(), bytes("FF059110FE") + QByteArray(45, '\0'));
+QByteArray found(const Command &command, const char *hex) {
+  return toByteArray(scanForReply(command, bytes(hex)).reply.frame).toHex(' ').toUpper();
 }
 
 TEST(Replies, TakesOneWholeReplyToTheCommandSent) {
@@ -41,14 +37,14 @@ TEST(Replies, WaitsForTheLastByte) {
 
 TEST(Replies, SkipsNoiseAndTellsOfIt) {
   const ReplyScan scan = scanForReply(Command::readRegister(8), bytes("00FFFF0591FF079108012CFE"));
-  EXPECT_EQ(scan.reply, bytes("FF079108012CFE"));
+  EXPECT_EQ(toByteArray(scan.reply.frame), bytes("FF079108012CFE"));
   EXPECT_EQ(scan.noise, bytes("00FFFF0591"));
 }
 
 TEST(Replies, SkipsRepliesToOtherCommands) {
   const ReplyScan scan =
       scanForReply(Command::readRegister(8), bytes("FF079107000AFE FF059001FE FF059208FE FF079108012CFE"));
-  EXPECT_EQ(scan.reply, bytes("FF079108012CFE"));
+  EXPECT_EQ(toByteArray(scan.reply.frame), bytes("FF079108012CFE"));
   EXPECT_EQ(scan.foreign.size(), 3U);
   EXPECT_TRUE(scan.noise.isEmpty());
 }
@@ -77,7 +73,7 @@ TEST(Replies, TakesNoDataThatTheProtocolDoesNotHave) {
 }
 
 TEST(Replies, TakesAReleaseWhateverItCarries) {
-  const Command release{CommandCode::ReleaseServo, {}};
+  const Command release{CommandCode::ReleaseServo};
   EXPECT_EQ(found(release, "FF0493FE"), "FF 04 93 FE");
   EXPECT_EQ(found(release, "FF05930AFE"), "FF 05 93 0A FE");
 }
@@ -85,10 +81,10 @@ TEST(Replies, TakesAReleaseWhateverItCarries) {
 TEST(Replies, PrefersTheAnswerToAnErrorReport) {
   const ReplyScan alone = scanForReply(Command::readRegister(8), bytes("FF05F904FE"));
   EXPECT_TRUE(alone.isErrorReport);
-  EXPECT_EQ(alone.reply, bytes("FF05F904FE"));
+  EXPECT_EQ(toByteArray(alone.reply.frame), bytes("FF05F904FE"));
   const ReplyScan both = scanForReply(Command::readRegister(8), bytes("FF05F904FEFF079108012CFE"));
   EXPECT_FALSE(both.isErrorReport);
-  EXPECT_EQ(both.reply, bytes("FF079108012CFE"));
+  EXPECT_EQ(toByteArray(both.reply.frame), bytes("FF079108012CFE"));
 }
 
 TEST(Replies, FindsNothingInTheTailOfAReplyThatBeginsBeforeTheCommand) {
@@ -100,17 +96,18 @@ TEST(Replies, FindsNoAnswerInTheWrongPlaceBehindAnyPieceOfAnother) {
   const QByteArray other = bytes("FF079108FF07FE");
   const QByteArray own = bytes("FF079108012CFE");
   for (qsizetype length = 0; length < other.size(); ++length) {
-    EXPECT_EQ(scanForReply(Command::readRegister(8), other.first(length) + own).reply, own) << length;
+    EXPECT_EQ(toByteArray(scanForReply(Command::readRegister(8), other.first(length) + own).reply.frame), own)
+        << length;
   }
 }
 
 TEST(FrameWords, SayWhatFramesMean) {
   EXPECT_EQ(commandInWords(Command::writeRegister(15, -10)).toStdString(), "write -10 to calibration_angle");
   EXPECT_EQ(commandInWords(Command::setPosition(1000)).toStdString(), "go to position 1000");
-  EXPECT_EQ(replyInWords(bytes("FF07910FFFF6FE")).toStdString(), "calibration_angle is -10");
-  EXPECT_EQ(replyInWords(bytes("FF059002FE")).toStdString(), "several servos");
-  EXPECT_EQ(replyInWords(bytes("FF05F903FE")).toStdString(), "value out of range (error 3)");
-  EXPECT_EQ(replyInWords(bytes("FF05F963FE")).toStdString(), "unknown error 99");
+  EXPECT_EQ(replyInWords(reply("FF07910FFFF6FE")).toStdString(), "calibration_angle is -10");
+  EXPECT_EQ(replyInWords(reply("FF059002FE")).toStdString(), "several servos");
+  EXPECT_EQ(replyInWords(reply("FF05F903FE")).toStdString(), "value out of range (error 3)");
+  EXPECT_EQ(replyInWords(reply("FF05F963FE")).toStdString(), "unknown error 99");
 }
 
 TEST(FrameWords, AreThereForEveryCommandAndEveryReply) {
@@ -126,10 +123,9 @@ TEST(FrameWords, AreThereForEveryCommandAndEveryReply) {
         {CommandCode::ResetServo, "restore the factory settings", "factory settings restored"},
         {CommandCode::ReadServoPosition, "read the position", "position is 0"},
         {CommandCode::ErrorMessage, "report of error 0", "unknown command (error 0)"}}) {
-    EXPECT_EQ(commandInWords({words.code, QByteArray(2, '\0')}).toStdString(), words.command);
-    const QByteArray reply = QByteArray("\xFF\x06", 2) + static_cast<char>(words.code) + QByteArray(2, '\0') +
-                             QByteArray("\xFE", 1);
-    EXPECT_EQ(replyInWords(reply).toStdString(), words.reply);
+    EXPECT_EQ(commandInWords({words.code}).toStdString(), words.command);
+    const wire::Reply answer{{0xFF, 0x06, static_cast<std::uint8_t>(words.code), 0x00, 0x00, 0xFE}};
+    EXPECT_EQ(replyInWords(answer).toStdString(), words.reply);
   }
 }
 

@@ -1,6 +1,6 @@
 #include "editor/ButtonLabel.h"
-#include "editor/Style.h"
 #include "editor/ValueField.h"
+#include "look/Style.h"
 #include "platform/linux/QtMainQueue.h"
 #include "platform/linux/QtModalAlert.h"
 #include "tests/support/ActiveWindow.h"
@@ -134,13 +134,13 @@ TEST_F(ButtonLabelTest, AnAlertThatComesUpDuringAPressEndsItForGood) {
 
 TEST_F(ButtonLabelTest, ItsTextIsWhiteAtRestOnADarkFaceAndBlackOnALightOneWhenClicked) {
   EXPECT_EQ(button_.textColor(), QColor(Qt::white));
-  EXPECT_EQ(button_.faceColor(), Style::face);
+  EXPECT_EQ(button_.faceColor(), Style::face());
   const QImage atRest = picture();
-  EXPECT_EQ(atRest.pixelColor(8, atRest.height() / 2), Style::face);
+  EXPECT_EQ(atRest.pixelColor(8, atRest.height() / 2), Style::face());
   button_.setTextColor(Qt::black);
   EXPECT_EQ(button_.textColor(), QColor(Qt::black));
   const QImage clicked = picture();
-  EXPECT_EQ(clicked.pixelColor(8, clicked.height() / 2), Style::flashFace);
+  EXPECT_EQ(clicked.pixelColor(8, clicked.height() / 2), Style::flashFace());
 }
 
 TEST_F(ButtonLabelTest, LooksDifferentWhenDisabledAndWhenFocused) {

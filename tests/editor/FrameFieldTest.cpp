@@ -1,5 +1,5 @@
 #include "editor/FrameField.h"
-#include "editor/Style.h"
+#include "look/Style.h"
 
 #include <QApplication>
 #include <QTest>

@@ -85,8 +85,8 @@ TEST_F(HoverNoticesTest, TheStatusRowsShowTheirListsWhenThereAreAny) {
   EXPECT_EQ(noticeAt(500, 200), "[NoticeMsg_status_error]")
       << "an empty list adds nothing, no line end either";
   EXPECT_EQ(noticeAt(500, 170), "[NoticeMsg_status_detail]");
-  state.ErrorMsgShowToMegView["Error"] = "\n1. too hot";
-  state.ErrorMsgShowToMegView["Detail"] = "\n1. moving";
+  state.ErrorMsgShowToMegView["Error"] = KeyedText::words("\n1. too hot");
+  state.ErrorMsgShowToMegView["Detail"] = KeyedText::words("\n1. moving");
   EXPECT_EQ(noticeAt(500, 200), "[NoticeMsg_status_error]\n1. too hot\n");
   EXPECT_EQ(noticeAt(500, 170), "[NoticeMsg_status_detail]\n1. moving\n");
   EXPECT_EQ(noticeAt(500, 140), "[NoticeMsg_present_voltage]");
@@ -133,7 +133,7 @@ TEST_F(HoverNoticesTest, TheFieldThatGetsTheFocusShowsItsNoticeUntilTheNextRow) 
 }
 
 TEST_F(HoverNoticesTest, TheFocusShowsTheStatusListsAsThePointerDoes) {
-  state.ErrorMsgShowToMegView["Error"] = "\n1. too hot";
+  state.ErrorMsgShowToMegView["Error"] = KeyedText::words("\n1. too hot");
   controller.focusCame(u"NoticeMsg_status_error");
   EXPECT_EQ(view["NoticeMSGview"].text(), "[NoticeMsg_status_error]\n1. too hot\n");
 }

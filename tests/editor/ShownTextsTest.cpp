@@ -1,12 +1,21 @@
-#include "editor/ShownTexts.h"
-#include "platform/TextChange.h"
+#include "platform/NamedDevice.h"
 #include "platform/linux/StringTables.h"
+#include "protocol/ConnectionState.h"
 #include "protocol/RegisterCatalogue.h"
 #include "protocol/StatusLists.h"
 #include "tests/editor/EditorBench.h"
 
 namespace tavril {
 namespace {
+
+class ChosenPort final : public NamedDevice {
+ public:
+  explicit ChosenPort(QString name) : name_(std::move(name)) {}
+  QString name() const override { return name_; }
+
+ private:
+  QString name_;
+};
 
 /// The screen's controllers on two tables that came with the program.
 class ShownTextsTest : public testing::Test {
@@ -22,16 +31,17 @@ class ShownTextsTest : public testing::Test {
   QString chinese(QStringView key) const { return strings.table("zh-Hant").text(key); }
   ScreenElement &element(QStringView name) { return state.ObjectDictionaryArray.element(name); }
   void change() {
-    const TextChange texts(strings.table("en"), strings.table("zh-Hant"));
     ASSERT_TRUE(strings.setLanguage("zh-Hant"));
-    controller.languageDidChange(texts);
+    controller.languageDidChange();
   }
-  QString changed(QStringView name, const QString &text) {
-    element(name).setText(text);
-    const TextChange texts(strings.table("en"), strings.table("zh-Hant"));
-    ShownTexts::change(state, texts);
+  QString changed(QStringView name, const KeyedText &text) {
+    EXPECT_TRUE(strings.setLanguage("en"));
+    state.ObjectDictionaryArray.show(name, text, strings);
+    EXPECT_EQ(element(name).text(), text.in(strings.table("en")));
+    change();
     return element(name).text();
   }
+  QString list(const char *key) { return state.ErrorMsgShowToMegView.value(key).in(strings); }
 
   RecordingLog log;
   StringTables strings{StringTables::standardFolders().mid(0, 1), log};
@@ -59,22 +69,29 @@ TEST_F(ShownTextsTest, TheScreenAtStartUp) {
 }
 
 TEST_F(ShownTextsTest, EveryConnectionState) {
-  for (const QStringView key : {u"Not_connect", u"Serial_port_start_initialization"}) {
-    EXPECT_EQ(changed(u"ConnectStatus", english(key)), chinese(key));
-  }
+  const auto changed = [this](ConnectionState connection) {
+    EXPECT_TRUE(strings.setLanguage("en"));
+    showConnection(state, connection, strings);
+    change();
+    EXPECT_EQ(state.connection, connection);
+    return element(u"ConnectStatus").text();
+  };
+  EXPECT_EQ(changed(ConnectionState::NotConnected), chinese(u"Not_connect"));
+  EXPECT_EQ(changed(ConnectionState::Initialising), chinese(u"Serial_port_start_initialization"));
+  EXPECT_EQ(changed(ConnectionState::Connected), chinese(u"COM_Connect_P1")) << "no port was chosen";
   for (const QString &port : {QStringLiteral("usbport-test"), QString(), english(u"Not_connect")}) {
-    EXPECT_EQ(changed(u"ConnectStatus", english(u"COM_Connect_P1") + port),
-              chinese(u"COM_Connect_P1") + port);
+    state.SelectSerial = std::make_shared<ChosenPort>(port);
+    EXPECT_EQ(changed(ConnectionState::Connected), chinese(u"COM_Connect_P1") + port);
   }
 }
 
 TEST_F(ShownTextsTest, EveryMessageThatHasAKey) {
   for (const QStringView key :
        {u"Please_choose_COM_Port_and_Connect_to_device", u"no_servo", u"there_are_more_than_one_servo"}) {
-    EXPECT_EQ(changed(u"errormsg", english(key)), chinese(key));
+    EXPECT_EQ(changed(u"errormsg", KeyedText(key)), chinese(key));
   }
   for (const char *error : {"Packet Lost Servo Connecting", ""}) {
-    EXPECT_EQ(changed(u"errormsg", error), error) << "has no key";
+    EXPECT_EQ(changed(u"errormsg", KeyedText::words(error)), error) << "has no key";
   }
 }
 
@@ -97,15 +114,15 @@ TEST_F(ShownTextsTest, AQuestionStillMeansTheSame) {
 
 TEST_F(ShownTextsTest, WhatIsWaitedFor) {
   for (const QStringView key : {u"Serial_port_start_initialization", u"Please_check_device_is_ready"}) {
-    EXPECT_EQ(changed(u"WaitContent", english(key)), chinese(key));
+    EXPECT_EQ(changed(u"WaitContent", KeyedText(key)), chinese(key));
   }
 }
 
 TEST_F(ShownTextsTest, TheNoticeOfEveryRegister) {
   for (const RegisterRow &row : registerCatalogue()) {
-    EXPECT_EQ(changed(u"NoticeMSGview", english(row.noticeKey())), chinese(row.noticeKey()));
+    EXPECT_EQ(changed(u"NoticeMSGview", KeyedText(row.noticeKey())), chinese(row.noticeKey()));
   }
-  EXPECT_EQ(changed(u"NoticeMSGview", ""), "");
+  EXPECT_EQ(changed(u"NoticeMSGview", KeyedText()), "");
 }
 
 TEST_F(ShownTextsTest, TheNoticeThatStaysWhileThePointerIsBetweenRows) {
@@ -120,17 +137,59 @@ TEST_F(ShownTextsTest, TheNoticeThatStaysWhileThePointerIsBetweenRows) {
 TEST_F(ShownTextsTest, ANoticeWithAStatusListAndTheListsThatAreKept) {
   for (const int bits : {0xff, 0x10, 0x81}) {
     for (const bool disabled : {false, true}) {
-      const QString errors = statusErrorList(bits, strings.table("en"), log).text;
-      const QString details = statusDetailList(bits, disabled, strings.table("en"), log).text;
-      state.ErrorMsgShowToMegView = {{"Error", errors}, {"Detail", details}};
+      ASSERT_TRUE(strings.setLanguage("en"));
+      state.ErrorMsgShowToMegView = {{"Error", statusErrorList(bits, strings, log).keyedText},
+                                     {"Detail", statusDetailList(bits, disabled, strings, log).keyedText}};
+      controller.focusCame(u"NoticeMsg_status_error");
+      const QString englishErrors = statusErrorList(bits, strings.table("en"), log).text;
+      EXPECT_EQ(element(u"NoticeMSGview").text(), english(u"NoticeMsg_status_error") + englishErrors + u'\n');
+      change();
       const QString chineseErrors = statusErrorList(bits, strings.table("zh-Hant"), log).text;
       const QString chineseDetails = statusDetailList(bits, disabled, strings.table("zh-Hant"), log).text;
-      EXPECT_EQ(changed(u"NoticeMSGview", english(u"NoticeMsg_status_error") + errors + u'\n'),
-                chinese(u"NoticeMsg_status_error") + chineseErrors + u'\n');
-      EXPECT_EQ(state.ErrorMsgShowToMegView.value("Error"), chineseErrors);
-      EXPECT_EQ(state.ErrorMsgShowToMegView.value("Detail"), chineseDetails);
+      EXPECT_EQ(element(u"NoticeMSGview").text(), chinese(u"NoticeMsg_status_error") + chineseErrors + u'\n');
+      EXPECT_EQ(list("Error"), chineseErrors);
+      EXPECT_EQ(list("Detail"), chineseDetails);
     }
   }
+}
+
+TEST_F(ShownTextsTest, ANoticeKeepsTheListThatItWasShownWith) {
+  state.ErrorMsgShowToMegView["Error"] = statusErrorList(1, strings, log).keyedText;
+  controller.focusCame(u"NoticeMsg_status_error");
+  state.ErrorMsgShowToMegView["Error"] = statusErrorList(2, strings, log).keyedText;
+  change();
+  const QString shownWith = statusErrorList(1, strings.table("zh-Hant"), log).text;
+  EXPECT_EQ(element(u"NoticeMSGview").text(), chinese(u"NoticeMsg_status_error") + shownWith + u'\n');
+}
+
+TEST_F(ShownTextsTest, BeforeTheFirstNoticeNoneAppears) {
+  change();
+  EXPECT_EQ(element(u"NoticeMSGview").text(), "");
+  EXPECT_TRUE(view.textLooks.empty());
+}
+
+TEST_F(ShownTextsTest, WhatTheServosAnswersSay) {
+  const auto decode = [this](const char *reply) {
+    ASSERT_TRUE(strings.setLanguage("en"));
+    controller.FunctionCMD()->returnErrorCode(QString::fromLatin1(reply).split(u' '));
+    change();
+  };
+  decode("255 5 144 0 254");
+  EXPECT_EQ(element(u"errormsg").text(), chinese(u"no_servo"));
+  EXPECT_EQ(element(u"ConnectStatus").text(), chinese(u"COM_Connect_P1"));
+  decode("255 5 249 4 254");
+  EXPECT_EQ(element(u"errormsg").text(), "Packet Lost Servo Connecting") << "has taken the message's place";
+  decode("255 5 144 2 254");
+  EXPECT_EQ(element(u"errormsg").text(), chinese(u"there_are_more_than_one_servo"));
+  decode("255 5 144 1 254");
+  EXPECT_EQ(element(u"errormsg").text(), "");
+}
+
+TEST_F(ShownTextsTest, GivingUpTheWait) {
+  element(u"ConnectStatus").setText("connecting");
+  waiting.WaitButton("close");
+  change();
+  EXPECT_EQ(element(u"ConnectStatus").text(), chinese(u"Not_connect"));
 }
 
 TEST_F(ShownTextsTest, ToolTipsOfFieldsThatCanBeUsedAndOfThoseThatCannot) {

@@ -47,8 +47,8 @@ TEST_F(ViewControllerTest, LoadingSeedsTheTwelveEntriesWithTheFieldsThemselves) 
 
 TEST_F(ViewControllerTest, LoadingEmptiesTheStatusLists) {
   EXPECT_EQ(state.ErrorMsgShowToMegView.size(), 2);
-  EXPECT_EQ(state.ErrorMsgShowToMegView.value("Error", "none"), "");
-  EXPECT_EQ(state.ErrorMsgShowToMegView.value("Detail", "none"), "");
+  EXPECT_EQ(state.ErrorMsgShowToMegView.value("Error", KeyedText(u"none")).in(fakes.strings), "");
+  EXPECT_EQ(state.ErrorMsgShowToMegView.value("Detail", KeyedText(u"none")).in(fakes.strings), "");
 }
 
 TEST_F(ViewControllerTest, LoadingLogsTheHelpTables) {

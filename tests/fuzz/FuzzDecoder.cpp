@@ -28,7 +28,7 @@ class CountingSender final : public CommandSender {
     commands.push_back(state_.SerialCMD);
     state_.SerialCMD.fill(0);
   }
-  std::vector<CommandBuffer> commands;
+  std::vector<wire::CommandBuffer> commands;
 
  private:
   SharedState &state_;
@@ -56,7 +56,7 @@ class Decoder {
     frame.append(QStringLiteral("254"));
 
     const std::map<QString, QString> before = texts();
-    const QHash<QString, QString> listsBefore = state_.ErrorMsgShowToMegView;
+    const QHash<QString, KeyedText> listsBefore = state_.ErrorMsgShowToMegView;
     sender_.commands.clear();
     const QString answer = function_.returnErrorCode(frame);
     state_.returnSTR = answer;
@@ -117,7 +117,7 @@ class Decoder {
                "the next one is asked for");
     }
     if (!sender_.commands.empty()) {
-      const CommandBuffer &command = sender_.commands[0];
+      const wire::CommandBuffer &command = sender_.commands[0];
       mustHold(command[2] == 0x91 && command[3] >= 2 && command[3] <= 20, "only registers are asked for");
     }
     checkLists(after, before, low);

@@ -45,7 +45,7 @@ void checkDelivery(LinkUnderFuzz &link, const QByteArray &bytes) {
 
   mustHold(link.sent.size() <= 1, "at most one command answers a delivery");
   for (const QByteArray &command : link.sent) checkCommand(command);
-  mustHold(link.state.SerialCMD == CommandBuffer{}, "the command buffer is left empty");
+  mustHold(link.state.SerialCMD == wire::CommandBuffer{}, "the command buffer is left empty");
   mustHold(link.fakes.alert.contents.size() <= alerts + 1, "at most one alert answers a delivery");
   if (!whole || givenUp) {
     mustHold(link.sent.size() == (begins && !givenUp ? 1u : 0u), "only a start mark begins the reading anew");

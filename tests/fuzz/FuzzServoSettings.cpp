@@ -1,6 +1,5 @@
 #include "cli/RegisterFacts.h"
 #include "cli/SettingsFile.h"
-#include "protocol/RegisterCatalogue.h"
 #include "tests/fuzz/FuzzInput.h"
 #include "tests/fuzz/FuzzTarget.h"
 #include "tests/fuzz/Invariant.h"
@@ -24,10 +23,10 @@ void checkRefusal(const CheckedSettings &checked) {
 void checkSettingsInRange(const Settings &settings) {
   for (const auto &[number, value] : settings) {
     bool known = false;
-    for (const RegisterRow &row : settingRegisters()) {
+    for (const wire::Register &row : wire::settingRegisters) {
       if (row.number != number) continue;
       known = true;
-      mustHold(settingRange(row).contains(value), "a setting is in its range");
+      mustHold(row.range.contains(value), "a setting is in its range");
     }
     mustHold(known, "a setting is one of the fifteen");
   }

@@ -67,7 +67,7 @@ class LinkUnderFuzz {
     }
     for (auto list = state.ErrorMsgShowToMegView.cbegin(); list != state.ErrorMsgShowToMegView.cend();
          ++list) {
-      all[QStringLiteral("list ") + list.key()] = list.value();
+      all[QStringLiteral("list ") + list.key()] = list.value().in(fakes.strings);
     }
     return all;
   }

@@ -1,5 +1,5 @@
-#include "editor/AboutPanel.h"
 #include "editor/AboutWindow.h"
+#include "editor/LicenceWindow.h"
 #include "tests/gui/GuiBench.h"
 
 #include <QAccessible>
@@ -138,11 +138,12 @@ TEST_F(AboutWindowTest, TheLicenceIsShownWholeAndEscapeClosesOnlyIt) {
 }
 
 TEST_F(AboutWindowTest, TheDocumentsAreOpenedByTheirButton) {
-  EXPECT_EQ(documentsOpened, 0);
+  EXPECT_EQ(openedOutside.size(), 0);
   auto *button = part<QWidget>("documents");
   press(button);
   QTest::keyClick(button, Qt::Key_Return);
-  EXPECT_EQ(documentsOpened, 2);
+  EXPECT_EQ(openedOutside.size(), 2);
+  EXPECT_EQ(openedOutside[0], QUrl::fromLocalFile(guideFolders[0]));
 }
 
 }  // namespace

@@ -1,8 +1,8 @@
 // The strings converter as it is shipped: with the editor's look, real files and the texts of every language.
-#include "editor/Style.h"
+#include "look/Style.h"
+#include "platform/Languages.h"
 #include "platform/NotificationCenter.h"
 #include "platform/StringTableFile.h"
-#include "platform/TextChange.h"
 #include "platform/linux/PosixUserFiles.h"
 #include "platform/linux/StringTables.h"
 #include "tests/support/AnsweringFilePanels.h"

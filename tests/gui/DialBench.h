@@ -15,7 +15,7 @@ class DialBench : public GuiBench {
  protected:
   /// Where a point of the screen design lies in the window, in Qt's coordinates.
   QPointF inWindow(QPointF location) {
-    return window->mainScreen().mapTo(window.get(), ScreenCoordinates::pointToQt(location));
+    return window->mainScreen().mapTo(window, ScreenCoordinates::pointToQt(location));
   }
 
   // The window finds out by itself which widget each of these is for.
@@ -57,7 +57,7 @@ class DialBench : public GuiBench {
   void connectAndForget() {
     connectToServo();
     window->activateWindow();  // again, after the port dialog
-    ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window));
     clearTraffic();
   }
 

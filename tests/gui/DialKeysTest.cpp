@@ -37,11 +37,11 @@ TEST_F(DialKeys, TabReachesTheDialAndTheFocusIsVisible) {
   entry()->setFocus();
   const QImage dialBefore = dialView()->grab().toImage();
   const QImage knobBefore = find<QWidget>("MotorPoint")->grab().toImage();
-  QTest::keyClick(window.get(), Qt::Key_Backtab, Qt::ShiftModifier);
+  QTest::keyClick(window, Qt::Key_Backtab, Qt::ShiftModifier);
   EXPECT_TRUE(dialView()->hasFocus());
   EXPECT_NE(dialView()->grab().toImage(), dialBefore);
   EXPECT_NE(find<QWidget>("MotorPoint")->grab().toImage(), knobBefore);
-  QTest::keyClick(window.get(), Qt::Key_Tab);
+  QTest::keyClick(window, Qt::Key_Tab);
   EXPECT_TRUE(entry()->hasFocus());
   EXPECT_EQ(dialView()->grab().toImage(), dialBefore);
 }

@@ -93,7 +93,7 @@ TEST_F(DialPointerInWindow, NoticesShowOverCaptionsFieldsAndTheSpaceBetweenThem)
 
 TEST_F(DialPointerInWindow, EachMoveIsToldOnceHoweverManyWidgetsPassItOn) {
   int moves = 0;
-  QObject::connect(&window->mainScreen().pointer(), &ScreenPointer::moved, window.get(), [&] { ++moves; });
+  QObject::connect(&window->mainScreen().pointer(), &ScreenPointer::moved, window, [&] { ++moves; });
   movePointer(100, 100);
   movePointer(400, 629);  // a caption, which passes it on
   movePointer(600, 629);  // a field
@@ -177,7 +177,7 @@ TEST_F(DialPointerInWindow, APressOnTheDialEndsAnEditOfThePositionWithoutSending
   clickPointer(850, 539);
   EXPECT_EQ(entry()->text(), QStringLiteral("204"));
   EXPECT_TRUE(dialView()->hasFocus());
-  QTest::keyClick(window.get(), Qt::Key_Tab);
+  QTest::keyClick(window, Qt::Key_Tab);
   EXPECT_TRUE(receivesExactly({"FF 06 96 00 CC FE"}));
   EXPECT_TRUE(alert.contents.empty());
 }
@@ -235,7 +235,7 @@ TEST_F(DialPointerInWindow, TheWindowMayGoInTheMiddleOfADragAndOfAnEdit) {
   movePointer(780, 539);
   alert.contents.clear();
   log.clear();
-  window.reset();
+  editor.reset();
   EXPECT_TRUE(alert.contents.empty());
   EXPECT_EQ(log.lines().filter(QStringLiteral("MouseUp")), QStringList());
 }
@@ -255,17 +255,16 @@ TEST_F(DialPointerInWindow, APressBesideTheScreenInALargerWindowCountsAsElsewher
   log.clear();
   for (const QPoint &beside : {QPoint(10, 300), QPoint(around->width() - 10, 300), QPoint(700, 5)}) {
     state.TextMouseFlag = QString();
-    const QPoint place = around->mapTo(window.get(), beside);
+    const QPoint place = around->mapTo(window, beside);
     QTest::mouseClick(window->windowHandle(), Qt::LeftButton, {}, place);
     EXPECT_EQ(state.TextMouseFlag, QStringLiteral("MouseDown")) << beside.x();
   }
   EXPECT_EQ(log.lines().filter(QStringLiteral("Other Area")).size(), 3);
   EXPECT_EQ(log.lines().filter(QStringLiteral("MouseUp")).size(), 3);
   state.TextMouseFlag = QString();
-  QTest::mouseClick(window->windowHandle(), Qt::RightButton, {},
-                    around->mapTo(window.get(), QPoint(10, 300)));
+  QTest::mouseClick(window->windowHandle(), Qt::RightButton, {}, around->mapTo(window, QPoint(10, 300)));
   find<QWidget>("ContrainerView_WaitView")->setHidden(false);
-  QTest::mouseClick(window->windowHandle(), Qt::LeftButton, {}, around->mapTo(window.get(), QPoint(10, 300)));
+  QTest::mouseClick(window->windowHandle(), Qt::LeftButton, {}, around->mapTo(window, QPoint(10, 300)));
   EXPECT_EQ(state.TextMouseFlag, QString()) << "neither another button nor a press beside a panel";
 }
 
@@ -273,7 +272,7 @@ TEST_F(DialPointerInWindow, ADragThatBeginsBesideTheScreenTurnsTheDial) {
   window->resize(1600, 1000);
   auto *around = window->findChild<QScrollArea *>()->viewport();
   ASSERT_TRUE(waitFor([&] { return around->width() > 1200; }));
-  QTest::mousePress(window->windowHandle(), Qt::LeftButton, {}, around->mapTo(window.get(), QPoint(10, 300)));
+  QTest::mousePress(window->windowHandle(), Qt::LeftButton, {}, around->mapTo(window, QPoint(10, 300)));
   EXPECT_EQ(textOf("angle"), QString());
   movePointer(780, 539);
   EXPECT_EQ(textOf("angle"), QStringLiteral("818"));

@@ -1,5 +1,6 @@
 // The keyboard alone: everything that can be used is reached by Tab in a sensible order, and shows that it
 // has the focus.
+#include "editor/AboutWindow.h"
 #include "protocol/RegisterCatalogue.h"
 #include "tests/gui/ScreenTour.h"
 #include "tests/gui/TextFit.h"

@@ -1,36 +1,27 @@
 #pragma once
 
 #include "app/AppDelegate.h"
-#include "app/LanguageChoice.h"
-#include "app/StoreController.h"
-#include "editor/AboutWindow.h"
-#include "editor/DoctorWindow.h"
 #include "editor/EditorWindow.h"
-#include "editor/GuideWindow.h"
 #include "editor/MainScreen.h"
-#include "editor/Style.h"
-#include "platform/AlertErrorPresenter.h"
-#include "platform/Desktop.h"
-#include "platform/NotificationCenter.h"
+#include "look/Style.h"
 #include "platform/linux/PosixTerminalCalls.h"
 #include "platform/linux/QtMainQueue.h"
 #include "platform/linux/QtTimers.h"
 #include "platform/linux/StringTables.h"
-#include "platform/linux/ThreadBackground.h"
-#include "protocol/HelpTables.h"
+#include "program/tavril/AppObjects.h"
+#include "program/tavril/EditorObjects.h"
 #include "protocol/SharedState.h"
-#include "serial/PortRegistry.h"
-#include "serial/SerialEnvironment.h"
 #include "serial/SerialPort.h"
 #include "serial/config/Config.h"
 #include "simulator/VirtualServo.h"
 #include "tests/doctor/FakeMachine.h"
 #include "tests/support/AnsweringAlert.h"
+#include "tests/support/AnsweringFilePanels.h"
 #include "tests/support/FakeDevices.h"
 #include "tests/support/FaultyTerminalCalls.h"
 #include "tests/support/MemoryFiles.h"
 #include "tests/support/MemoryPreferences.h"
-#include "tests/support/RecordingExit.h"
+#include "tests/support/MemoryUserFiles.h"
 #include "tests/support/RecordingLog.h"
 #include "tests/support/RecordingUserNotifications.h"
 #include "tests/support/RecordingWait.h"
@@ -48,9 +39,12 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <thread>
+#include <utility>
 
 namespace tavril {
 
@@ -60,61 +54,37 @@ inline QAbstractButton *alertButton() {
   return box && !box->buttons().isEmpty() ? box->buttons().constFirst() : nullptr;
 }
 
-/// The whole editor in one process on a virtual servo: real window, queue, timers, threads and terminal.
-/// Alerts are answered in advance, and the long waits are only noted.
+/// The editor as the program puts it together, on a virtual servo: real windows, queue, timers, threads and
+/// terminal. Alerts are answered in advance, the long waits are only noted, and nothing is kept on the disk.
 class GuiBench : public testing::Test {
  protected:
   explicit GuiBench(const QString &language = QStringLiteral("en"),
                     const QStringList &stringFolders = {stringsFolder()})
       : strings(stringFolders, log) {
+    QCoreApplication::setApplicationVersion(QStringLiteral("1.2.3"));
     Style::apply(*qApp, language);
-    buildHelpTables(state, log);
     EXPECT_TRUE(strings.setLanguage(language));
     EXPECT_TRUE(servo.start());
     devices.add(portName, servo.path());
-    EditorWindow::Actions actions;
-    actions.openPortSetting = [this] { openDialog(); };
     machine.node(servo.path());
-    actions.openDoctor = [this] {
-      DoctorWindow::open(
-          *window, desktop, {machine.bus, machine.nodes, machine.programs, terminal}, background,
-          [this] { return DoctorWindow::requestFor(*application, std::chrono::milliseconds(0)); });
-    };
-    actions.openConverter = [this] { ++convertersOpened; };
-    actions.openTables = [this] { ++tablesOpened; };
-    actions.quit = [this] { endStatus = 0; };
-    actions.about = [this] {
-      AboutWindow::open(*window, desktop,
-                        {{QStringLiteral("CFBundleShortVersionString"), QStringLiteral("1.2.3")}},
-                        [this] { ++documentsOpened; });
-    };
-    actions.userGuide = [this] {
-      GuideWindow::open(*window, desktop, guideFolders,
-                        [this](const QUrl &url) { openedOutside.append(url); });
-    };
-    actions.language = &languageChoice;
-    actions.endProcess = [this](int status) { endStatus = status; };
-    window = std::make_unique<EditorWindow>(state, *application, desktop, std::move(actions));
-    application->applicationDidFinishLaunching(window->menuOutlets());
+    editor = std::make_unique<EditorObjects>(
+        objects, EditorServices{panels, userFiles, [this] { return guideFolders; },
+                                [this](const QUrl &url) {
+                                  openedOutside.append(url);
+                                  return true;
+                                },
+                                [this](int status) { endStatus = status; }});
+    doctorsUsualWait = std::exchange(editor->doctorWait, {});
+    editor->whenSeen = [this] { ++timesSeen; };
+    window = &editor->window();
     window->fitInto(QSize(2000, 2000));
     window->show();
-    EXPECT_TRUE(QTest::qWaitForWindowActive(window.get()));
-  }
-
-  ~GuiBench() override {
-    if (application->serialPort()) application->serialPort()->setDelegate({});
-    for (const auto &port : state.allSerialPortsInfo) port->close();
-    window.reset();
-    application.reset();
-    mainQueue.shutDown();
-    state.SelectSerial.reset();
-    state.allSerialPortsInfo.clear();
+    EXPECT_TRUE(QTest::qWaitForWindowActive(window));
   }
 
   void openDialog() {
-    dialog = new Config(state, *application, desktop, serial, machine.nodes, machine.programs, window.get());
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
-    dialog->open();
+    editor->openPortSetting();
+    dialog = window->findChild<Config *>();
   }
 
   template <typename Widget>
@@ -141,18 +111,20 @@ class GuiBench : public testing::Test {
   /// A key for the window, which has the focus again after a dialog as under any window manager.
   void shortcut(Qt::Key key, Qt::KeyboardModifiers modifiers) {
     window->activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
-    QTest::keyClick(window.get(), key, modifiers);
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window));
+    QTest::keyClick(window, key, modifiers);
+    dialog = window->findChild<Config *>();
   }
 
   /// Chooses the menu entry with this text.
   void choose(const QString &text) {
     window->activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window));
     for (const QAction *title : window->menuBar()->actions()) {
       for (QAction *entry : title->menu()->actions()) {
         if (entry->text() != text) continue;
         entry->trigger();
+        dialog = window->findChild<Config *>();
         return;
       }
     }
@@ -193,38 +165,50 @@ class GuiBench : public testing::Test {
   RecordingWait wait;
   AnsweringAlert alert;
   StringTables strings;
-  NotificationCenter notifications;
-  MemoryPreferences preferences;
-  LanguageChoice languageChoice{strings, preferences, notifications, log, {QStringLiteral("en")}};
-  RecordingUserNotifications userNotifications;
-  Desktop desktop{mainQueue, timers, wait, alert, strings, notifications, &userNotifications, log};
-  PosixTerminalCalls posix{log};
-  FaultyTerminalCalls terminal{posix};  // here only to count the reads
   MemoryFiles files;
-  AlertErrorPresenter errors{alert};
-  StoreController store{files, desktop, errors};
+  MemoryPreferences preferences;
+  RecordingUserNotifications userNotifications;
+  PosixTerminalCalls posix{log};
+  FaultyTerminalCalls terminal{posix};  // here only to count the calls
   FakeDevices devices;
   doctor::FakeMachine machine;
-  SharedState state;
-  PortRegistry ports{state.allSerialPortsInfo};
-  RecordingExit processExit;
-  SerialEnvironment serial{mainQueue, background, terminal, devices, notifications, processExit, log, ports};
-  ThreadBackground background;
+  AnsweringFilePanels panels;
+  MemoryUserFiles userFiles;
+  QStringList guideFolders{QCoreApplication::applicationDirPath() + QStringLiteral("/documents")};
+  QList<QUrl> openedOutside;
+  std::optional<int> endStatus;
+  std::chrono::milliseconds doctorsUsualWait{};
+  int timesSeen = 0;
+
   std::mutex trafficMutex;
   QStringList traffic;
   simulator::VirtualServo servo{{.log = [this](const QString &line) {
     const std::lock_guard lock(trafficMutex);
     traffic.append(line);
   }}};
-  std::shared_ptr<AppDelegate> application = AppDelegate::make(state, desktop, serial, store);
-  std::unique_ptr<EditorWindow> window;
-  QPointer<Config> dialog;
-  int convertersOpened = 0;
-  int tablesOpened = 0;
-  std::optional<int> endStatus;
-  int documentsOpened = 0;
-  QStringList guideFolders{QCoreApplication::applicationDirPath() + QStringLiteral("/documents")};
-  QList<QUrl> openedOutside;
+
+  AppObjects objects{{log,
+                      mainQueue,
+                      timers,
+                      wait,
+                      alert,
+                      strings,
+                      {QStringLiteral("en")},
+                      files,
+                      preferences,
+                      &userNotifications,
+                      terminal,
+                      devices,
+                      machine.bus,
+                      machine.nodes,
+                      machine.programs}};
+  SharedState &state = objects.state;
+  const Desktop &desktop = objects.desktop;
+  LanguageChoice &languageChoice = objects.language;
+  AppDelegate *const application = objects.application.get();
+  std::unique_ptr<EditorObjects> editor;
+  EditorWindow *window = nullptr;
+  QPointer<Config> dialog;  ///< the port dialog, while it is open
 };
 
 }  // namespace tavril

@@ -1,5 +1,6 @@
 // The language is changed while the program runs, in each state of the window.
 #include "editor/AboutWindow.h"
+#include "editor/ConnectionLine.h"
 #include "platform/StringTableFile.h"
 #include "tests/gui/GuiBench.h"
 #include "tests/gui/ShownStrings.h"
@@ -118,7 +119,7 @@ TEST_F(LanguageSwitch, WhenNotConnectedNoTextOfTheOldLanguageRemains) {
 
 TEST_F(LanguageSwitch, WhenConnectedNoTextOfTheOldLanguageRemains) {
   connectToServo();
-  find<QWidget>("NoticeMSGview")->findChild<QPlainTextEdit *>()->setPlainText(strings.text(u"NoticeMsg_kp"));
+  controller().focusCame(u"NoticeMsg_kp");
   const QString value = textOf("sID_value");
   tourTheLanguages();
   ASSERT_TRUE(languageChoice.choose(QStringLiteral("zh-Hant")));
@@ -126,6 +127,22 @@ TEST_F(LanguageSwitch, WhenConnectedNoTextOfTheOldLanguageRemains) {
   EXPECT_EQ(find<QPlainTextEdit>("MsgView")->toPlainText(), strings.text(u"NoticeMsg_kp"));
   EXPECT_EQ(find<QWidget>("sID_value")->toolTip(), strings.text(u"ToolTip_sid"));
   EXPECT_EQ(textOf("sID_value"), value);
+}
+
+TEST_F(LanguageSwitch, TheLampShowsTheStateInEveryLanguage) {
+  const auto expectEverywhere = [this](ConnectionState connection) {
+    const QStringList languages = strings.languages();
+    for (const QString &language : languages) {
+      ASSERT_TRUE(languageChoice.choose(language));
+      EXPECT_EQ(find<ConnectionLine>("ConnectStatus")->state(), connection) << qPrintable(language);
+    }
+  };
+  expectEverywhere(ConnectionState::NotConnected);
+  connectToServo();
+  expectEverywhere(ConnectionState::Connected);
+  servo.unplug();
+  ASSERT_TRUE(waitFor([this] { return state.connection == ConnectionState::NotConnected; }));
+  expectEverywhere(ConnectionState::NotConnected);
 }
 
 TEST_F(LanguageSwitch, WhileTheWaitPanelIsUpAndAfterItsTimeNoTextOfTheOldLanguageRemains) {

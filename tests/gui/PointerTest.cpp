@@ -150,8 +150,8 @@ TEST_F(Pointer, BetweenWholePointsPressesAndDragsSendTheirFrames) {
 TEST_F(Pointer, HoveringEachOfTheTwentyRowsShowsItsNotice) {
   static_assert(std::size(rows) == 20);
   connectAndForget();
-  state.ErrorMsgShowToMegView[QStringLiteral("Error")] = QStringLiteral("\nTwo errors");
-  state.ErrorMsgShowToMegView[QStringLiteral("Detail")] = QStringLiteral("\nOne detail");
+  state.ErrorMsgShowToMegView[QStringLiteral("Error")] = KeyedText::words(QStringLiteral("\nTwo errors"));
+  state.ErrorMsgShowToMegView[QStringLiteral("Detail")] = KeyedText::words(QStringLiteral("\nOne detail"));
   for (const double x : {400.0, 580.0}) {  // over the captions, over the fields
     for (const Row &row : rows) {
       QString expected = strings.text(row.key);
@@ -270,7 +270,7 @@ class PointerAndAlert : public Pointer {
     EXPECT_EQ(textOf("sID_value"), QStringLiteral("1")) << "the entry is put back";
   }
   void moveToButton() {
-    const QPointF middle = button->mapTo(window.get(), QPointF(button->rect().center()));
+    const QPointF middle = button->mapTo(window, QPointF(button->rect().center()));
     hand.moveTo(window->winId(), (middle * window->devicePixelRatio()).toPoint());
   }
   /// Nothing is sent, and the button is drawn like one that is up.

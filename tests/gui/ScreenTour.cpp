@@ -1,22 +1,19 @@
 #include "tests/gui/ScreenTour.h"
 
-#include "platform/linux/PosixUserFiles.h"
+#include "editor/AboutWindow.h"
+#include "editor/DoctorWindow.h"
 #include "platform/linux/QtModalAlert.h"
 #include "protocol/StatusLists.h"
 #include "tests/support/ActiveWindow.h"
-#include "tests/support/AnsweringFilePanels.h"
 #include "tools/ConverterWindow.h"
 #include "tools/FileListWindow.h"
-#include "tools/StringsConverter.h"
 
-#include <QFile>
 #include <QIcon>
 #include <QMenu>
 #include <QMenuBar>
 #include <QPlainTextEdit>
 #include <QScrollArea>
 #include <QScrollBar>
-#include <QTemporaryDir>
 #include <QTimer>
 #include <QToolTip>
 
@@ -105,28 +102,23 @@ void ScreenTour::visitDoctor() {
 }
 
 void ScreenTour::visitConverter() {
-  const QTemporaryDir folder;
-  AnsweringFilePanels panels;
-  PosixUserFiles userFiles;
-  StringsConverter converter(panels, userFiles,
-                             TableFolder([&] { return folder.path(); }, [](const QString &) {}), strings,
-                             notifications, log);
-  converter.showConverter(window.get());
+  const QString folder = QStringLiteral("/home/anna/tables");
+  preferences.values[QStringLiteral("stringTableFolder")] = folder;
+  choose(strings.text(u"strings_converter"));
   auto *merging = window->findChild<ConverterWindow *>();
   ASSERT_NE(merging, nullptr);
   ASSERT_TRUE(QTest::qWaitForWindowExposed(merging));
   show(QStringLiteral("converter"), *merging);
   delete merging;
-  converter.showTables(window.get());
+  choose(strings.text(u"string_tables"));
   auto *list = window->findChild<FileListWindow *>();
   ASSERT_NE(list, nullptr);
   ASSERT_TRUE(QTest::qWaitForWindowExposed(list));
   show(QStringLiteral("tables-empty"), *list);
-  for (const char *name : {"cs.strings.h", "nl.strings.h", "pt-BR.strings.h"}) {
-    QFile file(folder.filePath(QString::fromLatin1(name)));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+  for (const char *name : {"/cs.strings.h", "/nl.strings.h", "/pt-BR.strings.h"}) {
+    userFiles.put(folder + QString::fromLatin1(name), {});
   }
-  converter.showTables(window.get());
+  choose(strings.text(u"string_tables"));
   show(QStringLiteral("tables"), *list);
   delete list;
 }
@@ -149,7 +141,7 @@ void ScreenTour::visitConnecting() {
   press("capture");
   ASSERT_TRUE(waitFor([this] { return !textOf("angle").isEmpty(); }));
   controller().Colorreset();
-  makeActive(window.get());
+  makeActive(window);
   show(QStringLiteral("connected"), *window);
 }
 
@@ -209,7 +201,7 @@ void ScreenTour::visitAlerts() {
   QtModalAlert real(mainQueue);
   for (const auto &[name, content] : alerts) {
     bool shown = false;
-    QTimer::singleShot(0, window.get(), [&, label = QString::fromLatin1(name)] {
+    QTimer::singleShot(0, window, [&, label = QString::fromLatin1(name)] {
       QAbstractButton *button = alertButton();
       ASSERT_NE(button, nullptr);
       show(label, *button->window());
@@ -226,7 +218,7 @@ void ScreenTour::visitFailure() {
   // A device that does not answer: thirty seconds later.
   servo.withOptions([](simulator::Options &options) { options.mute = true; });
   application->serialFormat();
-  makeActive(window.get());
+  makeActive(window);
   state.ObjectDictionaryArray.element(u"ContrainerView_WaitView").setHidden(false);
   for (int second = 0; second < 30; ++second) controller().ConnectTimeout();
   show(QStringLiteral("wait-failed"), *window);

@@ -47,7 +47,7 @@ TEST_F(SmallScreenTest, TheScrollBarsReachTheWholeScreen) {
 TEST_F(SmallScreenTest, WhateverTabReachesIsScrolledIntoView) {
   connectToServo();
   window->activateWindow();
-  ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+  ASSERT_TRUE(QTest::qWaitForWindowActive(window));
   find<QWidget>("sID_value")->setFocus();
   QSet<QString> visited;
   for (int i = 0; i < 30; ++i) {
@@ -64,7 +64,7 @@ TEST_F(SmallScreenTest, WhateverTabReachesIsScrolledIntoView) {
 
 TEST_F(SmallScreenTest, APanelIsScrolledIntoViewWithAllItsButtons) {
   window->activateWindow();
-  ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+  ASSERT_TRUE(QTest::qWaitForWindowActive(window));
   for (const auto &[container, panel] :
        {std::pair("ContrainerView_MsgView", "MsgPanel"), std::pair("ContrainerView_WaitView", "WaitPanel")}) {
     scroller().verticalScrollBar()->setValue(0);

@@ -1,4 +1,6 @@
 #include "tests/gui/GuiBench.h"
+#include "tools/ConverterWindow.h"
+#include "tools/FileListWindow.h"
 
 #include <QMenu>
 #include <QMenuBar>
@@ -18,10 +20,11 @@ class ToolsMenu : public GuiBench {
 
 TEST_F(ToolsMenu, OpensTheConverterAndTheList) {
   shortcut(Qt::Key_S, Qt::ControlModifier | Qt::ShiftModifier);
-  EXPECT_EQ(convertersOpened, 1);
+  EXPECT_EQ(window->findChildren<ConverterWindow *>().size(), 1);
+  EXPECT_EQ(window->findChildren<FileListWindow *>().size(), 0);
   shortcut(Qt::Key_T, Qt::ControlModifier | Qt::ShiftModifier);
-  EXPECT_EQ(tablesOpened, 1);
-  EXPECT_EQ(convertersOpened, 1);
+  EXPECT_EQ(window->findChildren<FileListWindow *>().size(), 1);
+  EXPECT_EQ(window->findChildren<ConverterWindow *>().size(), 1);
 }
 
 TEST_F(ToolsMenu, NamesTheConverterAndTheListLast) {

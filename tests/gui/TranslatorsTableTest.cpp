@@ -1,4 +1,6 @@
 // A translator's table has what none of those has that came with the program.
+#include "editor/AboutWindow.h"
+#include "editor/DoctorWindow.h"
 #include "platform/StringTableFile.h"
 #include "serial/config/Config.h"
 #include "tests/gui/GuiBench.h"

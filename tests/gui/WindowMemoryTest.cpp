@@ -1,4 +1,4 @@
-#include "editor/WindowMemory.h"
+#include "look/WindowMemory.h"
 #include "tests/support/MemoryPreferences.h"
 
 #include <QGuiApplication>

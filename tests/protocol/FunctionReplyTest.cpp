@@ -26,7 +26,9 @@ class FunctionReply : public FunctionFixture {
     for (const auto &[key, element] : elements) texts[key] = element.text();
     return texts;
   }
-  QString list(const char *key) { return state.ErrorMsgShowToMegView.value(QString::fromLatin1(key)); }
+  QString list(const char *key) {
+    return state.ErrorMsgShowToMegView.value(QString::fromLatin1(key)).in(fakes.strings);
+  }
 };
 
 // --------------------------------------------------------------------------------------------- detection
@@ -166,7 +168,8 @@ TEST_F(FunctionReply, OneDetectionReadsAllTwentyRegistersInOrder) {
 
 TEST_F(FunctionReply, WhileTheDialIsDraggedAReadReplyChangesNothing) {
   elements.at("StatusError_value").setText("old error");
-  state.ErrorMsgShowToMegView = {{"Error", "old list"}, {"Detail", "old details"}};
+  state.ErrorMsgShowToMegView = {{"Error", KeyedText::words("old list")},
+                                 {"Detail", KeyedText::words("old details")}};
   state.ToolbarFlag = "RebootServo";
   state.returnSTR = "512";
   const auto before = textsOf(elements);
@@ -237,6 +240,13 @@ TEST_F(FunctionReply, StatusErrorWithAllBitsLeavesBit4Out) {
   EXPECT_EQ(textOf("StatusError_value"), "7 Items");
 }
 
+TEST_F(FunctionReply, ANegativeStatusShowsItsTextAndItem) {
+  readReply(16, 0, -1);
+  EXPECT_EQ(textOf("StatusError_value"), "-1 Item");
+  readReply(17, 0, -1);
+  EXPECT_EQ(textOf("StatusDetail_value"), "-1 Item");
+}
+
 TEST_F(FunctionReply, StatusErrorIsLoggedBitByBit) {
   readReply(16, 0, 0x81);
   EXPECT_EQ(fakes.log.lines(), (QStringList{"StatusError=(255, 7, 145, 16, 0, 129, 254)", "bit=1,1",
@@ -288,7 +298,7 @@ TEST_F(FunctionReply, LiveValuesAreShownRawAndLogged) {
 }
 
 TEST_F(FunctionReply, AnUnknownRegisterWithNothingExpectedIsAReadError) {
-  readReply(99, 0, 5);
+  EXPECT_EQ(readReply(99, 0, 5), "Read Servo Setting Value Success");
   EXPECT_EQ(textOf("StatusError_value"), "5");
   EXPECT_EQ(fakes.log.lines(), (QStringList{"Error=(255, 7, 145, 99, 0, 5, 254)", "Read Error!"}));
   EXPECT_EQ(fakes.log.warnings(), fakes.log.lines());

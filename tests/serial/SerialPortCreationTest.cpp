@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
+
 namespace tavril {
 namespace {
 
@@ -78,6 +80,13 @@ TEST_F(SerialPortCreation, TheDevicesPropertiesCanBeRead) {
   EXPECT_EQ(SerialPort::baseNameFromDevice(bench.environment, device), "usbserial-");
   EXPECT_EQ(SerialPort::suffixFromDevice(bench.environment, device), "ttyUSB0");
   EXPECT_EQ(SerialPort::serviceTypeFromDevice(bench.environment, device), "IOSerialStream");
+  for (const auto &[key, value] : std::map<QString, QString>{{"IOCalloutDevice", usbPath},
+                                                             {"IOTTYDevice", usbName},
+                                                             {"IOTTYBaseName", "usbserial-"},
+                                                             {"IOTTYSuffix", "ttyUSB0"},
+                                                             {"IOSerialBSDClientType", "IOSerialStream"}}) {
+    EXPECT_EQ(SerialPort::stringPropertyOf(bench.environment, device, key), value) << key.toStdString();
+  }
   EXPECT_TRUE(SerialPort::stringPropertyOf(bench.environment, device, "no such").isNull());
   bench.devices.release(device);
 }

@@ -87,7 +87,7 @@ class ManualMainQueue final : public MainQueue {
     return true;
   }
 
-  void shutDown() {
+  void shutDown() override {
     std::deque<Entry> dropped;
     {
       const std::lock_guard lock(mutex_);

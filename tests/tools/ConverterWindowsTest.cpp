@@ -1,5 +1,5 @@
+#include "platform/Languages.h"
 #include "platform/NotificationCenter.h"
-#include "platform/TextChange.h"
 #include "tests/support/AnsweringFilePanels.h"
 #include "tests/support/KeyTable.h"
 #include "tests/support/MemoryUserFiles.h"

@@ -70,7 +70,7 @@ class CheckIncludesTest(unittest.TestCase):
         self.assert_bad("src/serial/SerialPort.cpp", "#include <QAccessibilityHints>\n", "may not use QtGui")
 
     def test_main_may_use_everything(self):
-        self.assert_good("src/app/main.cpp",
+        self.assert_good("src/program/tavril/main.cpp",
                          '#include "editor/Dial.h"\n#include "simulator/Servo.h"\n'
                          '#include "platform/linux/StderrLog.h"\n#include <QWidget>\n#include <unistd.h>\n')
 

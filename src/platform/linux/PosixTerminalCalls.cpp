@@ -189,7 +189,7 @@ CallResult PosixTerminalCalls::setAttributes(int descriptor, WhenToApply when, c
 }
 
 CallResult PosixTerminalCalls::setSpeed(termios &attributes, unsigned long baudRate) {
-  // By the constant: not every C library takes a plain number, and some would take 13 for 9600.
+  // By the constant: some C libraries accept no plain number, and take 13 for the constant B9600.
   const std::optional<speed_t> constant = constantOfSpeed(namedSpeeds(), baudRate);
   if (!constant) return CallResult::failure(EINVAL);
   if (::cfsetspeed(&attributes, *constant) != 0) return CallResult::failure(errno);

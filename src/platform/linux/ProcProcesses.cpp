@@ -22,7 +22,8 @@ QString nameOf(const QString &processFolder) {
                                         : QString();
 }
 
-/// Whether the descriptor is the other end of the pseudo-terminal, through which nobody is in the way.
+/// Whether the descriptor is the other end of the pseudo-terminal. Having it open keeps nobody from using
+/// this end.
 bool isOtherEnd(const QString &processFolder, const QFileInfo &descriptor, const QString &terminal) {
   if (!descriptor.symLinkTarget().endsWith(u"/ptmx")) return false;
   QFile file(processFolder + QStringLiteral("/fdinfo/") + descriptor.fileName());

@@ -35,6 +35,7 @@ class QtMainQueue final : public MainQueue {
   void async(Job job) override;
   bool sync(Job job) override;
   bool isMainThread() const override;
+  void shutDown() override;
 
   /// As async(), but begins with the jobs at once unless one is running or the queue is held. For what the
   /// event loop itself calls, which need not be woken up once more. Main thread only.
@@ -44,9 +45,6 @@ class QtMainQueue final : public MainQueue {
   void hold();
   void release();
   bool isHeld() const;
-
-  /// Drops the jobs that have not begun; every waiting and later sync() returns false. Main thread only.
-  void shutDown();
 
  private:
   /// A thread that waits in sync(); it lives on that thread's stack.

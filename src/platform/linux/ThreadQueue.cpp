@@ -66,8 +66,7 @@ bool ThreadQueue::isCurrent() const {
   return worker_ == std::this_thread::get_id();
 }
 
-/// Expects the lock, and that something has come. True for who has to see to a thread, otherwise there is
-/// one.
+/// Expects the lock, and that something has come. Returns true if the caller must start the thread.
 bool ThreadQueue::needsThread() {
   jobCame_.notify_one();
   return !std::exchange(working_, true);

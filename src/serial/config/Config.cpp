@@ -1,12 +1,13 @@
 #include "serial/config/Config.h"
 
 #include "platform/Desktop.h"
+#include "platform/KeyedText.h"
+#include "platform/Languages.h"
 #include "platform/Log.h"
 #include "platform/NotificationCenter.h"
 #include "platform/PlainTitle.h"
 #include "platform/ScreenElement.h"
 #include "platform/StringTable.h"
-#include "platform/TextChange.h"
 #include "protocol/SharedState.h"
 #include "serial/LinkOpener.h"
 #include "serial/SerialPort.h"
@@ -54,7 +55,7 @@ Config::Config(SharedState &state, LinkOpener &appdelegate, const Desktop &deskt
     model_->refresh();
     showSights();
   });
-  // Only what the user does is a choice, not what the list does by itself.
+  // `activated` is sent only for what the user chooses.
   connect(ui_->portCombo, &QComboBox::activated, this,
           [this] { comboBoxSelectionDidChange(*ui_->portCombo); });
   connect(ui_->doneBT, &QPushButton::clicked, this, [this] { done(); });
@@ -65,7 +66,7 @@ Config::Config(SharedState &state, LinkOpener &appdelegate, const Desktop &deskt
                                        model_->refresh();
                                        showSights();
                                      });
-  // The link hears of ports that come and go before this dialog does, and has changed the list by then.
+  // The link observes these notifications too. It registered first, so it has already changed the list.
   for (const char16_t *name :
        {SerialPortsWereConnectedNotification, SerialPortsWereDisconnectedNotification}) {
     desktop_.notifications.addObserver(this, QString::fromUtf16(name),
@@ -113,11 +114,11 @@ void Config::comboBoxSelectionDidChange(const QComboBox &comboBox) {
 }
 
 void Config::done() {
-  // A port that was shown but never picked is what the user saw and confirmed.
+  // The user has confirmed the port that is shown, even without picking it.
   if (!state_.SelectSerial) comboBoxSelectionDidChange(*ui_->portCombo);
   state_.ObjectDictionaryArray.element(u"ContrainerView_WaitView").setHidden(false);
-  state_.ObjectDictionaryArray.element(u"WaitContent")
-      .setText(desktop_.strings.text(u"Serial_port_start_initialization"));
+  state_.ObjectDictionaryArray.show(u"WaitContent", KeyedText(u"Serial_port_start_initialization"),
+                                    desktop_.strings);
   state_.ToolbarFlag = QStringLiteral("InitSerialPort");
   state_.CancelConnectFlag = QLatin1String("");
   appdelegate_.serialFormat();
@@ -139,7 +140,7 @@ void Config::lookAtPorts() {
     sights_.push_back(PortSight::of(*port, serial_, nodes_, processes_));
 }
 
-/// What is known of the port that is shown, and which one will be opened.
+/// Shows what is known about the current port, and which port will be opened.
 void Config::showSights() {
   const QString details = detailsOf(ui_->portCombo->currentIndex());
   ui_->details->setText(details);

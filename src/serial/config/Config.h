@@ -25,9 +25,8 @@ struct Desktop;
 struct SerialEnvironment;
 struct SharedState;
 
-/// The dialog in which the user picks a port and starts the connection. It lists the ports live, with what
-/// can be seen of them without opening any. The choice only names the port in messages: meant, the link
-/// always opens the first port of the list, and the dialog says so. Main thread only.
+/// The dialog in which the user picks a port and starts the connection. It lists the ports, follows those
+/// that come and go, and shows what can be found out without opening one. Kept: C57.
 class Config final : public QDialog {
   Q_OBJECT
 

@@ -6,8 +6,8 @@
 
 namespace tavril {
 
-/// A combo box that draws its arrow itself, sharp at every scale: a dressed one gets none from its style. Its
-/// list is as wide as its entries.
+/// A combo box that draws its arrow itself, because a combo box with a style sheet has none. Its list is as
+/// wide as its entries.
 class PortCombo final : public QComboBox {
   Q_OBJECT
 

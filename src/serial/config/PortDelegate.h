@@ -8,8 +8,8 @@
 
 namespace tavril {
 
-/// An entry of the port list: the port's name, and below it in a line of its own what is known of the port.
-/// Plain text, whatever the device calls itself.
+/// An entry of the port list: the port's name, and what is known about the port on a line below it. Both are
+/// plain text.
 class PortDelegate final : public QStyledItemDelegate {
   Q_OBJECT
 

@@ -10,7 +10,7 @@
 
 namespace tavril {
 
-/// The entries of the port dialog's combo box: as many as the dialog says, with what it says of each.
+/// The entries of the port dialog's combo box. The dialog gives their number and their texts.
 class PortListModel final : public QAbstractListModel {
   Q_OBJECT
 
@@ -22,9 +22,9 @@ class PortListModel final : public QAbstractListModel {
 
   int rowCount(const QModelIndex &parent = {}) const override;
   QVariant data(const QModelIndex &index, int role) const override;
-  /// What is known of the ports may have changed, the ports themselves have not.
+  /// Reads the details again; the ports are the same.
   void refresh();
-  /// The list has changed: it is asked for anew.
+  /// Reads the whole list again.
   void reload();
 
  private:

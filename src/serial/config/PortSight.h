@@ -11,7 +11,7 @@ class SerialPort;
 class StringTable;
 struct SerialEnvironment;
 
-/// What can be seen of a listed port without opening it: what it is, and whether it can be opened.
+/// What can be found out about a listed port without opening it: its device, and whether it can be opened.
 struct PortSight {
   enum class State { Ready, Open, Gone, Denied, InUse };
 
@@ -26,7 +26,7 @@ struct PortSight {
                       const Processes &processes);
   /// "can be opened"
   QString stateText(const StringTable &strings) const;
-  /// All but the name, with dots between.
+  /// Everything but the name, separated by dots.
   QString details(const StringTable &strings) const;
 };
 

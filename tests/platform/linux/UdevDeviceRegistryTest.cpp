@@ -429,7 +429,7 @@ TEST_F(UdevDeviceRegistryTest, AnAdapterAtTheNodeOfOneWhoseGoingWasLostIsToldLas
   machine_.unplug(u"ttyUSB0"_s, socketA);
   machine_.plugFtdi(u"ttyUSB0"_s, socketB);
   udevFaults().overflowAfter = 1;
-  udevFaults().lostFirst = 1;
+  udevFaults().removalsAreLost = true;
   EXPECT_TRUE(watcher.sees({u"+usbserial-ttyUSB0"_s, u"-usbserial-ttyUSB0"_s, u"+usbserial-ttyUSB0"_s}));
 }
 

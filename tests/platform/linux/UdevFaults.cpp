@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <dlfcn.h>
+#include <string_view>
 #include <utility>
 
 #include <poll.h>
@@ -24,6 +25,11 @@ namespace {
 template <typename Function>
 Function *original(Function *, const char *name) {
   return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
+}
+
+bool isRemoval(udev_device *event) {
+  const char *const action = udev_device_get_action(event);
+  return action != nullptr && std::string_view(action) == "remove";
 }
 
 }  // namespace
@@ -50,17 +56,13 @@ udev_device *udev_monitor_receive_device(udev_monitor *monitor) {
   if (const auto kept = std::exchange(faults.overflowAfter, std::nullopt)) {
     // One that is on its way is among them.
     constexpr int longestWay_ms = 20000;
-    std::size_t missing = faults.lostFirst + *kept;
     for (;;) {
+      const bool isOneMissing = faults.inTime.size() < *kept;
       pollfd input{udev_monitor_get_fd(monitor), POLLIN, 0};
-      if (missing > 0) ::poll(&input, 1, longestWay_ms);
+      if (isOneMissing) ::poll(&input, 1, longestWay_ms);
       udev_device *waiting = receive(monitor);
       if (!waiting) break;
-      if (missing > 0) --missing;
-      if (faults.lostFirst > 0) {
-        --faults.lostFirst;
-        udev_device_unref(waiting);
-      } else if (faults.inTime.size() < *kept) {
+      if (isOneMissing && !(faults.removalsAreLost && isRemoval(waiting))) {
         faults.inTime.push_back(waiting);
       } else {
         udev_device_unref(waiting);

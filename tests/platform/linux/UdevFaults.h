@@ -16,8 +16,8 @@ struct UdevFaults {
   /// The monitor's buffer was too small: of what is waiting in it, all after so many messages is lost. The
   /// kernel says so first, and then hands over those that were there in time.
   std::optional<std::size_t> overflowAfter;
-  /// How many of the first messages are lost instead of being there in time.
-  std::size_t lostFirst = 0;
+  /// Messages of devices that went are lost, and only the others count as being there in time.
+  bool removalsAreLost = false;
   std::deque<udev_device *> inTime;
   int devicesLookedAt = 0;
 };

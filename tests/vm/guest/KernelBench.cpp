@@ -1,6 +1,6 @@
 #include "tests/vm/guest/KernelBench.h"
 
-#include "editor/Style.h"
+#include "look/Style.h"
 #include "serial/SerialPort.h"
 #include "serial/SerialPortManager.h"
 
@@ -42,20 +42,20 @@ void KernelBench::SetUp() {
   static const bool warm = [this] {
     start();
     QTest::qWait(1000);
-    house.reset();
+    editor.reset();
     return true;
   }();
   ASSERT_TRUE(warm);
   before_ = Residue::now();
 }
 
-House &KernelBench::start(std::chrono::milliseconds startUpWait) {
-  house = std::make_unique<House>(startUpWait);
-  return *house;
+GuestEditor &KernelBench::start(std::chrono::milliseconds startUpWait) {
+  editor = std::make_unique<GuestEditor>(startUpWait);
+  return *editor;
 }
 
 void KernelBench::finish() {
-  house.reset();
+  editor.reset();
   ASSERT_TRUE(before_);
   Residue after;
   EXPECT_TRUE(waitFor([&] {
@@ -67,7 +67,7 @@ void KernelBench::finish() {
 }
 
 void KernelBench::TearDown() {
-  if (house) {
+  if (editor) {
     expectQuiet();
     for (const int adapter : {0, 1}) host->pullOut(adapter);
     EXPECT_TRUE(listed({}));
@@ -79,7 +79,7 @@ void KernelBench::TearDown() {
 testing::AssertionResult KernelBench::listed(const QStringList &names) {
   QStringList found;
   const bool come = waitFor([&] {
-    found = house->portNames().filter(QStringLiteral("usb"));
+    found = editor->portNames().filter(QStringLiteral("usb"));
     return found == names;
   });
   if (come) return testing::AssertionSuccess();
@@ -90,26 +90,26 @@ testing::AssertionResult KernelBench::listed(const QStringList &names) {
 
 void KernelBench::plugInAndRead(int adapter, const QString &name) {
   host->plugIn(adapter);
-  ASSERT_TRUE(waitFor([&] { return house->portNames().contains(name); })) << name.toStdString();
+  ASSERT_TRUE(waitFor([&] { return editor->portNames().contains(name); })) << name.toStdString();
   // The application's own list follows once the user has answered the notice.
-  ASSERT_TRUE(waitFor([&] { return !house->state.allSerialPortsInfo.empty(); }));
-  house->clearScreen();
-  house->connectToServo();
+  ASSERT_TRUE(waitFor([&] { return !editor->state.allSerialPortsInfo.empty(); }));
+  editor->clearScreen();
+  editor->connectToServo();
   ASSERT_TRUE(readOut());
 }
 
 testing::AssertionResult KernelBench::readOut() {
-  if (waitFor([this] { return house->everythingRead() && house->find("sID_value")->isEnabled(); })) {
+  if (waitFor([this] { return editor->everythingRead() && editor->find("sID_value")->isEnabled(); })) {
     return testing::AssertionSuccess();
   }
   return testing::AssertionFailure() << "not everything was read; the last frames: "
-                                     << house->textOf("TXcmd").toStdString() << " / "
-                                     << house->textOf("RXcmd").toStdString()
+                                     << editor->textOf("TXcmd").toStdString() << " / "
+                                     << editor->textOf("RXcmd").toStdString()
                                      << "; frames at the servo: " << host->framesSeen(0);
 }
 
 int KernelBench::removalsTold() const {
-  return static_cast<int>(house->user.seen.count(QStringLiteral("Serial Port Was Removed From PC.")));
+  return static_cast<int>(editor->user.seen.count(QStringLiteral("Serial Port Was Removed From PC.")));
 }
 
 void KernelBench::expectQuiet() {
@@ -130,9 +130,9 @@ void KernelBench::expectRemovalHandled() {
   EXPECT_TRUE(waitFor([this] { return removalsTold() > 0; })) << "the user was not told";
   EXPECT_TRUE(listed({}));
   EXPECT_EQ(removalsTold(), 1);
-  EXPECT_EQ(house->application->serialPort(), nullptr);
-  EXPECT_EQ(house->textOf("ConnectStatus"), house->strings.text(u"Not_connect"));
-  EXPECT_TRUE(house->state.allSerialPortsInfo.empty());
+  EXPECT_EQ(editor->application->serialPort(), nullptr);
+  EXPECT_EQ(editor->textOf("ConnectStatus"), editor->strings.text(u"Not_connect"));
+  EXPECT_TRUE(editor->state.allSerialPortsInfo.empty());
 }
 
 void KernelBench::expectSettings(int adapter, const std::vector<int> &settings) {

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "tests/support/WaitFor.h"
+#include "tests/vm/guest/GuestEditor.h"
 #include "tests/vm/guest/HostControl.h"
-#include "tests/vm/guest/House.h"
 #include "tests/vm/guest/Residue.h"
 
 #include <gtest/gtest.h>
@@ -30,7 +30,7 @@ class KernelBench : public testing::Test {
   void TearDown() override;
 
   /// Starts the editor; a bridge here needs no time to start up unless a test wants it to.
-  House &start(std::chrono::milliseconds startUpWait = 0ms);
+  GuestEditor &start(std::chrono::milliseconds startUpWait = 0ms);
   /// Ends it and looks for what it has left.
   void finish();
 
@@ -51,7 +51,7 @@ class KernelBench : public testing::Test {
   static constexpr auto first = u"usbserial-ttyUSB0";
   static constexpr auto second = u"usbserial-ttyUSB1";
 
-  std::unique_ptr<House> house;
+  std::unique_ptr<GuestEditor> editor;
 
  private:
   std::optional<Residue> before_;

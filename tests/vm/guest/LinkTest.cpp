@@ -21,9 +21,9 @@ class Link : public KernelBench {
  protected:
   /// Puts the adapter back and reads all registers again: whatever happened before has broken nothing.
   void expectToWorkAgain() {
-    house->user.seen.clear();
+    editor->user.seen.clear();
     plugInAndRead(0, QString::fromUtf16(first));
-    EXPECT_EQ(house->portNames().filter(QStringLiteral("usb")), QStringList{QString::fromUtf16(first)})
+    EXPECT_EQ(editor->portNames().filter(QStringLiteral("usb")), QStringList{QString::fromUtf16(first)})
         << "the number is free again";
   }
 
@@ -42,13 +42,13 @@ class Link : public KernelBench {
 TEST_F(Link, ReadsAllRegistersThroughTheRealDriver) {
   start();
   plugInAndRead(0, QString::fromUtf16(first));
-  EXPECT_EQ(house->textOf("sID_value"), QStringLiteral("1"));
-  EXPECT_EQ(house->textOf("MaxLoad_value"), QStringLiteral("400"));
-  EXPECT_EQ(house->textOf("Kd_value"), QStringLiteral("8000"));
-  EXPECT_EQ(house->textOf("ConnectStatus"),
-            house->strings.text(u"COM_Connect_P1") + QString::fromUtf16(first));
+  EXPECT_EQ(editor->textOf("sID_value"), QStringLiteral("1"));
+  EXPECT_EQ(editor->textOf("MaxLoad_value"), QStringLiteral("400"));
+  EXPECT_EQ(editor->textOf("Kd_value"), QStringLiteral("8000"));
+  EXPECT_EQ(editor->textOf("ConnectStatus"),
+            editor->strings.text(u"COM_Connect_P1") + QString::fromUtf16(first));
   // The adapter shows these pins as set; a pseudo-terminal has none.
-  const auto port = house->application->serialPort();
+  const auto port = editor->application->serialPort();
   EXPECT_TRUE(waitFor([&] { return port->CTS() && port->DSR() && port->DCD(); }));
   expectSettings(0, factorySettings);
 }
@@ -74,17 +74,17 @@ TEST_F(Link, ShortensTheAdaptersTimerWhileThePortIsOpen) {
   };
   start();
   host->plugIn(0);
-  ASSERT_TRUE(waitFor([&] { return !house->state.allSerialPortsInfo.empty(); }));
+  ASSERT_TRUE(waitFor([&] { return !editor->state.allSerialPortsInfo.empty(); }));
   // A real adapter begins with that; the emulated one remembers what it had when its plug was pulled.
   QFile file(path);
   ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write("16") == 2);
   file.close();
   ASSERT_EQ(timer(), "16");
-  house->clearScreen();
-  house->connectToServo();
+  editor->clearScreen();
+  editor->connectToServo();
   ASSERT_TRUE(readOut());
   EXPECT_EQ(timer(), "1");
-  house->application->serialPort()->close();
+  editor->application->serialPort()->close();
   EXPECT_EQ(timer(), "16");
   expectSettings(0, factorySettings);
 }
@@ -92,13 +92,13 @@ TEST_F(Link, ShortensTheAdaptersTimerWhileThePortIsOpen) {
 TEST_F(Link, WritesAllSettings) {
   start();
   plugInAndRead(0, QString::fromUtf16(first));
-  house->enter("sID_value", "42");
-  house->enter("MaxLoad_value", "300");
-  house->enter("CalibrationAngle_value", "-10");
-  house->user.seen.clear();
-  house->window->controller().LabelTouchEvent(QStringLiteral("detailset"));
-  EXPECT_TRUE(waitFor([this] { return !house->user.seen.isEmpty(); }));
-  EXPECT_EQ(house->user.seen, QStringList{house->strings.text(u"SetOK")});
+  editor->enter("sID_value", "42");
+  editor->enter("MaxLoad_value", "300");
+  editor->enter("CalibrationAngle_value", "-10");
+  editor->user.seen.clear();
+  editor->window->controller().LabelTouchEvent(QStringLiteral("detailset"));
+  EXPECT_TRUE(waitFor([this] { return !editor->user.seen.isEmpty(); }));
+  EXPECT_EQ(editor->user.seen, QStringList{editor->strings.text(u"SetOK")});
   std::vector<int> written = factorySettings;
   written[0] = 42;
   written[7] = 300;
@@ -122,13 +122,14 @@ TEST_F(Link, SurvivesAPlugPulledWhileOpening) {
     SCOPED_TRACE(delay.count());
     host->plugIn(0);
     ASSERT_TRUE(listed({QString::fromUtf16(first)}));
-    ASSERT_TRUE(waitFor([this] { return house->state.allSerialPortsInfo.size() == 1; }));
+    ASSERT_TRUE(waitFor([this] { return editor->state.allSerialPortsInfo.size() == 1; }));
     host->pullOutIn(0, delay);
-    house->application->serialFormat();
+    editor->application->serialFormat();
     ASSERT_TRUE(listed({}));
-    ASSERT_TRUE(waitFor([this] { return house->state.allSerialPortsInfo.empty(); }));
-    ASSERT_TRUE(waitFor(
-        [this] { return !house->application->serialPort() || !house->application->serialPort()->isOpen(); }));
+    ASSERT_TRUE(waitFor([this] { return editor->state.allSerialPortsInfo.empty(); }));
+    ASSERT_TRUE(waitFor([this] {
+      return !editor->application->serialPort() || !editor->application->serialPort()->isOpen();
+    }));
   }
   expectToWorkAgain();
   expectSettings(0, factorySettings);
@@ -137,11 +138,11 @@ TEST_F(Link, SurvivesAPlugPulledWhileOpening) {
 TEST_F(Link, SurvivesAPlugPulledWhileTheBridgeStartsUp) {
   start(AppDelegate::bridgeStartUp);
   host->plugIn(0);
-  ASSERT_TRUE(waitFor([this] { return house->state.allSerialPortsInfo.size() == 1; }));
-  house->connectToServo();
+  ASSERT_TRUE(waitFor([this] { return editor->state.allSerialPortsInfo.size() == 1; }));
+  editor->connectToServo();
   host->pullOutIn(0, 500ms);
   expectRemovalHandled();
-  EXPECT_FALSE(house->everythingRead());
+  EXPECT_FALSE(editor->everythingRead());
   EXPECT_EQ(host->framesSeen(0), 0);
   expectSettings(0, factorySettings);
 }
@@ -153,13 +154,13 @@ TEST_F(Link, SurvivesAPlugPulledAtAnyPlaceOfTheReadingSequence) {
     SCOPED_TRACE(frames);
     host->renewServo(0);
     host->plugIn(0);
-    ASSERT_TRUE(waitFor([this] { return house->state.allSerialPortsInfo.size() == 1; }));
-    house->user.seen.clear();
-    house->clearScreen();
+    ASSERT_TRUE(waitFor([this] { return editor->state.allSerialPortsInfo.size() == 1; }));
+    editor->user.seen.clear();
+    editor->clearScreen();
     host->pullOutAfter(0, frames);
-    house->connectToServo();
+    editor->connectToServo();
     expectRemovalHandled();
-    EXPECT_FALSE(house->everythingRead());
+    EXPECT_FALSE(editor->everythingRead());
     EXPECT_EQ(host->framesSeen(0), frames);
   }
   expectToWorkAgain();
@@ -176,11 +177,11 @@ TEST_F(Link, SurvivesAPlugPulledDuringTheSweep) {
     plugInAndRead(0, QString::fromUtf16(first));
     const auto &fields = settingFields();
     for (std::size_t i = 0; i < wanted.size(); ++i) {
-      house->enter(fields[i], QByteArray::number(wanted[i]).constData());
+      editor->enter(fields[i], QByteArray::number(wanted[i]).constData());
     }
-    house->user.seen.clear();
+    editor->user.seen.clear();
     host->pullOutAfter(0, frames);
-    house->window->controller().LabelTouchEvent(QStringLiteral("detailset"));
+    editor->window->controller().LabelTouchEvent(QStringLiteral("detailset"));
     expectRemovalHandled();
     expectCleanCut(wanted);
   }
@@ -190,22 +191,22 @@ TEST_F(Link, SurvivesAPlugPulledDuringTheSweep) {
 TEST_F(Link, SurvivesAPlugPulledWhileAnAlertIsUp) {
   start();
   plugInAndRead(0, QString::fromUtf16(first));
-  house->user.seen.clear();
-  house->user.leaveUp = true;
+  editor->user.seen.clear();
+  editor->user.leaveUp = true;
   // The alert runs in a nested loop of its own: the plug is pulled, and the alert answered, from within.
   QTimer pulling;
   pulling.setSingleShot(true);
   bool toldMeanwhile = true;
   QObject::connect(&pulling, &QTimer::timeout, &pulling, [&] {
-    ASSERT_TRUE(house->user.alertIsUp());
+    ASSERT_TRUE(editor->user.alertIsUp());
     host->pullOut(0);
     EXPECT_TRUE(waitFor([] { return usbNodes().isEmpty(); }));
     QTest::qWait(300);
     toldMeanwhile = removalsTold() > 0;
-    house->user.leaveUp = false;
+    editor->user.leaveUp = false;
   });
   pulling.start(300);
-  house->enter("Kp_value", "40000");
+  editor->enter("Kp_value", "40000");
   EXPECT_FALSE(toldMeanwhile) << "an alert stops the world";
   expectRemovalHandled();
   expectToWorkAgain();
@@ -215,19 +216,19 @@ TEST_F(Link, SurvivesAPlugPulledWhileAnAlertIsUp) {
 TEST_F(Link, SurvivesAPlugPulledWhileTheDialIsDragged) {
   start();
   plugInAndRead(0, QString::fromUtf16(first));
-  house->user.seen.clear();
-  QWidget *dial = house->find("imageView");
+  editor->user.seen.clear();
+  QWidget *dial = editor->find("imageView");
   const QPoint centre = dial->rect().center();
   QTest::mousePress(dial, Qt::LeftButton, {}, centre + QPoint(0, -60));
-  house->state.TextMouseFlag = QStringLiteral("MouseDown");
+  editor->state.TextMouseFlag = QStringLiteral("MouseDown");
   for (int step = 0; step < 40; ++step) {
     if (step == 20) host->pullOut(0);
     QTest::mouseMove(dial, centre + QPoint(step, -60));
-    house->window->controller().FunctionCMD()->SetServoPosition(500 + step);
+    editor->window->controller().FunctionCMD()->SetServoPosition(500 + step);
     QTest::qWait(10);
   }
   QTest::mouseRelease(dial, Qt::LeftButton, {}, centre + QPoint(40, -60));
-  house->state.TextMouseFlag.clear();
+  editor->state.TextMouseFlag.clear();
   expectRemovalHandled();
   EXPECT_GT(host->framesSeen(0), 21);
   expectToWorkAgain();
@@ -249,32 +250,32 @@ TEST_F(Link, IsRefusedToASecondOpener) {
   start();
   plugInAndRead(0, QString::fromUtf16(first));
   // Another program with the same manners, and as the superuser, who passes TIOCEXCL.
-  const CallResult opened = house->terminal.open("/dev/ttyUSB0");
+  const CallResult opened = editor->terminal.open("/dev/ttyUSB0");
   ASSERT_FALSE(opened.failed());
-  const CallResult locked = house->terminal.lock(static_cast<int>(opened.value));
+  const CallResult locked = editor->terminal.lock(static_cast<int>(opened.value));
   EXPECT_TRUE(locked.failed());
   EXPECT_TRUE(locked.error == EWOULDBLOCK || locked.error == EBUSY) << locked.error;
-  house->terminal.close(static_cast<int>(opened.value));
-  house->clearScreen();
-  house->window->controller().FunctionCMD()->ReadMotorParameter(1);
+  editor->terminal.close(static_cast<int>(opened.value));
+  editor->clearScreen();
+  editor->window->controller().FunctionCMD()->ReadMotorParameter(1);
   EXPECT_TRUE(readOut()) << "the first opener has not been disturbed";
 }
 
 TEST_F(Link, ToldByAnotherProgramThatItIsInUse) {
   start();
   host->plugIn(0);
-  ASSERT_TRUE(waitFor([this] { return house->state.allSerialPortsInfo.size() == 1; }));
-  const CallResult opened = house->terminal.open("/dev/ttyUSB0");
+  ASSERT_TRUE(waitFor([this] { return editor->state.allSerialPortsInfo.size() == 1; }));
+  const CallResult opened = editor->terminal.open("/dev/ttyUSB0");
   ASSERT_FALSE(opened.failed());
-  ASSERT_FALSE(house->terminal.lock(static_cast<int>(opened.value)).failed());
-  house->application->serialFormat();
-  EXPECT_FALSE(house->application->serialPort()->isOpen());
-  ASSERT_TRUE(house->application->lastSerialError());
-  EXPECT_EQ(house->application->lastSerialError()->code, EWOULDBLOCK);
-  house->terminal.unlock(static_cast<int>(opened.value));
-  house->terminal.close(static_cast<int>(opened.value));
-  house->clearScreen();
-  house->connectToServo();
+  ASSERT_FALSE(editor->terminal.lock(static_cast<int>(opened.value)).failed());
+  editor->application->serialFormat();
+  EXPECT_FALSE(editor->application->serialPort()->isOpen());
+  ASSERT_TRUE(editor->application->lastSerialError());
+  EXPECT_EQ(editor->application->lastSerialError()->code, EWOULDBLOCK);
+  editor->terminal.unlock(static_cast<int>(opened.value));
+  editor->terminal.close(static_cast<int>(opened.value));
+  editor->clearScreen();
+  editor->connectToServo();
   EXPECT_TRUE(readOut());
 }
 

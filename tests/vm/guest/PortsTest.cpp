@@ -35,10 +35,10 @@ TEST_F(Ports, NamesAnAdapterThatWasThereBefore) {
   ASSERT_TRUE(waitFor([] { return usbNodes() == QStringList{QStringLiteral("ttyUSB0")}; }));
   start();
   ASSERT_TRUE(listed({QString::fromUtf16(first)}));
-  const auto port = house->state.allSerialPortsInfo.at(0);
+  const auto port = editor->state.allSerialPortsInfo.at(0);
   EXPECT_EQ(port->path(), QStringLiteral("/dev/ttyUSB0"));
   const auto property = [&](const char16_t *key) {
-    return house->devices.stringProperty(port->IOKitDevice(), QString::fromUtf16(key));
+    return editor->devices.stringProperty(port->IOKitDevice(), QString::fromUtf16(key));
   };
   EXPECT_EQ(property(DeviceKey::driver), QStringLiteral("ftdi_sio"));
   EXPECT_EQ(property(DeviceKey::vendorId), QStringLiteral("0403"));
@@ -51,20 +51,20 @@ TEST_F(Ports, TellsTheUserOfAnAdapterThatComesAndGoes) {
   start();
   host->plugIn(0);
   ASSERT_TRUE(listed({QString::fromUtf16(first)}));
-  ASSERT_TRUE(waitFor([this] { return house->userNotifications.delivered.size() == 1; }));
-  EXPECT_EQ(house->userNotifications.delivered[0].informativeText,
-            house->strings.text(u"Serial Port %@ was connected to your Mac.")
+  ASSERT_TRUE(waitFor([this] { return editor->userNotifications.delivered.size() == 1; }));
+  EXPECT_EQ(editor->userNotifications.delivered[0].informativeText,
+            editor->strings.text(u"Serial Port %@ was connected to your Mac.")
                 .replace(QStringLiteral("%@"), QString::fromUtf16(first)));
-  ASSERT_TRUE(waitFor([this] { return house->state.allSerialPortsInfo.size() == 1; }));
-  EXPECT_EQ(house->user.seen, QStringList{QStringLiteral("Serial Port Was Connected From PC.")});
+  ASSERT_TRUE(waitFor([this] { return editor->state.allSerialPortsInfo.size() == 1; }));
+  EXPECT_EQ(editor->user.seen, QStringList{QStringLiteral("Serial Port Was Connected From PC.")});
 
   host->pullOut(0);
   ASSERT_TRUE(listed({}));
-  ASSERT_TRUE(waitFor([this] { return house->userNotifications.delivered.size() == 2; }));
-  EXPECT_EQ(house->userNotifications.delivered[1].informativeText,
-            house->strings.text(u"Serial Port %@ was disconnected from your Mac.")
+  ASSERT_TRUE(waitFor([this] { return editor->userNotifications.delivered.size() == 2; }));
+  EXPECT_EQ(editor->userNotifications.delivered[1].informativeText,
+            editor->strings.text(u"Serial Port %@ was disconnected from your Mac.")
                 .replace(QStringLiteral("%@"), QString::fromUtf16(first)));
-  EXPECT_TRUE(house->state.allSerialPortsInfo.empty());
+  EXPECT_TRUE(editor->state.allSerialPortsInfo.empty());
   EXPECT_EQ(removalsTold(), 0) << "a port that was not in use is no loss";
 }
 
@@ -74,8 +74,8 @@ TEST_F(Ports, KeepsTwoAdaptersApart) {
   ASSERT_TRUE(listed({QString::fromUtf16(first)}));
   host->plugIn(1);
   ASSERT_TRUE(listed({QString::fromUtf16(first), QString::fromUtf16(second)}));
-  ASSERT_TRUE(waitFor([this] { return house->state.allSerialPortsInfo.size() == 2; }));
-  house->connectToServo();
+  ASSERT_TRUE(waitFor([this] { return editor->state.allSerialPortsInfo.size() == 2; }));
+  editor->connectToServo();
   ASSERT_TRUE(readOut());
   EXPECT_GT(host->framesSeen(0), 20);
   EXPECT_EQ(host->framesSeen(1), 0);
@@ -83,8 +83,8 @@ TEST_F(Ports, KeepsTwoAdaptersApart) {
   host->pullOut(1);
   ASSERT_TRUE(listed({QString::fromUtf16(first)}));
   EXPECT_EQ(removalsTold(), 0) << "the port in use is still there";
-  house->clearScreen();
-  house->window->controller().FunctionCMD()->ReadMotorParameter(1);
+  editor->clearScreen();
+  editor->window->controller().FunctionCMD()->ReadMotorParameter(1);
   EXPECT_TRUE(readOut());
 
   host->plugIn(1);
@@ -98,7 +98,7 @@ TEST_F(Ports, GivesTheNodeToItsGroupBeforeThePortIsTold) {
   start();
   struct stat status {};
   bool looked = false;
-  const auto watch = house->application->serialPortManager()->observe(
+  const auto watch = editor->application->serialPortManager()->observe(
       QStringLiteral("availablePorts"), [&](const auto &) { looked = ::stat("/dev/ttyUSB0", &status) == 0; });
   host->plugIn(0);
   ASSERT_TRUE(listed({QString::fromUtf16(first)}));
@@ -113,12 +113,12 @@ TEST_F(Ports, NamesAndUsesAnAdapterOfTheModemClass) {
   ASSERT_TRUE(gadget.plugIn());
   const QString name = QStringLiteral("usbmodem-ttyACM0");
   ASSERT_TRUE(listed({name}));
-  ASSERT_TRUE(waitFor([this] { return house->state.allSerialPortsInfo.size() == 1; }));
-  const auto port = house->state.allSerialPortsInfo.at(0);
+  ASSERT_TRUE(waitFor([this] { return editor->state.allSerialPortsInfo.size() == 1; }));
+  const auto port = editor->state.allSerialPortsInfo.at(0);
   EXPECT_EQ(port->path(), QStringLiteral("/dev/ttyACM0"));
-  EXPECT_EQ(house->devices.stringProperty(port->IOKitDevice(), QString::fromUtf16(DeviceKey::driver)),
+  EXPECT_EQ(editor->devices.stringProperty(port->IOKitDevice(), QString::fromUtf16(DeviceKey::driver)),
             QStringLiteral("cdc_acm"));
-  house->connectToServo();
+  editor->connectToServo();
   ASSERT_TRUE(readOut());
   ASSERT_TRUE(gadget.pullOut());
   expectRemovalHandled();
@@ -129,8 +129,8 @@ TEST_F(Ports, AreListedOnceHoweverOftenUdevTellsOfThem) {
   start();
   host->plugIn(0);
   ASSERT_TRUE(listed({QString::fromUtf16(first)}));
-  ASSERT_TRUE(waitFor([this] { return house->state.allSerialPortsInfo.size() == 1; }));
-  house->user.seen.clear();
+  ASSERT_TRUE(waitFor([this] { return editor->state.allSerialPortsInfo.size() == 1; }));
+  editor->user.seen.clear();
   for (const char *action : {"change", "add"}) {
     ASSERT_EQ(QProcess::execute(QStringLiteral("/bin/udevadm"),
                                 {QStringLiteral("trigger"), QStringLiteral("--settle"),
@@ -140,8 +140,8 @@ TEST_F(Ports, AreListedOnceHoweverOftenUdevTellsOfThem) {
     QTest::qWait(200);
   }
   EXPECT_TRUE(listed({QString::fromUtf16(first)}));
-  EXPECT_EQ(house->user.seen, QStringList());
-  EXPECT_EQ(house->userNotifications.delivered.size(), 1u);
+  EXPECT_EQ(editor->user.seen, QStringList());
+  EXPECT_EQ(editor->userNotifications.delivered.size(), 1u);
 }
 
 TEST_F(Ports, OnTheUsbAreForTheUserAtTheMachineByTheRuleOfThePackage) {

@@ -34,11 +34,11 @@ class Programs : public KernelBench {
  protected:
   /// Plugs in and waits until udev is through with the adapter.
   void plugIn() {
-    House &watching = start();
+    GuestEditor &watching = start();
     host->plugIn(0);
     ASSERT_TRUE(listed({QString::fromUtf16(first)}));
     ASSERT_TRUE(waitFor([&] { return watching.state.allSerialPortsInfo.size() == 1; }));
-    house.reset();
+    editor.reset();
   }
 
   void run(const QStringList &arguments, const User &user = builder, const char16_t *program = tavril) {
@@ -107,8 +107,8 @@ TEST_F(Programs, TellThatThePortIsInUse) {
   run(report());
   EXPECT_EQ(status(), 1);
   EXPECT_TRUE(err.startsWith("tavril: /dev/ttyUSB0 is in use by another program")) << err.toStdString();
-  house->clearScreen();
-  house->window->controller().FunctionCMD()->ReadMotorParameter(1);
+  editor->clearScreen();
+  editor->window->controller().FunctionCMD()->ReadMotorParameter(1);
   EXPECT_TRUE(readOut()) << "the program that has it is not disturbed";
 }
 

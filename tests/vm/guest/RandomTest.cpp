@@ -31,10 +31,10 @@ class Random : public KernelBench {
 
   int below(int end) { return std::uniform_int_distribution<int>(0, end - 1)(random); }
   bool linked() const {
-    const auto port = house->application->serialPort();
+    const auto port = editor->application->serialPort();
     return port && port->isOpen();
   }
-  Function &commands() { return *house->window->controller().FunctionCMD(); }
+  Function &commands() { return *editor->window->controller().FunctionCMD(); }
 
   /// A legal value for one of the registers with room to choose; every servo may have got it.
   void writeSetting() {
@@ -67,7 +67,7 @@ class Random : public KernelBench {
         return host->pullOutAfter(adapter, 1 + below(30));
       case 6:
       case 7:
-        return house->application->serialFormat();
+        return editor->application->serialFormat();
       case 8:
         return commands().ReadMotorParameter(1);
       case 9:
@@ -76,7 +76,7 @@ class Random : public KernelBench {
         return noise(adapter);
       default:
         commands().SetServoPosition(below(1024));
-        if (linked() && below(3) == 0) house->application->serialPort()->close();
+        if (linked() && below(3) == 0) editor->application->serialPort()->close();
     }
   }
 
@@ -104,11 +104,11 @@ TEST_F(Random, TwoHundredEventsBreakNothing) {
     }
   }
   // With two adapters the application's list may keep one that is gone: it compares place by place.
-  house.reset();
+  editor.reset();
   start();
   plugInAndRead(0, QString::fromUtf16(first));
   EXPECT_TRUE(listed({QString::fromUtf16(first)}));
-  EXPECT_EQ(house->textOf("sID_value").toInt(), host->settings(0)[0]);
+  EXPECT_EQ(editor->textOf("sID_value").toInt(), host->settings(0)[0]);
 }
 
 }  // namespace

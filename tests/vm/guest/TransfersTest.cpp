@@ -24,7 +24,7 @@ class Transfers : public KernelBench {
   void plugIn() {
     ASSERT_TRUE(adapter.plugIn());
     ASSERT_TRUE(listed({QString::fromUtf16(first)}));
-    ASSERT_TRUE(waitFor([this] { return house->state.allSerialPortsInfo.size() == 1; }));
+    ASSERT_TRUE(waitFor([this] { return editor->state.allSerialPortsInfo.size() == 1; }));
   }
 
   EmulatedAdapter adapter;
@@ -33,9 +33,9 @@ class Transfers : public KernelBench {
 TEST_F(Transfers, ReachTheServoThroughTheEmulatedAdapter) {
   start();
   plugIn();
-  house->connectToServo();
+  editor->connectToServo();
   EXPECT_TRUE(readOut());
-  EXPECT_TRUE(waitFor([this] { return house->application->serialPort()->CTS(); }));
+  EXPECT_TRUE(waitFor([this] { return editor->application->serialPort()->CTS(); }));
   adapter.pullOut();
   expectRemovalHandled();
 }
@@ -44,19 +44,19 @@ TEST_F(Transfers, ReachTheServoThroughTheEmulatedAdapter) {
 TEST_F(Transfers, ThatFailWhilePinsArePolledAreNoRemoval) {
   start();
   plugIn();
-  house->connectToServo();
+  editor->connectToServo();
   ASSERT_TRUE(readOut());
-  house->user.seen.clear();
+  editor->user.seen.clear();
   adapter.failLineStates(3);
   ASSERT_TRUE(waitFor([this] { return adapter.hasFailedAll(); }));
   QTest::qWait(300);
   EXPECT_EQ(removalsTold(), 0);
-  ASSERT_TRUE(house->application->serialPort());
-  EXPECT_TRUE(house->application->serialPort()->isOpen());
-  ASSERT_TRUE(house->application->lastSerialError());
-  EXPECT_EQ(house->application->lastSerialError()->code, EIO);
-  house->clearScreen();
-  house->window->controller().FunctionCMD()->ReadMotorParameter(1);
+  ASSERT_TRUE(editor->application->serialPort());
+  EXPECT_TRUE(editor->application->serialPort()->isOpen());
+  ASSERT_TRUE(editor->application->lastSerialError());
+  EXPECT_EQ(editor->application->lastSerialError()->code, EIO);
+  editor->clearScreen();
+  editor->window->controller().FunctionCMD()->ReadMotorParameter(1);
   EXPECT_TRUE(readOut());
   adapter.pullOut();
   expectRemovalHandled();
@@ -65,9 +65,9 @@ TEST_F(Transfers, ThatFailWhilePinsArePolledAreNoRemoval) {
 TEST_F(Transfers, ThatHangDoNotHoldUpTheMainThread) {
   start();
   plugIn();
-  house->connectToServo();
+  editor->connectToServo();
   ASSERT_TRUE(readOut());
-  house->user.seen.clear();
+  editor->user.seen.clear();
   adapter.holdLineStates();
   ASSERT_TRUE(waitFor([this] { return adapter.isHolding(); }));
   QElapsedTimer sinceTick;
@@ -91,8 +91,8 @@ TEST_F(Transfers, OfAnOpeningMayEachBeTheLast) {
   start();
   plugIn();
   const int before = adapter.transfers();
-  house->application->serialFormat();
-  ASSERT_TRUE(house->application->serialPort()->isOpen());
+  editor->application->serialFormat();
+  ASSERT_TRUE(editor->application->serialPort()->isOpen());
   const int needed = adapter.transfers() - before;
   ASSERT_GT(needed, 3);
   std::printf("an opening takes %d control transfers\n", needed);
@@ -102,15 +102,15 @@ TEST_F(Transfers, OfAnOpeningMayEachBeTheLast) {
     SCOPED_TRACE(last);
     plugIn();
     adapter.pullOutAtTransfer(last);
-    house->application->serialFormat();
+    editor->application->serialFormat();
     ASSERT_TRUE(listed({}));
-    ASSERT_TRUE(waitFor([this] { return house->state.allSerialPortsInfo.empty(); }));
-    const auto port = house->application->serialPort();
+    ASSERT_TRUE(waitFor([this] { return editor->state.allSerialPortsInfo.empty(); }));
+    const auto port = editor->application->serialPort();
     EXPECT_TRUE(waitFor([&] { return !port || !port->isOpen(); }));
   }
   plugIn();
-  house->clearScreen();
-  house->connectToServo();
+  editor->clearScreen();
+  editor->connectToServo();
   EXPECT_TRUE(readOut());
 }
 

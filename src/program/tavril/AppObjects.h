@@ -1,0 +1,41 @@
+#pragma once
+
+#include "app/AppDelegate.h"
+#include "app/LanguageChoice.h"
+#include "app/StoreController.h"
+#include "platform/AlertErrorPresenter.h"
+#include "platform/Desktop.h"
+#include "platform/NotificationCenter.h"
+#include "program/SerialObjects.h"
+#include "program/tavril/AppServices.h"
+#include "protocol/SharedState.h"
+
+#include <chrono>
+#include <memory>
+
+namespace tavril {
+
+/// Puts the objects of the program together: all but its windows, which EditorObjects makes. They end in this
+/// order: the ports, the application, the threads, and then what these used.
+class AppObjects {
+ public:
+  /// `bridgeStartUp`: how long the bridge behind a port needs after the port was opened.
+  explicit AppObjects(const AppServices &services,
+                      std::chrono::milliseconds bridgeStartUp = AppDelegate::bridgeStartUp);
+  ~AppObjects();
+  AppObjects(const AppObjects &) = delete;
+  AppObjects &operator=(const AppObjects &) = delete;
+
+  const AppServices services;
+  const std::chrono::milliseconds bridgeStartUp;
+  NotificationCenter notifications;
+  LanguageChoice language;
+  const Desktop desktop;
+  AlertErrorPresenter errors;
+  StoreController store;
+  SharedState state;
+  SerialObjects serial;
+  std::shared_ptr<AppDelegate> application;
+};
+
+}  // namespace tavril

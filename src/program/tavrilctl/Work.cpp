@@ -1,0 +1,181 @@
+#include "program/tavrilctl/Work.h"
+
+#include "cli/Console.h"
+#include "cli/Conversation.h"
+#include "cli/DoctorReport.h"
+#include "cli/Failure.h"
+#include "cli/Options.h"
+#include "cli/Plan.h"
+#include "cli/SerialLine.h"
+#include "cli/Servo.h"
+#include "cli/Session.h"
+#include "doctor/Examination.h"
+#include "program/tavrilctl/CtlObjects.h"
+#include "program/tavrilctl/ReadlineCommands.h"
+#include "serial/OpenFailure.h"
+#include "serial/SerialPort.h"
+
+#include <QCoreApplication>
+#include <QObject>
+#include <QSocketNotifier>
+#include <QString>
+#include <QTimer>
+
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <functional>
+#include <memory>
+#include <thread>
+
+#include <sys/signalfd.h>
+#include <unistd.h>
+
+namespace tavril::cli {
+
+namespace {
+
+constexpr unsigned long baudRate = 115200;
+
+/// Acts when a signal comes that ends the program; while the event loop runs. `act` says whether it does end
+/// it.
+class EndingSignal {
+ public:
+  EndingSignal(int signals, const std::function<bool(int signal)> &act) {
+    if (signals < 0) return;
+    notifier_ = std::make_unique<QSocketNotifier>(signals, QSocketNotifier::Read);
+    QObject::connect(notifier_.get(), &QSocketNotifier::activated, notifier_.get(), [this, signals, act] {
+      signalfd_siginfo information{};
+      if (::read(signals, &information, sizeof information) != sizeof information) return;
+      const int signal = static_cast<int>(information.ssi_signo);
+      if (act(signal)) endedBy_ = signal;
+    });
+  }
+
+  bool hasCome() const { return endedBy_ != 0; }
+  /// What to exit with, as shells have it.
+  int status() const { return 128 + endedBy_; }
+
+ private:
+  std::unique_ptr<QSocketNotifier> notifier_;
+  int endedBy_ = 0;
+};
+
+/// Ends the program if the work does not notice soon that it is to end. It cannot while it waits for the
+/// reader of a pipe, or for input.
+void endSoon(int signal, const std::function<void()> &cleanUp) {
+  constexpr std::chrono::milliseconds longestEnd{500};
+  QTimer::singleShot(longestEnd, QCoreApplication::instance(), [signal, cleanUp] {
+    cleanUp();
+    std::_Exit(128 + signal);
+  });
+}
+
+}  // namespace
+
+int complain(Console &console, const Failure &failure) {
+  if (!failure.text.isEmpty()) console.status(QStringLiteral("tavrilctl: ") + failure.text);
+  return static_cast<int>(failure.code);
+}
+
+int endingSignals() {
+  sigset_t signals;
+  sigemptyset(&signals);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&signals, signal);
+  const int descriptor = ::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
+  if (descriptor >= 0) ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+  return descriptor;
+}
+
+int workThrough(CtlObjects &objects, const Options &options, Console &console, const Plan &plan, int signals,
+                ReadlineCommands *shell) {
+  const std::shared_ptr<SerialPort> port = objects.portAt(objects.portToUse(options));
+  const auto line = std::make_shared<SerialLine>(objects.serial.background, objects.log, port);
+  port->setDelegate(line);
+  port->setBaudRate(baudRate);
+  port->setUsesLowLatency(true);
+  if (!port->open()) {
+    const auto error = line->lastError();
+    throw Failure{ExitCode::NoPort, error ? openFailureText(*error)
+                                          : QStringLiteral("%1 could not be opened.").arg(port->path())};
+  }
+
+  int status = 0;
+  std::atomic<bool> isEnding = false;
+  std::thread worker([&] {
+    try {
+      const Conversation::Trace trace = [&](const QString &text) {
+        objects.log.write(text);
+        if (options.verbose) console.status(text);
+      };
+      Conversation conversation(*line, {options.timeout, options.retries}, trace);
+      Servo servo(conversation, line->name());
+      Session session{servo, *line, console, objects.strings};
+      if (shell) {
+        session.resume = [&] {
+          if (isEnding) return false;
+          line->resume();
+          return true;
+        };
+      }
+      waitForBridge(session, options.bootWait);
+      plan.work(session);
+    } catch (const Failure &failure) {
+      objects.log.warn(failure.text);
+      status = complain(console, failure);
+    }
+    objects.mainQueue.async([] { QCoreApplication::quit(); });
+  });
+
+  const EndingSignal ending(signals, [&](int signal) {
+    const bool ends = !shell || signal != SIGINT;
+    isEnding = ends;
+    line->interrupt();
+    if (shell) ends ? shell->end() : shell->dropLine();
+    if (ends) {
+      endSoon(signal, [&port] { port->close(); });
+    }
+    return ends;
+  });
+  QCoreApplication::exec();
+  worker.join();
+  port->close();
+  return ending.hasCome() ? ending.status() : status;
+}
+
+int examine(CtlObjects &objects, const Options &options, Console &console, int signals) {
+  doctor::Request request;
+  request.path = objects.portToExamine(options);
+  request.bootWait = options.bootWait;
+  request.timeout = options.timeout;
+  request.retries = options.retries;
+  doctor::Examination examination({objects.bus, objects.nodes, objects.processes, objects.terminal}, request);
+  int status = 0;
+  const auto print = [&](const QString &text) {
+    try {
+      console.data(text);
+    } catch (const Failure &failure) {
+      status = complain(console, failure);
+      examination.cancel();
+    }
+  };
+  std::thread worker([&] {
+    const auto results = examination.run({.began = nullptr, .found = [&](const doctor::Result &result) {
+                                            if (!options.json) print(doctorLines(result, objects.strings));
+                                          }});
+    if (options.json && !examination.isCancelled()) print(doctorJson(results, objects.strings));
+    if (status == 0) status = static_cast<int>(doctorStatus(results));
+    objects.mainQueue.async([] { QCoreApplication::quit(); });
+  });
+  const EndingSignal ending(signals, [&](int signal) {
+    examination.cancel();
+    endSoon(signal, [] {});
+    return true;
+  });
+  QCoreApplication::exec();
+  worker.join();
+  return ending.hasCome() ? ending.status() : status;
+}
+
+}  // namespace tavril::cli
