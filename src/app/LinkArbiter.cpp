@@ -1,22 +1,15 @@
 #include "app/LinkArbiter.h"
 
-#include "protocol/RegisterCatalogue.h"
-#include "protocol/ReplyFrame.h"
+#include "wire/Registers.h"
 
 #include <algorithm>
 #include <utility>
 
 namespace tavril {
 
+using wire::CommandCode;
+
 namespace {
-
-QByteArrayView viewOf(const CommandBuffer &command) {
-  return {command.data(), static_cast<qsizetype>(command.size())};
-}
-
-int byteAt(QByteArrayView bytes, std::size_t index) {
-  return static_cast<unsigned char>(bytes[static_cast<qsizetype>(index)]);
-}
 
 bool changesSomething(CommandCode code) {
   switch (code) {
@@ -42,11 +35,11 @@ bool mayHaveNoAnswer(CommandCode code) {
 
 }  // namespace
 
-LinkArbiter::Subject LinkArbiter::subjectOf(QByteArrayView frame) {
-  const auto code = static_cast<CommandCode>(byteAt(frame, FrameByte::code));
+LinkArbiter::Subject LinkArbiter::subjectOf(wire::Bytes frame) {
+  const auto code = static_cast<CommandCode>(frame[wire::FrameByte::code]);
   const bool namesRegister =
       code == CommandCode::ReadServoSettingValue || code == CommandCode::WriteServoSettingValue;
-  return {code, namesRegister ? byteAt(frame, FrameByte::firstParameter) : 0};
+  return {code, namesRegister ? frame[wire::FrameByte::firstData] : 0};
 }
 
 bool LinkArbiter::isRead(CommandCode code) {
@@ -55,28 +48,29 @@ bool LinkArbiter::isRead(CommandCode code) {
 
 // ---------------------------------------------------------------------------------------------- the editor
 
-void LinkArbiter::editorAsks(const CommandBuffer &command, Time now) {
+void LinkArbiter::editorAsks(const wire::CommandBuffer &command, Time now) {
+  forgetOld(now);
   editorCommands_.push_back({command, now});
 }
 
-std::optional<CommandBuffer> LinkArbiter::nextOfEditor(Time now) {
+std::optional<wire::CommandBuffer> LinkArbiter::nextOfEditor(Time now) {
   if (editorCommands_.empty()) return std::nullopt;
   // Nobody knows whether a bridge takes a second command before it has answered the first one.
   if (isGuestExchangeOpen() && now < editorCommands_.front().asked + longestEditorWait) return std::nullopt;
-  const CommandBuffer command = editorCommands_.front().bytes;
+  const wire::CommandBuffer command = editorCommands_.front().bytes;
   editorCommands_.pop_front();
   noteEditorCommand(command, now);
   return command;
 }
 
-void LinkArbiter::noteEditorCommand(const CommandBuffer &command, Time now) {
-  const Subject subject = subjectOf(viewOf(command));
+void LinkArbiter::noteEditorCommand(const wire::CommandBuffer &command, Time now) {
+  const Subject subject = subjectOf(command);
   if (hasNoAnswer(subject.code)) return;
   editorQuestions_.push_back({subject, now});
   // The editor only writes in sweeps over all settings, with pauses in which answers come. After the last
   // setting the sweep is over.
   if (subject.code == CommandCode::WriteServoSettingValue) {
-    sweepMayGoOnUntil_ = subject.registerNumber < settingCount ? now + memory : now;
+    sweepMayGoOnUntil_ = subject.registerNumber < wire::settingCount ? now + memory : now;
   }
 }
 
@@ -91,9 +85,9 @@ void LinkArbiter::releaseChanges(Guest guest) {
   if (changer_ == guest) changer_.reset();
 }
 
-LinkArbiter::Turn LinkArbiter::turnOf(Guest guest, const CommandBuffer &command, Time now) {
+LinkArbiter::Turn LinkArbiter::turnOf(Guest guest, const wire::CommandBuffer &command, Time now) {
   forgetOld(now);
-  const Subject subject = subjectOf(viewOf(command));
+  const Subject subject = subjectOf(command);
   if (const auto refusal = refusalOf(guest, subject)) {
     leaves(guest);
     return *refusal;
@@ -139,10 +133,10 @@ bool LinkArbiter::isOpen(Guest guest) const {
   });
 }
 
-bool LinkArbiter::stops(Guest guest, const CommandBuffer &command, Time now) {
+bool LinkArbiter::stops(Guest guest, const wire::CommandBuffer &command, Time now) {
   if (!mayChange(guest)) return false;
   guestQuestions_.push_back(
-      {.subject = subjectOf(viewOf(command)), .guest = guest, .sent = now, .isOpen = false, .ended = now});
+      {.subject = subjectOf(command), .guest = guest, .sent = now, .isOpen = false, .ended = now});
   return true;
 }
 
@@ -157,11 +151,12 @@ bool LinkArbiter::isLineFree(Time now) const {
 
 // ------------------------------------------------------------------------------------------ what comes in
 
-LinkArbiter::Route LinkArbiter::routeOf(QByteArrayView delivery, Time came, Time now) {
+LinkArbiter::Route LinkArbiter::routeOf(wire::Bytes delivery, Time came, Time now) {
   forgetOld(now);
-  if (!delivery.isEmpty() && replyLengthAt(delivery) == delivery.size()) {
-    const Subject subject = subjectOf(delivery);
-    if (subject.code != CommandCode::ErrorMessage) return routeOfReply(subject, came, now);
+  const auto reply = wire::replyAt(delivery);
+  const bool isOneReply = reply && reply->frame.size() == delivery.size();
+  if (isOneReply && reply->code() != CommandCode::ErrorMessage) {
+    return routeOfReply(subjectOf(delivery), came, now);
   }
   // An error report, or no reply at all: nothing in it says what it belongs to.
   if (!editorQuestions_.empty()) return {};
@@ -178,6 +173,12 @@ LinkArbiter::Route LinkArbiter::routeOfReply(const Subject &subject, Time came, 
   const auto ofEditor = std::ranges::find_if(editorQuestions_, isAnswered);
   if (ofEditor != editorQuestions_.end()) {
     noteAnsweredRead(subject, ofEditor->sent);
+    // If this was the late answer to a guest, the editor's own is still to come.
+    for (GuestQuestion &question : guestQuestions_) {
+      if (question.subject != subject || question.mayBeAskedAnew) continue;
+      question.sent = ofEditor->sent;
+      question.ended = now;
+    }
     editorQuestions_.erase(ofEditor);
     return {};
   }

@@ -1,8 +1,6 @@
 #pragma once
 
-#include "protocol/Frames.h"
-
-#include <QByteArrayView>
+#include "wire/Frames.h"
 
 #include <chrono>
 #include <deque>
@@ -30,9 +28,9 @@ class LinkArbiter {
   // ---- The editor
 
   /// Puts the command behind those of the editor that wait.
-  void editorAsks(const CommandBuffer &command, Time now);
+  void editorAsks(const wire::CommandBuffer &command, Time now);
   /// The editor's next command if it is to be sent now. It must be sent at once, before anything else.
-  std::optional<CommandBuffer> nextOfEditor(Time now);
+  std::optional<wire::CommandBuffer> nextOfEditor(Time now);
 
   // ---- Guests
 
@@ -42,7 +40,6 @@ class LinkArbiter {
   /// Only one guest at a time may move the servo or write to it. Returns false if another one may.
   bool claimChanges(Guest guest);
   void releaseChanges(Guest guest);
-  bool mayChange(Guest guest) const { return changer_ == guest; }
 
   enum class Turn {
     Now,         ///< the command must be sent at once, before anything else
@@ -53,7 +50,7 @@ class LinkArbiter {
   };
   /// Whether it is the guest's turn. A guest that is told "later" keeps its place before those that come
   /// after it.
-  Turn turnOf(Guest guest, const CommandBuffer &command, Time now);
+  Turn turnOf(Guest guest, const wire::CommandBuffer &command, Time now);
   /// The guest no longer waits for its turn.
   void leaves(Guest guest);
   /// The guest gives its question up, because its time is over or because what came is enough although it is
@@ -63,7 +60,7 @@ class LinkArbiter {
   bool isOpen(Guest guest) const;
   /// A command by which a guest stops the servo: to be sent at once, whoever waits for what. False if the
   /// guest has no claim to change anything. Its answer is nobody's.
-  bool stops(Guest guest, const CommandBuffer &command, Time now);
+  bool stops(Guest guest, const wire::CommandBuffer &command, Time now);
 
   // ---- What comes in
 
@@ -75,7 +72,7 @@ class LinkArbiter {
   };
   /// Whose the delivery is, whose first byte was read at `came`: what came before a question was sent is no
   /// answer to it.
-  Route routeOf(QByteArrayView delivery, Time came, Time now);
+  Route routeOf(wire::Bytes delivery, Time came, Time now);
 
   /// When somebody's turn may come although nothing happens before.
   Time nextChange(Time now) const;
@@ -86,12 +83,12 @@ class LinkArbiter {
  private:
   /// What an answer is recognised by. The replies of two codes name a register; it is 0 for the others.
   struct Subject {
-    CommandCode code{};
+    wire::CommandCode code{};
     int registerNumber = 0;
     bool operator==(const Subject &) const = default;
   };
   struct EditorCommand {
-    CommandBuffer bytes;
+    wire::CommandBuffer bytes;
     Time asked;
   };
   struct EditorQuestion {
@@ -110,11 +107,12 @@ class LinkArbiter {
     bool mayBeAskedAnew = true;
   };
 
-  static Subject subjectOf(QByteArrayView frame);
-  static bool isRead(CommandCode code);
+  static Subject subjectOf(wire::Bytes frame);
+  bool mayChange(Guest guest) const { return changer_ == guest; }
+  static bool isRead(wire::CommandCode code);
 
   std::optional<Turn> refusalOf(Guest guest, const Subject &subject) const;
-  void noteEditorCommand(const CommandBuffer &command, Time now);
+  void noteEditorCommand(const wire::CommandBuffer &command, Time now);
   void noteAnsweredRead(const Subject &subject, Time sent);
   void forgetOld(Time now);
   bool isGuestExchangeOpen() const;

@@ -34,8 +34,11 @@ class FaultyServo {
     std::vector<Byte> bytes;
   };
 
-  /// `answersAll`: also writes and moves.
-  FaultyServo(std::uint32_t seed, bool answersAll) : random_(seed), answersAll_(answersAll) {}
+  enum class Faults { All, OfWholeAnswers };
+
+  /// `answersAll`: also writes and moves. Faults of whole answers leave them as they are and add nothing.
+  FaultyServo(std::uint32_t seed, bool answersAll, Faults faults = Faults::All)
+      : random_(seed), answersAll_(answersAll), faults_(faults) {}
 
   static int byteAt(const QByteArray &bytes, qsizetype at) { return static_cast<unsigned char>(bytes[at]); }
   static Subject subjectOf(const QByteArray &frame) {
@@ -61,12 +64,13 @@ class FaultyServo {
   /// What comes of the command with this number.
   std::vector<Emission> answersTo(const QByteArray &command, int number, Time now) {
     QByteArray reply = replyTo(command, number);
-    const int fault = below(100);
+    int fault = below(100);
+    if (faults_ == Faults::OfWholeAnswers && fault >= 18) fault = 99;
     if (reply.isEmpty() || fault < 6) return {};
     const bool isLate = fault < 12;
     Time at = std::max(last_, now + (isLate ? someTime(8, 80) : someTime(1, 8)));
     last_ = at;
-    if (fault < 13) reply = QByteArray::fromHex("FF05F904FE");
+    if (fault == 12) reply = QByteArray::fromHex("FF05F904FE");  // an error report
     std::vector<Byte> bytes = caused(reply, number);
     if (fault >= 13 && fault < 18) {  // a copy
       std::ranges::copy(caused(reply, number), std::back_inserter(bytes));
@@ -125,6 +129,7 @@ class FaultyServo {
 
   std::mt19937 random_;
   const bool answersAll_;
+  const Faults faults_;
   Time last_{};
 };
 

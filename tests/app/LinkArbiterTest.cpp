@@ -1,4 +1,5 @@
 #include "app/LinkArbiter.h"
+#include "platform/Bytes.h"
 
 #include <QByteArray>
 
@@ -27,8 +28,8 @@ const char *const moveTo1023 = "FF069603FFFE";
 const char *const release = "FF0493FE";
 const char *const error = "FF05F904FE";
 
-CommandBuffer command(const char *hex) {
-  CommandBuffer buffer{};
+wire::CommandBuffer command(const char *hex) {
+  wire::CommandBuffer buffer{};
   std::ranges::copy(QByteArray::fromHex(hex), buffer.begin());
   return buffer;
 }
@@ -52,7 +53,11 @@ class LinkArbiterTest : public testing::Test {
   }
   Turn turn(Guest guest, const char *hex) { return arbiter.turnOf(guest, command(hex), now); }
 
-  LinkArbiter::Route route(const char *hex) { return arbiter.routeOf(QByteArray::fromHex(hex), now, now); }
+  LinkArbiter::Route routeAt(const char *hex, LinkArbiter::Time came) {
+    const QByteArray delivery = QByteArray::fromHex(hex);
+    return arbiter.routeOf(asBytes(delivery), came, now);
+  }
+  LinkArbiter::Route route(const char *hex) { return routeAt(hex, now); }
   Receiver receiver(const char *hex) { return route(hex).receiver; }
 
   LinkArbiter arbiter;
@@ -266,13 +271,13 @@ TEST_F(LinkArbiterTest, WhatWasReadBeforeAQuestionWasSentDoesNotAnswerIt) {
   EXPECT_EQ(receiver(register8Is300), Receiver::Guest);
   pass(1ms);
   ASSERT_EQ(turn(sampler, readRegister8), Turn::Now);
-  const auto copy = arbiter.routeOf(QByteArray::fromHex(register8Is300), read, now);
+  const auto copy = routeAt(register8Is300, read);
   EXPECT_EQ(copy.receiver, Receiver::Nobody);
   EXPECT_TRUE(arbiter.isOpen(sampler));
   EXPECT_EQ(receiver(register8Is300), Receiver::Guest);
 
   ASSERT_TRUE(editorSends(readRegister8));
-  EXPECT_EQ(arbiter.routeOf(QByteArray::fromHex(register8Is300), read, now).receiver, Receiver::Nobody);
+  EXPECT_EQ(routeAt(register8Is300, read).receiver, Receiver::Nobody);
   EXPECT_EQ(receiver(register8Is300), Receiver::Editor);
 }
 
@@ -326,6 +331,19 @@ TEST_F(LinkArbiterTest, AQuestionIsRepeatedOnlyAfterAReadOfAnotherRegisterWasAns
   pass(5ms);
   ASSERT_EQ(receiver(register8Is300), Receiver::Guest);
   EXPECT_EQ(turn(sampler, readPosition), Turn::Now);
+}
+
+TEST_F(LinkArbiterTest, TheEditorsOwnAnswerIsStillToComeIfItGotTheLateOneOfAGuest) {
+  ASSERT_EQ(turn(sampler, readPosition), Turn::Now);
+  pass(40ms);
+  arbiter.givesUp(sampler, now);
+  ASSERT_TRUE(editorSends(readRegister8));
+  ASSERT_TRUE(editorSends(readPosition));
+  pass(1ms);
+  ASSERT_EQ(receiver(positionIs1023), Receiver::Editor);
+  ASSERT_EQ(receiver(register8Is300), Receiver::Editor);
+  EXPECT_EQ(turn(plan, readPosition), Turn::TooSoon) << "its answer would be taken for that to the editor";
+  EXPECT_EQ(receiver(positionIs1023), Receiver::Nobody);
 }
 
 TEST_F(LinkArbiterTest, AnErrorReportIsNoAnswerThatAllowsARepetition) {
