@@ -6,6 +6,7 @@
 #include "cli/ManPage.h"
 #include "cli/RegisterFacts.h"
 #include "cli/Table.h"
+#include "wire/Range.h"
 
 #include <QByteArray>
 #include <QStringView>
@@ -160,7 +161,8 @@ struct Definitions {
     changes(write, "Send nothing, only show the frames.");
     write->footer(settingsText() + "\n" + write->get_footer());
     CLI::App *setId = verb(Verb::SetId, "set-id", "Give the servo another ID, and find it again.");
-    operand(setId, "ID", "0 to 253.", true, false);
+    const wire::Register &id = *wire::findRegister(wire::RegisterNumber::ServoId);
+    operand(setId, "ID", textOf(id.range).toStdString() + ".", true, false);
     changes(setId, "Send nothing, only show the frame.");
     CLI::App *dump = verb(Verb::Dump, "dump", "Save the fifteen settings as JSON.");
     operand(dump, "FILE", "The file to write; - is the standard output.", true, false);
@@ -179,9 +181,12 @@ struct Definitions {
             "One file: the servo is compared with it. Two: they are compared. - is the standard input.", true,
             true);
     asJson(diff);
-    asJson(verb(Verb::Position, "position", "Print the position, 0 to 1023."));
+    const std::string positions = textOf(wire::positionRange).toStdString();
+    asJson(verb(Verb::Position, "position", "Print the position, " + positions + "."));
     CLI::App *move = verb(Verb::Move, "move", "Go to a position.");
-    operand(move, "POSITION", "0 to 1023, or degrees such as 90deg, 0 to 300.", true, false);
+    operand(move, "POSITION",
+            positions + ", or degrees such as 90deg, " + textOf(wire::wholeDegrees).toStdString() + ".", true,
+            false);
     move->add_flag("--wait", wait, "Wait until the servo has come to rest, and print where.");
     asJson(move);
     asJson(verb(Verb::Stop, "stop",
@@ -215,7 +220,7 @@ struct Definitions {
     verb(Verb::Shell, "shell", "Ask for commands, with history and completion, and open the port once.");
   }
 
-  CLI::App *verb(Verb which, const char *name, const char *text) {
+  CLI::App *verb(Verb which, const char *name, const std::string &text) {
     CLI::App *command = app.add_subcommand(name, text);
     command->footer("\"tavrilctl --help\" lists the common options and the exit status.");
     verbs.emplace_back(command, which);
@@ -232,7 +237,7 @@ struct Definitions {
     asJson(command);
   }
 
-  void operand(CLI::App *command, const char *name, const char *text, bool required, bool several) {
+  void operand(CLI::App *command, const char *name, const std::string &text, bool required, bool several) {
     CLI::Option *added = command->add_option(name, operands, text)->type_name(name)->required(required);
     if (several) {
       added->expected(1, CLI::detail::expected_max_vector_size);

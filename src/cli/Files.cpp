@@ -1,21 +1,21 @@
 #include "cli/Files.h"
 
 #include "cli/Failure.h"
+#include "platform/Error.h"
+#include "posix/Files.h"
 
 #include <QChar>
-#include <QRandomGenerator>
 #include <QStringDecoder>
 #include <QStringView>
 
 #include <QLatin1Char>
-#include <array>
 #include <cerrno>
 #include <climits>
-#include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <memory>
 #include <optional>
+#include <string>
+#include <string_view>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -27,8 +27,7 @@ namespace {
 
 constexpr char16_t firstKept = 0xDC80;
 constexpr char16_t lastKept = 0xDCFF;
-/// Opening a pipe must not wait, and opening a terminal must not make it ours.
-constexpr int harmless = O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+constexpr mode_t readableForAll = 0644;
 
 bool isKept(QChar unit) {
   return unit.unicode() >= firstKept && unit.unicode() <= lastKept;
@@ -44,17 +43,13 @@ qsizetype characterAt(QByteArrayView bytes) {
   return bytes.startsWith("\xEF\xBF\xBD") ? 3 : 0;  // the replacement character itself
 }
 
-QString because(int error) {
-  return QString::fromLocal8Bit(std::strerror(error));
-}
-
 [[noreturn]] void failToWrite(const QString &path, int error) {
   throw Failure{ExitCode::Failed,
-                QStringLiteral("%1 could not be written: %2.").arg(shown(path), because(error))};
+                QStringLiteral("%1 could not be written: %2.").arg(shown(path), systemErrorText(error))};
 }
 
-[[noreturn]] void refuseKind(const QString &path, mode_t mode) {
-  if (S_ISDIR(mode)) {
+[[noreturn]] void refuseKind(const QString &path, bool isFolder) {
+  if (isFolder) {
     throw Failure{ExitCode::Failed, QStringLiteral("%1 is a folder: name a file.").arg(shown(path))};
   }
   throw Failure{
@@ -75,44 +70,14 @@ bool isLink(const QByteArray &name) {
   return ::lstat(name.constData(), &status) == 0 && S_ISLNK(status.st_mode);
 }
 
-bool writeAll(int descriptor, const QByteArray &bytes) {
-  qsizetype done = 0;
-  while (done < bytes.size()) {
-    const ssize_t written =
-        ::write(descriptor, bytes.constData() + done, static_cast<std::size_t>(bytes.size() - done));
-    if (written < 0 && errno == EINTR) continue;
-    if (written <= 0) return false;
-    done += written;
-  }
-  return true;
-}
-
-int openFile(const QByteArray &name, int flags) {
-  constexpr mode_t readableForAll = 0644;
-  int descriptor = -1;
-  do {
-    descriptor = ::open(name.constData(), flags | harmless, readableForAll);
-  } while (descriptor < 0 && errno == EINTR);
-  return descriptor;
+std::string_view viewOf(const QByteArray &bytes) {
+  return {bytes.constData(), static_cast<std::size_t>(bytes.size())};
 }
 
 /// The path behind all links; the path itself where nothing is there yet.
 QByteArray behindLinks(const QByteArray &name) {
   const std::unique_ptr<char, decltype(&::free)> real(::realpath(name.constData(), nullptr), &::free);
   return real ? QByteArray(real.get()) : name;
-}
-
-QByteArray readAll(int descriptor, qint64 largest, bool &isWhole) {
-  QByteArray content;
-  std::array<char, 65536> buffer{};
-  while (content.size() <= largest) {
-    const ssize_t got = ::read(descriptor, buffer.data(), buffer.size());
-    if (got < 0 && errno == EINTR) continue;
-    isWhole = got >= 0;
-    if (got <= 0) break;
-    content.append(buffer.data(), got);
-  }
-  return content;
 }
 
 }  // namespace
@@ -168,42 +133,31 @@ QString shown(const QString &text) {
 }
 
 QByteArray readFile(const QString &path, qint64 largest) {
-  const bool isInput = path == u"-";
-  const QByteArray name = bytesOf(path);
-  const auto fail = [&](int error) {
-    throw Failure{ExitCode::Failed,
-                  QStringLiteral("%1 could not be read: %2.").arg(shown(path), because(error))};
-  };
-  // Asked first, because a device may act as soon as it is opened.
-  if (!isInput) {
-    const auto status = statusOf(name);
-    if (!status) fail(errno);
-    if (!S_ISREG(status->st_mode)) {
-      throw Failure{
-          ExitCode::Failed,
-          QStringLiteral("%1 is not a regular file, so it was not read. For a stream, write - instead.")
-              .arg(shown(path))};
-    }
-  }
-  const int descriptor = isInput ? STDIN_FILENO : openFile(name, O_RDONLY);
-  if (descriptor < 0) fail(errno);
-  bool isWhole = true;
-  QByteArray content = readAll(descriptor, largest, isWhole);
-  const int error = errno;
-  if (!isInput) ::close(descriptor);
-  if (!isWhole) fail(error);
-  if (content.size() > largest) {
+  const auto most = static_cast<std::size_t>(largest);
+  std::string content;
+  const int error =
+      path == u"-" ? posix::readAll(STDIN_FILENO, most, content)
+                   : posix::readRegularFile(bytesOf(path).constData(), posix::Links::Followed, most, content);
+  if (error == 0) return QByteArray::fromStdString(content);
+  if (error == EFBIG) {
     throw Failure{
         ExitCode::Failed,
         QStringLiteral("%1 is too large: at most %2 bytes are read.").arg(shown(path)).arg(largest)};
   }
-  return content;
+  if (path != u"-" && (error == EISDIR || error == EINVAL)) {
+    throw Failure{
+        ExitCode::Failed,
+        QStringLiteral("%1 is not a regular file, so it was not read. For a stream, write - instead.")
+            .arg(shown(path))};
+  }
+  throw Failure{ExitCode::Failed,
+                QStringLiteral("%1 could not be read: %2.").arg(shown(path), systemErrorText(error))};
 }
 
 void expectNewFile(const QString &path, bool mayReplace) {
   const QByteArray name = bytesOf(path);
   const auto status = statusOf(name);
-  if (status && !S_ISREG(status->st_mode)) refuseKind(path, status->st_mode);
+  if (status && !S_ISREG(status->st_mode)) refuseKind(path, S_ISDIR(status->st_mode));
   if (!status && isLink(name)) {
     throw Failure{ExitCode::Failed,
                   QStringLiteral("%1 is a link that leads nowhere: name a file.").arg(shown(path))};
@@ -217,59 +171,35 @@ void expectNewFile(const QString &path, bool mayReplace) {
 void saveFile(const QString &path, const QByteArray &content, bool mayReplace) {
   expectNewFile(path, mayReplace);
   const QByteArray target = behindLinks(bytesOf(path));
-  // A name that nobody can know beforehand: others may have files in the folder, too.
-  const QByteArray passing =
-      target + ".new" + QByteArray::number(QRandomGenerator::system()->generate64(), 36);
-  const int descriptor = openFile(passing, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW);
-  if (descriptor < 0) failToWrite(path, errno);
-  const auto giveUp = [&](int error) {
-    ::close(descriptor);
-    ::unlink(passing.constData());
-    failToWrite(path, error);
-  };
+  posix::ReplacementFile file(target.constData(), readableForAll);
+  if (file.error() != 0) failToWrite(path, file.error());
   if (const auto replaced = statusOf(target)) {
     // Only the superuser can give a file away. Who cannot keep the owner still may replace the file.
-    const bool keepsOwner = ::fchown(descriptor, replaced->st_uid, replaced->st_gid) == 0;
+    const bool keepsOwner = ::fchown(file.descriptor(), replaced->st_uid, replaced->st_gid) == 0;
     const mode_t mode = replaced->st_mode & (keepsOwner ? ALLPERMS : ACCESSPERMS);
-    if (::fchmod(descriptor, mode) != 0) giveUp(errno);
+    if (::fchmod(file.descriptor(), mode) != 0) failToWrite(path, errno);
   }
-  if (!writeAll(descriptor, content) || ::fsync(descriptor) != 0) giveUp(errno);
+  if (const int error = file.write(viewOf(content))) failToWrite(path, error);
   // Once more: something may have come into being meanwhile.
-  try {
-    expectNewFile(path, mayReplace);
-  } catch (const Failure &) {
-    ::close(descriptor);
-    ::unlink(passing.constData());
-    throw;
-  }
-  if (std::rename(passing.constData(), target.constData()) != 0) giveUp(errno);
-  ::close(descriptor);
+  expectNewFile(path, mayReplace);
+  if (const int error = file.takePlace()) failToWrite(path, error);
 }
 
 GrowingFile::GrowingFile(const QString &path, bool mayReplace) : path_(path) {
   expectNewFile(path, mayReplace);
   const int flags = O_WRONLY | O_CREAT | (mayReplace ? 0 : O_EXCL);
-  descriptor_ = openFile(bytesOf(path), flags);
-  if (descriptor_ < 0) failToWrite(path, errno);
-  struct stat status {};
-  const bool isRegular = ::fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode);
-  if (isRegular && ::ftruncate(descriptor_, 0) == 0) return;
-  const int error = errno;
-  ::close(descriptor_);
-  if (!isRegular) refuseKind(path, status.st_mode);
-  failToWrite(path, error);
-}
-
-GrowingFile::~GrowingFile() {
-  ::close(descriptor_);
+  const int error = posix::openRegularFile(bytesOf(path).constData(), flags, file_, readableForAll);
+  if (error == EISDIR || error == EINVAL) refuseKind(path, error == EISDIR);
+  if (error != 0) failToWrite(path, error);
+  if (::ftruncate(file_.get(), 0) != 0) failToWrite(path, errno);
 }
 
 void GrowingFile::add(const QByteArray &bytes) {
-  const off_t before = ::lseek(descriptor_, 0, SEEK_CUR);
-  if (writeAll(descriptor_, bytes)) return;
-  const int error = errno;
+  const off_t before = ::lseek(file_.get(), 0, SEEK_CUR);
+  const int error = posix::writeAll(file_.get(), viewOf(bytes));
+  if (error == 0) return;
   // What fitted is half of a line. If even this fails, the error is the same.
-  if (before < 0 || ::ftruncate(descriptor_, before) != 0) failToWrite(path_, error);
+  if (before < 0 || ::ftruncate(file_.get(), before) != 0) failToWrite(path_, error);
   failToWrite(path_, error);
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "posix/Descriptor.h"
+
 #include <QByteArray>
 #include <QByteArrayView>
 #include <QString>
@@ -35,16 +37,13 @@ class GrowingFile {
  public:
   /// Throws a Failure, as saveFile() does, and leaves anything but a regular file as it is.
   GrowingFile(const QString &path, bool mayReplace);
-  ~GrowingFile();
-  GrowingFile(const GrowingFile &) = delete;
-  GrowingFile &operator=(const GrowingFile &) = delete;
 
   /// Throws a Failure when not all of it could be written; then nothing of it stands in the file.
   void add(const QByteArray &bytes);
 
  private:
   const QString path_;
-  int descriptor_ = -1;
+  posix::Descriptor file_;
 };
 
 }  // namespace tavril::cli

@@ -50,11 +50,9 @@ int positionFrom(const QString &text) {
     position = std::round(match.captured(1).toDouble() * wire::positionsPerDegree);
   }
   if (position < wire::positionRange.minimum || position > wire::positionRange.maximum) {
-    throw Failure{
-        ExitCode::BadValue,
-        QStringLiteral("position %1 is out of range (%2, or 0deg to %3deg).")
-            .arg(shown(text), textOf(wire::positionRange))
-            .arg(static_cast<int>(std::floor(wire::positionRange.maximum / wire::positionsPerDegree)))};
+    throw Failure{ExitCode::BadValue, QStringLiteral("position %1 is out of range (%2, or 0deg to %3deg).")
+                                          .arg(shown(text), textOf(wire::positionRange))
+                                          .arg(wire::wholeDegrees.maximum)};
   }
   return static_cast<int>(position);
 }

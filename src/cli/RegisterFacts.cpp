@@ -97,7 +97,8 @@ QString detailText(int value, std::optional<int> torquePolicy, const StringTable
 }  // namespace
 
 bool isKeyOf(const wire::Register &row, QStringView text) {
-  return text == QStringView(row.nameKey) || (!row.correctKey.empty() && text == QStringView(row.correctKey));
+  return text == QStringView(row.keys.name) ||
+         (!row.correctName.empty() && text == QStringView(row.correctName));
 }
 
 const wire::Register *registerNamed(const QString &text) {
@@ -128,7 +129,7 @@ QString nearestOf(const QString &text, const QStringList &names) {
 QString suggestionFor(const QString &text) {
   QStringList keys;
   for (const wire::Register &row : wire::registers) {
-    if (!row.correctKey.empty()) keys.append(QStringView(row.correctKey).toString());
+    if (!row.correctName.empty()) keys.append(QStringView(row.correctName).toString());
   }
   for (const wire::Register &row : wire::registers) keys.append(keyOf(row));
   const QString near = nearestOf(text.toLower().replace(u'-', u'_'), keys);
@@ -145,7 +146,7 @@ QString unknownRegisterText(const QString &text) {
 }
 
 QString keyOf(const wire::Register &row) {
-  return QStringView(row.nameKey).toString();
+  return QStringView(row.keys.name).toString();
 }
 
 QString keyOf(int number) {

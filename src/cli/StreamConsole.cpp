@@ -2,12 +2,12 @@
 
 #include "cli/Failure.h"
 #include "cli/Files.h"
+#include "platform/Error.h"
 
 #include <QByteArray>
 #include <QStringList>
 
 #include <cerrno>
-#include <cstring>
 
 namespace tavril::cli {
 
@@ -18,8 +18,8 @@ void StreamConsole::data(const QString &text) {
   if (std::fwrite(bytes.constData(), 1, size, out_) == size && std::fflush(out_) == 0) return;
   // Who has read enough, as "head" does, wants to hear nothing of it.
   if (errno == EPIPE) throw Failure{ExitCode::ClosedPipe, {}};
-  throw Failure{ExitCode::Failed, QStringLiteral("the output could not be written: %1.")
-                                      .arg(QString::fromLocal8Bit(std::strerror(errno)))};
+  throw Failure{ExitCode::Failed,
+                QStringLiteral("the output could not be written: %1.").arg(systemErrorText(errno))};
 }
 
 void StreamConsole::status(const QString &line) {

@@ -1,19 +1,11 @@
 #include "doctor/PortChecks.h"
 
 #include "doctor/ShellWord.h"
+#include "platform/Error.h"
 
 #include <cerrno>
-#include <cstring>
 
 namespace tavril::doctor {
-
-namespace {
-
-QString reasonOf(int error) {
-  return QString::fromLocal8Bit(std::strerror(error));
-}
-
-}  // namespace
 
 Result checkOpening(const QString &path, const CallResult &opened) {
   const CheckId check = CheckId::Opening;
@@ -29,7 +21,7 @@ Result checkOpening(const QString &path, const CallResult &opened) {
   return {check,
           State::Failed,
           QStringLiteral("doctor_opening_failed"),
-          {path, reasonOf(opened.error)},
+          {path, systemErrorText(opened.error)},
           QStringLiteral("doctor_advice_replug")};
 }
 
@@ -39,7 +31,7 @@ Result checkLineSettings(const QString &path, const CallResult &taken) {
   return {check,
           State::Failed,
           QStringLiteral("doctor_line_refused"),
-          {path, reasonOf(taken.error)},
+          {path, systemErrorText(taken.error)},
           QStringLiteral("doctor_advice_choose_port"),
           QStringLiteral("tavrilctl ports")};
 }

@@ -1,6 +1,7 @@
 #include "editor/EditorWindow.h"
 
 #include "app/LanguageChoice.h"
+#include "editor/ConnectionLine.h"
 #include "editor/EntryField.h"
 #include "editor/MainScreen.h"
 #include "editor/MsgPanel.h"

@@ -17,6 +17,7 @@ constexpr float rowHeight = 25;
 /// Where the rows of the registers begin, in their order. Kept: C81.
 constexpr std::array<float, wire::registerCount> rowBases{618, 589, 560, 534, 505, 476, 447, 419, 392, 363,
                                                           334, 305, 277, 249, 220, 192, 164, 136, 107, 79};
+static_assert(rowBases.back() > 0, "each register has a row");
 
 bool isBetween(double low, double value, double high) {
   return low < value && value < high;

@@ -17,7 +17,8 @@ constexpr auto labels = [] {
   std::array<ScreenLabel, titles.size() + wire::registers.size() + others.size()> all;
   auto *next = all.begin();
   for (const QStringView name : titles) *next++ = {name, name};
-  for (const wire::Register &row : wire::registers) *next++ = {row.label, row.nameKey};
+  for (const wire::Register &row : wire::registers)
+    *next++ = {row.label.empty() ? row.keys.name : row.label, row.keys.name};
   for (const QStringView name : others) *next++ = {name, name};
   return all;
 }();

@@ -29,7 +29,7 @@ namespace {
 /// The setting that is typed into the field with this identifier, or nothing.
 const wire::Register *settingIn(const QString &identifier) {
   const auto *row = std::ranges::find_if(wire::registers, [&](const wire::Register &candidate) {
-    return !candidate.identifier.empty() && identifier == QStringView(candidate.identifier);
+    return !candidate.keys.identifier.empty() && identifier == QStringView(candidate.keys.identifier);
   });
   return row == wire::registers.end() ? nullptr : row;
 }
@@ -58,7 +58,7 @@ void ValueEntry::text(ScreenElement &sender) {
   const auto [minimum, maximum] = setting->range;
   const QString cal = minimum < 0 ? QStringLiteral("true") : QString();
   if (checkValue(sender.text(), minimum, maximum, cal).isEmpty()) return;
-  const auto entry = state_.textFieldValue.constFind(QStringView(setting->entryKey).toString());
+  const auto entry = state_.textFieldValue.constFind(QStringView(setting->keys.entry).toString());
   sender.setText(entry == state_.textFieldValue.constEnd() ? QString() : entry->text());
 }
 

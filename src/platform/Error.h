@@ -18,4 +18,10 @@ struct Error {
 /// The domain of failed system calls: the code is the error number.
 inline constexpr const char16_t *PosixErrorDomain = u"POSIX";
 
+/// The system's text for an error number.
+QString systemErrorText(int number);
+
+/// The error of a system call that failed on this path.
+Error posixError(int number, const QString &path);
+
 }  // namespace tavril

@@ -18,6 +18,8 @@ class Log {
 };
 
 /// A list in a log line: "(255, 7, 145)".
-QString listText(const QStringList &items);
+inline QString listText(const QStringList &items) {
+  return u'(' + items.join(QStringLiteral(", ")) + u')';
+}
 
 }  // namespace tavril

@@ -4,6 +4,7 @@
 
 #include <QString>
 
+#include <memory>
 #include <optional>
 
 namespace tavril {
@@ -20,7 +21,10 @@ enum class ObjectStoreError {
   NotStorable,          ///< some value does not survive being written
 };
 
-Error objectStoreError(ObjectStoreError code, const QString &description, const QString &reason,
-                       const std::optional<Error> &underlying = {});
+inline Error objectStoreError(ObjectStoreError code, const QString &description, const QString &reason,
+                              const std::optional<Error> &underlying = {}) {
+  return {QString::fromUtf16(ObjectStoreErrorDomain), static_cast<int>(code), description, reason,
+          underlying ? std::make_shared<const Error>(*underlying) : nullptr};
+}
 
 }  // namespace tavril

@@ -11,6 +11,8 @@
 #include "protocol/RegisterCatalogue.h"
 #include "protocol/SharedState.h"
 #include "protocol/StatusLists.h"
+#include "wire/Frames.h"
+#include "wire/Registers.h"
 
 #include <QLatin1String>
 #include <algorithm>
@@ -244,17 +246,18 @@ void Function::showSetting(const RegisterRow &row, const QStringList &frame) {
 }
 
 bool Function::decodeStatus(const QStringList &frame) {
-  for (const RegisterRow &row : registerCatalogue().subspan<wire::settingCount>()) {
-    const QString text = QString::number(row.number);
-    // Kept: C20.
-    if (frame[dataAt] != text && OnlyReadFlag != text) continue;
-    // Kept: C21.
-    if (row.number < wire::registerCount) OnlyReadFlag = QString::number(row.number + 1);
-    showStatus(row, frame);
-    ReadMotorParameter(row.number + 1);
-    return true;
-  }
-  return false;
+  const auto rows = registerCatalogue().subspan<wire::settingCount>();
+  // Kept: C20.
+  const auto row = std::ranges::find_if(rows, [&](const RegisterRow &candidate) {
+    const QString number = QString::number(candidate.number);
+    return frame[dataAt] == number || OnlyReadFlag == number;
+  });
+  if (row == rows.end()) return false;
+  // Kept: C21.
+  if (row->number < wire::registerCount) OnlyReadFlag = QString::number(row->number + 1);
+  showStatus(*row, frame);
+  ReadMotorParameter(row->number + 1);
+  return true;
 }
 
 void Function::showStatus(const RegisterRow &row, const QStringList &frame) {

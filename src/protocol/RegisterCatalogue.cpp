@@ -8,7 +8,7 @@ namespace tavril {
 namespace {
 
 constexpr RegisterRow viewOf(const wire::Register &row) {
-  return {row.number, row.helpKey, row.valueKey, row.entryKey, row.nameKey, row.reply};
+  return {row.number, row.keys.help, row.keys.value, row.keys.entry, row.keys.name, row.reply};
 }
 
 constexpr auto rows = [] {

@@ -51,10 +51,7 @@ void PortRequests::onQueue(Job job) {
 template <typename Tell>
 void PortRequests::onMainQueue(SerialPortCallback callback, Tell tell) {
   environment_.mainQueue.async([weak = port_.weak_from_this(), callback, tell = std::move(tell)] {
-    const auto port = weak.lock();
-    if (!port) return;
-    const auto delegate = port->delegate();
-    tell(port, delegate && delegate->respondsTo(callback) ? delegate : nullptr);
+    if (const auto port = weak.lock()) tell(port, port->whoHears(callback));
   });
 }
 
@@ -209,8 +206,7 @@ bool PortRequests::beginNext() {
 void PortRequests::pendingRequestDidTimeout() {
   setPendingRequestTimeoutTimer(nullptr);
   const Request request = pendingRequest();
-  const auto delegate = port_.delegate();
-  if (!request || !delegate || !delegate->respondsTo(SerialPortCallback::RequestDidTimeout)) {
+  if (!request || !port_.whoHears(SerialPortCallback::RequestDidTimeout)) {
     sendNextRequest();
     return;
   }

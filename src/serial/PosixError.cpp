@@ -1,14 +1,13 @@
 #include "serial/PosixError.h"
 
-#include <system_error>
+#include "platform/Error.h"
 
 namespace tavril {
 
 PosixError PosixError::make(int code, const QString &filePath) {
   PosixError error;
   error.code = code;
-  // The category's text is strerror's, without its buffer that threads would share.
-  error.localizedDescription = QString::fromStdString(std::generic_category().message(code));
+  error.localizedDescription = systemErrorText(code);
   error.filePath = filePath;
   return error;
 }

@@ -5,7 +5,6 @@
 #include "platform/MainQueue.h"
 #include "serial/DeliveryRule.h"
 #include "serial/LineSession.h"
-#include "serial/PinPoller.h"
 #include "serial/PortRegistry.h"
 #include "serial/PortRequests.h"
 #include "serial/PosixError.h"
@@ -15,16 +14,37 @@
 #include <array>
 #include <cerrno>
 #include <chrono>
+#include <cstdint>
 #include <span>
 #include <utility>
-
-#include <termios.h>
 
 namespace tavril {
 
 namespace {
 
 constexpr std::chrono::milliseconds pinPollInterval{10};
+
+/// One look at the input pins of a line. Is the first to notice that its device is gone, and waits for the
+/// main thread to hear of that.
+void pollPins(TerminalCalls &calls, const std::weak_ptr<PortLine> &watched,
+              const std::shared_ptr<LineSession> &session) {
+  const auto line = watched.lock();
+  if (!line) return;
+  const auto place = session->takePlace({});
+  if (!place) return;
+  int pins = 0;
+  const CallResult read = line->withDescriptor([&](int descriptor) {
+    return session->hasEnded() ? CallResult::failure(EBADF) : calls.pins(descriptor, pins);
+  });
+  if (session->hasEnded()) return;  // closed before or while we asked; close() has cancelled the polling
+  if (!read.failed()) {
+    line->showPins(pins);
+    return;
+  }
+  const bool isGone = read.error == ENXIO;
+  line->notifyDelegateOfPosixError(read.error, isGone, place);
+  if (isGone) line->deviceHasGone(session);
+}
 
 // Kept: C46.
 void reportMisuse(const SerialEnvironment &environment, const QString &text) {
@@ -74,13 +94,12 @@ SerialPort::Ptr SerialPort::init(const SerialEnvironment &environment) {
 
 SerialPort::SerialPort(Token, const SerialEnvironment &environment, RegistryHandle device,
                        const QString &path)
-    : environment_(environment),
-      path_(path),
-      name_(modemNameFromDevice(environment, device)),
+    : PortIdentity(environment, device, path),
+      LineControl(environment),
+      environment_(environment),
+      delegate_(environment.mainQueue),
       requests_(std::make_unique<PortRequests>(
-          *this, environment, [this](const QString &key, const Change &change) { changed(key, change); })) {
-  setIOKitDevice(device);
-}
+          *this, environment, [this](const QString &key, const Change &change) { changed(key, change); })) {}
 
 SerialPort::~SerialPort() {
   environment_.ports.removeSerialPort(this);
@@ -91,7 +110,6 @@ SerialPort::~SerialPort() {
     restoreLine(running->descriptor());
     releaseDescriptor();
   }
-  setIOKitDevice(0);
 }
 
 QSet<QString> SerialPort::keyPathsForValuesAffectingValueForKey(const QString &key) {
@@ -100,67 +118,14 @@ QSet<QString> SerialPort::keyPathsForValuesAffectingValueForKey(const QString &k
   return {};
 }
 
-std::shared_ptr<SerialPortDelegate> SerialPort::delegate() const {
-  const std::lock_guard lock(identityMutex_);
-  return delegate_.lock();
-}
-
-void SerialPort::setDelegate(std::weak_ptr<SerialPortDelegate> delegate) {
-  const std::lock_guard lock(identityMutex_);
-  delegate_ = std::move(delegate);
-}
-
 std::shared_ptr<const DeliveryRule> SerialPort::deliveryRule() const {
-  const std::lock_guard lock(identityMutex_);
+  const std::lock_guard lock(mutex_);
   return deliveryRule_;
 }
 
 void SerialPort::setDeliveryRule(std::shared_ptr<const DeliveryRule> rule) {
-  const std::lock_guard lock(identityMutex_);
+  const std::lock_guard lock(mutex_);
   deliveryRule_.swap(rule);
-}
-
-QString SerialPort::path() const {
-  const std::lock_guard lock(identityMutex_);
-  return path_;
-}
-
-void SerialPort::setPath(const QString &path) {
-  const std::lock_guard lock(identityMutex_);
-  path_ = path;
-}
-
-QString SerialPort::name() const {
-  const std::lock_guard lock(identityMutex_);
-  return name_;
-}
-
-void SerialPort::setName(const QString &name) {
-  const std::lock_guard lock(identityMutex_);
-  name_ = name;
-}
-
-RegistryHandle SerialPort::IOKitDevice() const {
-  const std::lock_guard lock(identityMutex_);
-  return IOKitDevice_;
-}
-
-void SerialPort::setIOKitDevice(RegistryHandle device) {
-  if (device != 0) environment_.devices.retain(device);  // first: it may be the one that is released
-  RegistryHandle old = 0;
-  {
-    const std::lock_guard lock(identityMutex_);
-    old = std::exchange(IOKitDevice_, device);
-  }
-  if (old != 0) environment_.devices.release(old);
-}
-
-std::size_t SerialPort::hash() const {
-  return qHash(path());
-}
-
-bool SerialPort::isEqual(const SerialPort *other) const {
-  return other && other->path() == path();
 }
 
 // ------------------------------------------------------------------------------------- opening and closing
@@ -193,8 +158,7 @@ bool SerialPort::open() {
         QStringLiteral("Could not make %1 blocking: error %2").arg(path()).arg(cleared.error));
   }
   const auto opening = std::make_shared<LineSession>(environment_.terminal, descriptor);
-  originalPortAttributes_.reset();  // those of the opening before
-  hasTakenLowLatency_ = false;
+  forgetLine();
   setSession(opening);
   latestSession_ = opening;
   requests_->beginOpening();
@@ -209,41 +173,15 @@ bool SerialPort::open() {
   }
   if (session() != opening) return isOpen();
 
-  if (delegateRespondsTo(SerialPortCallback::WasOpened)) {
+  if (whoHears(SerialPortCallback::WasOpened)) {
     environment_.mainQueue.async([self = shared_from_this()] {
-      const auto delegate = self->delegate();
-      if (delegate && delegate->respondsTo(SerialPortCallback::WasOpened))
+      if (const auto delegate = self->whoHears(SerialPortCallback::WasOpened)) {
         delegate->serialPortWasOpened(self);
+      }
     });
   }
   startLoops(opening);
   return true;
-}
-
-void SerialPort::keepOriginalAttributes() {
-  auto attributes = std::make_unique<termios>();
-  const CallResult read =
-      withDescriptor([&](int fd) { return environment_.terminal.attributes(fd, *attributes); });
-  if (!read.failed()) originalPortAttributes_ = std::move(attributes);
-}
-
-void SerialPort::takeLowLatency() {
-  if (!usesLowLatency_) return;
-  const CallResult before =
-      withDescriptor([&](int fd) { return environment_.terminal.setLowLatency(fd, true); });
-  hasTakenLowLatency_ = before.value == 0;
-}
-
-void SerialPort::takeOverPins() {
-  int pins = 0;
-  const CallResult read = withDescriptor([&](int fd) { return environment_.terminal.pins(fd, pins); });
-  if (read.failed()) notifyDelegateOfPosixError(read.error);
-  const bool wantedRTS = RTS_;
-  const bool wantedDTR = DTR_;
-  RTS_ = (pins & Pin::rts) != 0;
-  DTR_ = (pins & Pin::dtr) != 0;
-  setRTS(wantedRTS);
-  setDTR(wantedDTR);
 }
 
 void SerialPort::startLoops(const std::shared_ptr<LineSession> &running) {
@@ -252,7 +190,7 @@ void SerialPort::startLoops(const std::shared_ptr<LineSession> &running) {
   environment_.background.run(
       [loop = ReadLoop(calls, line, running, deliveryRule())]() mutable { loop.run(); });
   running->setPinPollTimer(environment_.background.repeat(
-      pinPollInterval, [poller = PinPoller(calls, line, running)] { poller.poll(); }));
+      pinPollInterval, [&calls, line, running] { pollPins(calls, line, running); }));
 }
 
 bool SerialPort::close() {
@@ -277,8 +215,7 @@ bool SerialPort::closeSession(const std::shared_ptr<LineSession> &closing) {
   setSession(nullptr);
   const std::uint64_t opening = requests_->opening();
   // Kept: C48.
-  const auto told =
-      delegateRespondsTo(SerialPortCallback::WasClosed) ? std::make_shared<ToldOnce>(false) : nullptr;
+  const auto told = whoHears(SerialPortCallback::WasClosed) ? std::make_shared<ToldOnce>(false) : nullptr;
   const CallResult closed = giveUpDescriptor(told);
   if (closed.failed()) {
     // Kept: C49.
@@ -288,7 +225,7 @@ bool SerialPort::closeSession(const std::shared_ptr<LineSession> &closing) {
   selectSemaphore_.release();
 
   if (told) {
-    onMainThreadAndWait([self = shared_from_this(), told] { self->tellClosed(*told); });
+    delegate_.onMainThreadAndWait([self = shared_from_this(), told] { self->tellClosed(*told); });
     requests_->forget(opening);
   }
   return true;
@@ -299,7 +236,7 @@ CallResult SerialPort::giveUpDescriptor(const std::shared_ptr<ToldOnce> &closed)
   givesUp_ = std::this_thread::get_id();
   const CallResult released = releaseDescriptor();
   if (!released.failed()) {
-    const std::lock_guard lock(identityMutex_);
+    const std::lock_guard lock(mutex_);
     closedToTell_ = closed;
   }
   givesUp_ = std::thread::id();
@@ -314,7 +251,7 @@ void SerialPort::awaitOlderClosing() {
   std::shared_ptr<ToldOnce> closed;
   {
     const std::lock_guard given(givingUp_);
-    const std::lock_guard lock(identityMutex_);
+    const std::lock_guard lock(mutex_);
     closed.swap(closedToTell_);
   }
   if (closed) tellClosed(*closed);
@@ -322,23 +259,8 @@ void SerialPort::awaitOlderClosing() {
 
 void SerialPort::tellClosed(ToldOnce &closed) {
   if (closed.exchange(true)) return;
-  const auto heardBy = delegate();
-  if (heardBy && heardBy->respondsTo(SerialPortCallback::WasClosed)) {
+  if (const auto heardBy = whoHears(SerialPortCallback::WasClosed)) {
     heardBy->serialPortWasClosed(shared_from_this());
-  }
-}
-
-void SerialPort::restoreLine(int descriptor) {
-  TerminalCalls &calls = environment_.terminal;
-  termios attributes{};
-  if (!calls.attributes(descriptor, attributes).failed()) {
-    // With flow control on and CTS low the draining below could wait for ever.
-    calls.setFlowControl(attributes, FlowControl{});
-    calls.setAttributes(descriptor, WhenToApply::Now, attributes);
-  }
-  if (hasTakenLowLatency_) calls.setLowLatency(descriptor, false);
-  if (originalPortAttributes_) {
-    calls.setAttributes(descriptor, WhenToApply::AfterDrain, *originalPortAttributes_);
   }
 }
 
@@ -355,6 +277,13 @@ CallResult SerialPort::releaseDescriptor() {
   return closed;
 }
 
+void SerialPort::whileClosed(const std::function<void()> &change) {
+  const bool wasOpen = isOpen();
+  close();
+  change();
+  if (wasOpen) open();
+}
+
 void SerialPort::cleanupAfterSystemRemoval() {
   if (const auto latest = latestSession_.lock()) latest->claimRemoval();
   tellRemoved();
@@ -364,7 +293,7 @@ void SerialPort::cleanupAfterSystemRemoval() {
 // Two may see a removal, in either order, each for itself: the pin poller of the port that was open, and the
 // registry. Whoever comes second finds a note of the first.
 void SerialPort::deviceHasGone(const std::shared_ptr<LineSession> &session) {
-  onMainThreadAndWait([self = shared_from_this(), session] {
+  delegate_.onMainThreadAndWait([self = shared_from_this(), session] {
     const auto current = self->session();
     const bool isOpenAnew = current && current != session;  // so that its device is there
     if (isOpenAnew || !session->claimRemoval()) return;
@@ -396,7 +325,7 @@ void SerialPort::deviceWasPublished(RegistryHandle device) {
 }
 
 void SerialPort::tellRemoved() {
-  onMainThreadAndWait([self = shared_from_this()] {
+  delegate_.onMainThreadAndWait([self = shared_from_this()] {
     if (const auto delegate = self->delegate()) delegate->serialPortWasRemovedFromSystem(self);
   });
 }
@@ -452,14 +381,12 @@ bool SerialPort::sendData(const QByteArray &bytes) {
 }
 
 void SerialPort::receiveData(const QByteArray &bytes, const std::shared_ptr<void> &place) {
-  if (delegateRespondsTo(SerialPortCallback::DidReceiveData)) {
+  if (whoHears(SerialPortCallback::DidReceiveData)) {
     // Bytes that wait to be told do not keep a port alive: under steady traffic it would otherwise never go.
     environment_.mainQueue.async([weak = weak_from_this(), bytes, place] {
       const Ptr self = weak.lock();
-      const auto delegate = self ? self->delegate() : nullptr;
-      if (delegate && delegate->respondsTo(SerialPortCallback::DidReceiveData)) {
-        delegate->didReceiveData(self, bytes);
-      }
+      const auto delegate = self ? self->whoHears(SerialPortCallback::DidReceiveData) : nullptr;
+      if (delegate) delegate->didReceiveData(self, bytes);
     });
   }
   requests_->receive(bytes);
@@ -472,22 +399,6 @@ CallResult SerialPort::withDescriptor(const std::function<CallResult(int)> &call
   return call(descriptor);
 }
 
-// -------------------------------------------------------------------------------------------------- pins
-
-void SerialPort::showPins(int pins) {
-  showPin(CTS_, QStringLiteral("CTS"), (pins & Pin::cts) != 0);
-  showPin(DSR_, QStringLiteral("DSR"), (pins & Pin::dsr) != 0);
-  showPin(DCD_, QStringLiteral("DCD"), (pins & Pin::dcd) != 0);
-}
-
-void SerialPort::showPin(std::atomic<bool> &stored, const QString &key, bool on) {
-  if (stored == on) return;
-  environment_.mainQueue.sync([&] {
-    stored = on;
-    changed(key);
-  });
-}
-
 // ------------------------------------------------------------------------------------------------ helpers
 
 void SerialPort::setFileDescriptor(int descriptor) {
@@ -496,12 +407,12 @@ void SerialPort::setFileDescriptor(int descriptor) {
 }
 
 std::shared_ptr<LineSession> SerialPort::session() const {
-  const std::lock_guard lock(identityMutex_);
+  const std::lock_guard lock(mutex_);
   return session_;
 }
 
 void SerialPort::setSession(std::shared_ptr<LineSession> session) {
-  const std::lock_guard lock(identityMutex_);
+  const std::lock_guard lock(mutex_);
   session_ = std::move(session);
 }
 
@@ -516,34 +427,18 @@ void SerialPort::changed(const QString &key, const Change &change) {
   }
 }
 
-bool SerialPort::delegateRespondsTo(SerialPortCallback callback) const {
-  const auto present = delegate();
-  return present && present->respondsTo(callback);
-}
-
-void SerialPort::onMainThreadAndWait(const std::function<void()> &job) {
-  if (environment_.mainQueue.isMainThread()) {
-    job();
-  } else {
-    environment_.mainQueue.sync(job);
-  }
-}
-
 void SerialPort::notifyDelegateOfPosixError(int error, bool waitUntilDone,
                                             const std::shared_ptr<void> &place) {
-  if (!delegateRespondsTo(SerialPortCallback::DidEncounterError)) return;
-  const auto deliver = [self = shared_from_this(), failure = PosixError::make(error, path()), place] {
-    const auto delegate = self->delegate();
-    if (delegate && delegate->respondsTo(SerialPortCallback::DidEncounterError)) {
+  if (!whoHears(SerialPortCallback::DidEncounterError)) return;
+  const auto tell = [self = shared_from_this(), failure = PosixError::make(error, path()), place] {
+    if (const auto delegate = self->whoHears(SerialPortCallback::DidEncounterError)) {
       delegate->didEncounterError(self, failure);
     }
   };
-  if (environment_.mainQueue.isMainThread()) {
-    deliver();
-  } else if (waitUntilDone) {
-    environment_.mainQueue.sync(deliver);
+  if (waitUntilDone) {
+    delegate_.onMainThreadAndWait(tell);
   } else {
-    environment_.mainQueue.async(deliver);
+    delegate_.onMainThread(tell);
   }
 }
 

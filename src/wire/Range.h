@@ -14,5 +14,6 @@ struct Range {
 /// The positions of the servo, and how many of them make a degree.
 inline constexpr Range positionRange{0, 1023};
 inline constexpr double positionsPerDegree = 3.41;
+inline constexpr Range wholeDegrees{0, static_cast<int>(positionRange.maximum / positionsPerDegree)};
 
 }  // namespace tavril::wire

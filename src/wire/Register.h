@@ -39,16 +39,21 @@ struct Unit {
 
 using Choices = std::span<const std::u16string_view>;
 
-/// All that is known of one register of the servo. An empty key: none.
+/// Under which names the rest of the program knows a register. Empty: none.
+struct Keys {
+  std::u16string_view name;          ///< short name, and key of the caption
+  std::u16string_view value;         ///< the screen element that shows the value
+  std::u16string_view help{};        ///< entry of the help tables; settings have one
+  std::u16string_view entry{};       ///< where the text last read from the servo is kept
+  std::u16string_view identifier{};  ///< of the field in which a value is typed
+};
+
+/// All that is known of one register of the servo.
 struct Register {
   int number;
-  std::u16string_view nameKey;       ///< short name, and key of the caption
-  std::u16string_view correctKey{};  ///< the name key spelt correctly, where it is not
-  std::u16string_view label;         ///< the label that shows the caption
-  std::u16string_view valueKey;      ///< the screen element that shows the value
-  std::u16string_view helpKey{};     ///< entry of the help tables; settings have one
-  std::u16string_view entryKey{};    ///< where the text last read from the servo is kept
-  std::u16string_view identifier{};  ///< of the field in which a value is typed
+  Keys keys;
+  std::u16string_view correctName{};  ///< the name spelt correctly, where it is not
+  std::u16string_view label{};  ///< the label that shows the caption, where it is not called as the name
   ReplyValue reply = ReplyValue::Byte;
   Range range{};                         ///< of a setting
   Unit unit{};                           ///< the servo's own if empty
@@ -58,7 +63,7 @@ struct Register {
   bool isLowest = false;                 ///< the limit is a minimum
   std::u16string_view meaning;
 
-  constexpr bool isSetting() const { return !helpKey.empty(); }
+  constexpr bool isSetting() const { return !keys.help.empty(); }
   constexpr bool isBitList() const {
     return reply == ReplyValue::ErrorBits || reply == ReplyValue::DetailBits;
   }

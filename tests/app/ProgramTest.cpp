@@ -3,6 +3,7 @@
 #include "tests/support/Program.h"
 #include "tests/support/ShippedLanguages.h"
 
+#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -66,6 +67,29 @@ TEST(TavrilProgram, RefusesWhatItDoesNotUnderstandWithOneLine) {
 TEST(TavrilProgram, ListsTheLanguagesWhenTheOneWantedIsNotThere) {
   expectComplaint(run(demo + QStringList{QStringLiteral("--language"), QStringLiteral("xx")}),
                   "there is no string table \"xx\". There are: de, en, es, fr, ja, ko, zh-Hans, zh-Hant.");
+}
+
+TEST(TavrilProgram, NeedsADisplayForItsWindow) {
+  Program program(QStringLiteral("/usr/bin/env"),
+                  {QStringLiteral("-u"), QStringLiteral("DISPLAY"), QStringLiteral("-u"),
+                   QStringLiteral("WAYLAND_DISPLAY"), QStringLiteral("-u"), QStringLiteral("QT_QPA_PLATFORM"),
+                   QStringLiteral(TAVRIL_PROGRAM)});
+  expectComplaint(program.outcome(),
+                  "there is no display for the window: use --report, or --snapshot FILE.png.");
+}
+
+TEST(TavrilProgram, TakesAPictureAndSaysIfItCannotBeWritten) {
+  const QTemporaryDir folder;
+  const QString picture = folder.filePath(QStringLiteral("editor.png"));
+  EXPECT_EQ(run({QStringLiteral("--demo"), QStringLiteral("--snapshot"), picture}).status, 0);
+  EXPECT_TRUE(QFileInfo::exists(picture));
+  const Program::Outcome outcome = run({QStringLiteral("--demo"), QStringLiteral("--snapshot"),
+                                        folder.filePath(QStringLiteral("none/editor.png"))});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_NE(outcome.err.find("tavril: the picture could not be written to " + folder.path().toStdString() +
+                             "/none/editor.png: name a .png file in a folder that you may write to.\n"),
+            std::string::npos)
+      << outcome.err;
 }
 
 TEST(TavrilProgram, SaysInItsHelpWhatDecidesTheLanguage) {

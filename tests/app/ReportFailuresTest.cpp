@@ -65,6 +65,19 @@ std::string removed(const std::string &port) {
          " was removed while it was being read: check the cable, plug the adapter in again and retry.";
 }
 
+TEST(ReportFailures, ASignalEndsTheProgramWithTheLineAsItWas) {
+  ScriptedBridge bridge{ScriptedBridge::mute};
+  const termios attributes = oddAttributes(bridge.terminal());
+  TavrilProgram program(TavrilProgram::reportOf(bridge.path()));
+  ASSERT_TRUE(waitFor([&] { return isExclusive(bridge.terminal()); }));
+  program.terminate();
+  EXPECT_EQ(program.outcome().status, 143);
+  EXPECT_EQ(program.outcome().out, "");
+  EXPECT_TRUE(sameAttributes(bridge.terminal().attributes(), attributes));
+  EXPECT_FALSE(isExclusive(bridge.terminal()));
+  EXPECT_TRUE(isUnlocked(bridge.terminal()));
+}
+
 TEST(ReportFailures, AMachineWithoutSerialPortsIsToldWhatCanBeDone) {
   // Whatever hangs on this machine, a mocked one without any device has no port.
   Program program(QStringLiteral("umockdev-run"),

@@ -7,6 +7,7 @@
 #include "tests/support/FileSizeLimit.h"
 #include "tests/support/NotesModel.h"
 #include "tests/support/TestDesktop.h"
+#include "tests/support/TestFiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -54,20 +55,10 @@ class RecordingPresenter final : public ErrorPresenter {
 class Store : public testing::Test {
  protected:
   Store() {
-    write(model, notesModelXml);
+    writeFile(model, notesModelXml);
     EXPECT_TRUE(QDir(root.path()).mkdir(QStringLiteral("share")));
   }
 
-  static void write(const QString &path, const QByteArray &bytes) {
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly)) << qPrintable(path);
-    ASSERT_EQ(file.write(bytes), bytes.size());
-  }
-  static QByteArray content(const QString &path) {
-    QFile file(path);
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << qPrintable(path);
-    return file.readAll();
-  }
   bool touchedTheDisk() const {
     return !QDir(support).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot).isEmpty();
   }
@@ -154,11 +145,11 @@ TEST_F(Store, MakesTheFoldersAboveItsOwn) {
 // ---------------------------------------------------------------------------- what keeps it from being made
 
 TEST_F(Store, ExpectsAFolderWhereItFindsAFile) {
-  write(folder, "mine");
+  writeFile(folder, "mine");
   EXPECT_FALSE(store.persistentStoreCoordinator());
   expectNotInitialised(
       QStringLiteral("Expected a folder to store application data, found a file (%1).").arg(folder));
-  EXPECT_EQ(content(folder), "mine");
+  EXPECT_EQ(contentOf(folder), "mine");
 }
 
 TEST_F(Store, TellsWhyItsFolderCannotBeMade) {
@@ -171,16 +162,16 @@ TEST_F(Store, TellsWhyItsFolderCannotBeMade) {
 
 TEST_F(Store, ThatIsCorruptIsReportedAndStaysAsItIs) {
   ASSERT_TRUE(QDir().mkpath(folder));
-  write(file, "<store format='1' model='Notes'><object");
+  writeFile(file, "<store format='1' model='Notes'><object");
   EXPECT_FALSE(store.persistentStoreCoordinator());
   expectNotInitialised(QStringLiteral("The saved data could not be opened."));
-  EXPECT_EQ(content(file), "<store format='1' model='Notes'><object");
+  EXPECT_EQ(contentOf(file), "<store format='1' model='Notes'><object");
 }
 
 TEST_F(Store, ThatIsALinkIsReportedAndNotFollowed) {
   ASSERT_TRUE(QDir().mkpath(folder));
   const QString elsewhere = root.filePath(QStringLiteral("precious"));
-  write(elsewhere, "<store format='1' model='Notes'/>");
+  writeFile(elsewhere, "<store format='1' model='Notes'/>");
   ASSERT_TRUE(QFile::link(elsewhere, file));
   EXPECT_FALSE(store.persistentStoreCoordinator());
   expectNotInitialised(QStringLiteral("The saved data could not be opened."));
@@ -198,7 +189,7 @@ TEST_F(Store, WithoutAModelMakesNothing) {
 }
 
 TEST_F(Store, IsTriedAnewWhenItIsAskedForAgain) {
-  write(folder, "in the way");
+  writeFile(folder, "in the way");
   EXPECT_FALSE(store.managedObjectContext());
   EXPECT_FALSE(store.managedObjectContext());
   EXPECT_EQ(presenter.errors.size(), 2u);
@@ -208,7 +199,7 @@ TEST_F(Store, IsTriedAnewWhenItIsAskedForAgain) {
 }
 
 TEST_F(Store, ThatCannotBeMadeIsShownInAnAlert) {
-  write(folder, "in the way");
+  writeFile(folder, "in the way");
   AlertErrorPresenter shown(desktop.alert);
   StoreController visible(files, desktop.desktop, shown, {support, model});
   EXPECT_FALSE(visible.managedObjectContext());
@@ -270,7 +261,7 @@ TEST_F(Store, PresentsWhatKeepsItFromBeingSaved) {
 }
 
 TEST_F(Store, ThatCannotBeMadeCannotBeSaved) {
-  write(folder, "in the way");
+  writeFile(folder, "in the way");
   store.saveAction();
   EXPECT_EQ(presenter.errors.size(), 1u);
   EXPECT_EQ(desktop.log.warnings(),
@@ -290,7 +281,7 @@ TEST_F(Store, GivesTheWindowTheUndoManagerOfItsContext) {
 }
 
 TEST_F(Store, ThatCannotBeMadeHasNoUndoManager) {
-  write(folder, "in the way");
+  writeFile(folder, "in the way");
   EXPECT_FALSE(store.windowWillReturnUndoManager());
 }
 

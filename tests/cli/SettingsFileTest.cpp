@@ -5,6 +5,7 @@
 #include "tests/support/ChildProcess.h"
 #include "tests/support/FileSizeLimit.h"
 #include "tests/support/Pty.h"
+#include "tests/support/TestFiles.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -28,17 +29,6 @@ QStringList problemsOf(const QByteArray &document) {
 /// A document whose settings are these.
 QByteArray with(const QByteArray &settings) {
   return "{\"format\": \"tavril-servo-settings\", \"version\": 1,\n\"settings\": {" + settings + "}}";
-}
-
-QByteArray contentOf(const QString &path) {
-  QFile file(path);
-  return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(unreadable)");
-}
-
-void write(const QString &path, const QByteArray &content) {
-  QFile file(path);
-  ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-  file.write(content);
 }
 
 TEST(SettingsText, IsReadBackAsItWasWritten) {
@@ -174,9 +164,9 @@ struct Folder {
 TEST(SettingsFile, IsLoadedOrAllItsProblemsAreTold) {
   const Folder folder;
   const QString path = folder.path("servo.json");
-  write(path, settingsText(all));
+  writeFile(path, settingsText(all));
   EXPECT_EQ(loadSettings(path).settings, all);
-  write(path, with("\"sid\": 254,\n\"kp\": -1"));
+  writeFile(path, with("\"sid\": 254,\n\"kp\": -1"));
   const Failure failure = failureOf([&] { loadSettings(path); });
   EXPECT_EQ(failure.code, ExitCode::BadValue);
   EXPECT_EQ(failure.text.count(path), 3);
@@ -189,7 +179,7 @@ TEST(SettingsFile, ThatCannotBeReadIsAFailure) {
   EXPECT_EQ(failureOf([&] { loadSettings(folder.path("nothing")); }).code, ExitCode::Failed);
   EXPECT_EQ(failureOf([&] { loadSettings(folder.folder.path()); }).code, ExitCode::Failed);
   EXPECT_EQ(failureOf([&] { loadSettings(QStringLiteral("/dev/zero")); }).code, ExitCode::Failed);
-  write(folder.path("large"), QByteArray(2 << 20, ' '));
+  writeFile(folder.path("large"), QByteArray(2 << 20, ' '));
   EXPECT_EQ(failureOf([&] { loadSettings(folder.path("large")); }).code, ExitCode::Failed);
 }
 
@@ -214,7 +204,7 @@ TEST(SavedFile, CountsALinkAsAFileAlsoWhenItLeadsNowhere) {
 
 TEST(SavedFile, IsReplacedWhereALinkLeads) {
   const Folder folder;
-  write(folder.path("target"), "old");
+  writeFile(folder.path("target"), "old");
   QFile::link(folder.path("target"), folder.path("link"));
   saveFile(folder.path("link"), "new", true);
   EXPECT_TRUE(QFileInfo(folder.path("link")).isSymLink());
@@ -249,7 +239,7 @@ TEST(SavedFile, NeverReplacesWhatIsNoRegularFile) {
 TEST(SavedFile, KeepsModeAndOwnerOfTheOneItReplaces) {
   const Folder folder;
   const QString path = folder.path("a.json");
-  write(path, "old");
+  writeFile(path, "old");
   ASSERT_EQ(::chmod(qPrintable(path), 0640), 0);
   // Only the superuser can give a file away; the others have the mode to keep.
   const bool isSuperuser = ::geteuid() == 0;
@@ -265,7 +255,7 @@ TEST(SavedFile, KeepsModeAndOwnerOfTheOneItReplaces) {
 TEST(SavedFile, StaysAsItWasWhenTheDiskIsFull) {
   const Folder folder;
   const QString path = folder.path("a.json");
-  write(path, "old");
+  writeFile(path, "old");
   const int status = exitStatusOfChild([&] {
     const FileSizeLimit limit(10);
     return failureOf([&] { saveFile(path, QByteArray(1000, 'x'), true); }).code == ExitCode::Failed ? 0 : 1;
@@ -313,7 +303,7 @@ TEST(SavedFile, IsNoFolderAndNeedsOneToBeIn) {
 TEST(SavedFile, StaysAsItWasWhereItCannotBeReplaced) {
   const Folder folder;
   const QString path = folder.path("a.json");
-  write(path, "old");
+  writeFile(path, "old");
   ASSERT_EQ(::chmod(qPrintable(folder.folder.path()), 0555), 0);
   const int status = exitStatusOfChild([&] {
     if (!becomeNobody()) return 2;

@@ -2,6 +2,7 @@
 // the place of files.
 #include "tests/cli/CtlProgram.h"
 #include "tests/support/Pty.h"
+#include "tests/support/TestFiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -23,10 +24,9 @@ Program::Outcome sh(const QTemporaryDir &folder, const QString &script) {
 }
 
 void writeSettings(const QTemporaryDir &folder, const char *name, const char *kp) {
-  QFile file(folder.filePath(QString::fromLatin1(name)));
-  ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-  file.write(QByteArray("{\"format\": \"tavril-servo-settings\", \"version\": 1, \"settings\": {\"kp\": ") +
-             kp + "}}");
+  writeFile(folder.filePath(QString::fromLatin1(name)),
+            QByteArray("{\"format\": \"tavril-servo-settings\", \"version\": 1, \"settings\": {\"kp\": ") +
+                kp + "}}");
 }
 
 struct Printing {

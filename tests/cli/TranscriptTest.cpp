@@ -1,5 +1,6 @@
 // Every command against the virtual servo on a pseudo-terminal, with everything that can happen to replies.
 #include "tests/cli/CtlProgram.h"
+#include "tests/support/TestFiles.h"
 
 #include <QByteArray>
 #include <QFile>
@@ -15,11 +16,6 @@
 
 namespace tavril {
 namespace {
-
-QByteArray contentOf(const QString &path) {
-  QFile file(path);
-  return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(unreadable)");
-}
 
 /// For lines that lose nothing: how soon a reply comes is up to the machine, but one comes. A try that is not
 /// needed takes no time.

@@ -1,4 +1,3 @@
-#include "platform/linux/PaintWidgets.h"
 #include "platform/linux/PaintingWait.h"
 #include "platform/linux/QtModalAlert.h"
 #include "tests/gui/GuiBench.h"

@@ -7,6 +7,7 @@
 #include "platform/linux/StringTables.h"
 #include "tests/support/AnsweringFilePanels.h"
 #include "tests/support/RecordingLog.h"
+#include "tests/support/TestFiles.h"
 #include "tools/ConverterWindow.h"
 #include "tools/FileListWindow.h"
 #include "tools/StringsConverter.h"
@@ -42,16 +43,6 @@ class ConverterOnDisk : public testing::Test {
   QString path(const QString &name) const { return folder_.filePath(name); }
   static QString url(const QString &path) { return QUrl::fromLocalFile(path).toString(QUrl::FullyEncoded); }
 
-  static void put(const QString &path, const QByteArray &bytes) {
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    ASSERT_EQ(file.write(bytes), bytes.size());
-  }
-  static QByteArray content(const QString &path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("none");
-  }
-
   ConverterWindow &converter() {
     tool_.showConverter(&window_);
     return *window_.findChild<ConverterWindow *>();
@@ -71,8 +62,8 @@ class ConverterOnDisk : public testing::Test {
   }
   /// Through the window, from two files to a third.
   void convert(const QByteArray &keys, const QByteArray &values, const QString &name) {
-    put(path(QStringLiteral("keys.txt")), keys);
-    put(path(QStringLiteral("values.txt")), values);
+    writeFile(path(QStringLiteral("keys.txt")), keys);
+    writeFile(path(QStringLiteral("values.txt")), values);
     choose("key", path(QStringLiteral("keys.txt")));
     choose("value", path(QStringLiteral("values.txt")));
     save(folder_.path(), name);
@@ -138,7 +129,7 @@ TEST_F(ConverterOnDisk, AUsersTableWinsOverTheShippedOneKeyByKey) {
 
 TEST_F(ConverterOnDisk, AQuoteThatTheTranslatorDidNotEscapeSpoilsItsLineAloneAndIsReported) {
   convert("read\nrelax", "\"Lesen\"\nLos", QStringLiteral("de"));
-  EXPECT_EQ(content(path(QStringLiteral("de.h"))),
+  EXPECT_EQ(contentOf(path(QStringLiteral("de.h"))),
             QByteArray("\"read\"=\"\"Lesen\"\";\n\"relax\"=\"Los\";\n"));
   RecordingLog problems;
   StringTables own({folder_.path()}, problems);
@@ -149,7 +140,7 @@ TEST_F(ConverterOnDisk, AQuoteThatTheTranslatorDidNotEscapeSpoilsItsLineAloneAnd
 
 TEST_F(ConverterOnDisk, FilesWithCarriageReturnsMakeATableThatTheEditorUnderstands) {
   convert("read\r\nrelax\r\n", "Lesen\r\nLos\r\n", QStringLiteral("de"));
-  EXPECT_TRUE(content(path(QStringLiteral("de.h"))).startsWith("\"read\r\"=\"Lesen\r\";\n"));
+  EXPECT_TRUE(contentOf(path(QStringLiteral("de.h"))).startsWith("\"read\r\"=\"Lesen\r\";\n"));
   StringTables own({folder_.path()}, log_);
   ASSERT_TRUE(own.setLanguage(QStringLiteral("de")));
   EXPECT_EQ(own.text(u"read"), QStringLiteral("Lesen"));
@@ -158,8 +149,8 @@ TEST_F(ConverterOnDisk, FilesWithCarriageReturnsMakeATableThatTheEditorUnderstan
 TEST_F(ConverterOnDisk, ATableThatIsALinkToTheKeyFileLeavesTheKeyFileAlone) {
   ASSERT_TRUE(QFile::link(path(QStringLiteral("keys.txt")), path(QStringLiteral("de.h"))));
   convert("a", "x", QStringLiteral("de"));
-  EXPECT_EQ(content(path(QStringLiteral("keys.txt"))), QByteArray("a"));
-  EXPECT_EQ(content(path(QStringLiteral("de.h"))), QByteArray("\"a\"=\"x\";\n"));
+  EXPECT_EQ(contentOf(path(QStringLiteral("keys.txt"))), QByteArray("a"));
+  EXPECT_EQ(contentOf(path(QStringLiteral("de.h"))), QByteArray("\"a\"=\"x\";\n"));
 }
 
 TEST_F(ConverterOnDisk, AFolderInPlaceOfAFileIsLoggedAndChangesNothing) {
@@ -172,7 +163,7 @@ TEST_F(ConverterOnDisk, AFolderInPlaceOfAFileIsLoggedAndChangesNothing) {
 }
 
 TEST_F(ConverterOnDisk, AFileOfAGigabyteNeitherHangsNorCrashes) {
-  put(path(QStringLiteral("values.txt")), "x");
+  writeFile(path(QStringLiteral("values.txt")), "x");
   QFile huge(path(QStringLiteral("huge.txt")));
   ASSERT_TRUE(huge.open(QIODevice::WriteOnly));
   ASSERT_TRUE(huge.resize(qint64(1) << 30));

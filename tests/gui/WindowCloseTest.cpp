@@ -1,4 +1,5 @@
 // The real program on a desktop with a window manager, which is asked to close its window.
+#include "tests/support/Ownership.h"
 #include "tests/support/Program.h"
 #include "tests/support/Pty.h"
 #include "tests/support/XDesktop.h"
@@ -6,7 +7,8 @@
 #include <QFile>
 #include <QTemporaryDir>
 
-#include <sys/ioctl.h>
+#include <functional>
+#include <memory>
 
 namespace tavril {
 namespace {
@@ -18,13 +20,6 @@ class ConnectedProgram {
  public:
   /// `hangs`: the name of the thread that is to hang; empty for none.
   explicit ConnectedProgram(const char *hangs) : isToHang_(*hangs != '\0') {
-    termios odd = before_;
-    odd.c_lflag ^= ICANON | ECHO;
-    odd.c_iflag |= IXANY;
-    ::cfsetspeed(&odd, B4800);
-    EXPECT_EQ(::tcsetattr(pty_.slave(), TCSANOW, &odd), 0);
-    before_ = pty_.attributes();
-
     qputenv("XDG_RUNTIME_DIR", QFile::encodeName(folder_.path()));
     qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent");  // a window of its own
     qputenv("TAVRIL_TEST_HANG", hangs);
@@ -47,16 +42,10 @@ class ConnectedProgram {
   bool closeWindow() { return XDesktop().close(program_->processId()); }
   const Program::Outcome &outcome() { return program_->outcome(); }
 
-  bool isAsBefore() const {
-    const termios now = pty_.attributes();
-    return now.c_iflag == before_.c_iflag && now.c_oflag == before_.c_oflag &&
-           now.c_cflag == before_.c_cflag && now.c_lflag == before_.c_lflag &&
-           ::cfgetospeed(&now) == ::cfgetospeed(&before_);
-  }
-  bool isExclusive() const {
-    int exclusive = 0;
-    return ::ioctl(pty_.slave(), TIOCGEXCL, &exclusive) == 0 && exclusive != 0;
-  }
+  void terminate() { program_->terminate(); }
+
+  bool isAsBefore() const { return sameAttributes(pty_.attributes(), before_); }
+  bool isExclusive() const { return tavril::isExclusive(pty_); }
 
  private:
   QString mark() const { return folder_.filePath(QStringLiteral("hangs")); }
@@ -64,7 +53,7 @@ class ConnectedProgram {
   const bool isToHang_;
   QTemporaryDir folder_;
   Pty pty_;
-  termios before_ = pty_.attributes();
+  const termios before_ = oddAttributes(pty_);
   std::unique_ptr<TavrilProgram> program_;
 };
 
@@ -73,16 +62,30 @@ struct AllPrograms {
   ConnectedProgram well{""};
   ConnectedProgram withHangingReadLoop{"tavril-run"};
   ConnectedProgram withHangingPinPoller{"tavril-repeat"};
+  ConnectedProgram ended{""};
 };
 StartedFirst<AllPrograms> programs;
 
-void expectGoodEnd(ConnectedProgram &program) {
+void expectGoodEnd(ConnectedProgram &program, const std::function<bool()> &end, int status) {
   ASSERT_TRUE(program.isConnected());
   ASSERT_TRUE(program.hasTakenTheLine());
-  ASSERT_TRUE(waitFor([&] { return program.closeWindow(); }));
-  EXPECT_EQ(program.outcome().status, 0);
+  ASSERT_TRUE(waitFor(end));
+  EXPECT_EQ(program.outcome().status, status);
   EXPECT_TRUE(program.isAsBefore());
   EXPECT_FALSE(program.isExclusive());
+}
+
+void expectGoodEnd(ConnectedProgram &program) {
+  expectGoodEnd(
+      program, [&] { return program.closeWindow(); }, 0);
+}
+
+TEST(ASignal, EndsTheProcessAndPutsTheLineBack) {
+  const auto terminate = [] {
+    programs->ended.terminate();
+    return true;
+  };
+  expectGoodEnd(programs->ended, terminate, 143);
 }
 
 TEST(ClosingTheWindow, EndsTheProcessAndPutsTheLineBack) {

@@ -6,10 +6,10 @@
 #include "cli/Session.h"
 #include "program/tavrilctl/CtlObjects.h"
 #include "program/tavrilctl/Work.h"
-#include "protocol/RegisterCatalogue.h"
 #include "simulator/VirtualServo.h"
 #include "tests/cli/FailureOf.h"
 #include "tests/cli/ScreenConsole.h"
+#include "wire/Registers.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -38,7 +38,7 @@ class CtlWorkTest : public testing::Test {
   }
 
   /// What the command does for which the port is opened. Returns the status to exit with.
-  int work(const Plan::Work &work) { return workThrough(objects, options, console, {work}, -1); }
+  int work(const Plan::Work &work) { return workThrough(objects, options, console, {work}, nullptr); }
   tcflag_t lineFlags() const {
     const int line = ::open(QFile::encodeName(servo.path()).constData(), O_RDWR | O_NOCTTY | O_CLOEXEC);
     termios attributes{};
@@ -59,7 +59,7 @@ TEST_F(CtlWorkTest, IsDoneOnAThreadOfItsOwnAndPutsTheLineBack) {
   int load = 0;
   EXPECT_EQ(work([&](Session &session) {
               isMainThread = objects.mainQueue.isMainThread();
-              load = session.servo.read(*findRegister(8));
+              load = session.servo.read(*wire::findRegister(8));
             }),
             0);
   EXPECT_FALSE(isMainThread);
@@ -90,7 +90,7 @@ TEST_F(CtlWorkTest, IsNotBegunWithoutAPort) {
 }
 
 TEST_F(CtlWorkTest, OfTheDoctorPrintsWhatItFinds) {
-  EXPECT_EQ(examine(objects, options, console, -1), 0);
+  EXPECT_EQ(examine(objects, options, console, nullptr), 0);
   EXPECT_TRUE(console.printed.contains(servo.path())) << console.printed.toStdString();
 }
 
@@ -98,7 +98,7 @@ TEST_F(CtlWorkTest, WithADemoIsDoneOnAVirtualServoOfTheProgramsOwn) {
   options.port.clear();
   options.demo = true;
   int load = 0;
-  EXPECT_EQ(work([&](Session &session) { load = session.servo.read(*findRegister(8)); }), 0);
+  EXPECT_EQ(work([&](Session &session) { load = session.servo.read(*wire::findRegister(8)); }), 0);
   EXPECT_EQ(load, 400);
   EXPECT_EQ(servo.framesSeen(), 0);
 }

@@ -1,4 +1,5 @@
 #include "tests/support/ManualBackground.h"
+#include "tests/support/Ownership.h"
 #include "tests/support/SerialBench.h"
 #include "tests/support/WaitFor.h"
 
@@ -227,9 +228,7 @@ TEST_F(SerialPortOnPty, ASecondOpenerInThisProcessIsRefusedEvenAsRoot) {
   EXPECT_TRUE(other->errors[0].code == EWOULDBLOCK || other->errors[0].code == EBUSY)
       << other->errors[0].code;
   EXPECT_TRUE(port->isOpen());
-  int exclusive = 0;
-  ::ioctl(pty.slave(), TIOCGEXCL, &exclusive);
-  EXPECT_NE(exclusive, 0) << "the loser took the owner's flag away";
+  EXPECT_TRUE(isExclusive(pty)) << "the loser took the owner's flag away";
 }
 
 TEST_F(SerialPortOnPty, ATerminalThatSomebodyElseHasClaimedIsRefused) {
@@ -238,27 +237,21 @@ TEST_F(SerialPortOnPty, ATerminalThatSomebodyElseHasClaimedIsRefused) {
   // The superuser's open() passes the claim, so that it is found afterwards; anybody else's is refused at
   // once.
   EXPECT_EQ(delegate->events, QStringList{"error " + QString::number(EBUSY)});
-  int exclusive = 0;
-  ::ioctl(pty.slave(), TIOCGEXCL, &exclusive);
-  EXPECT_NE(exclusive, 0) << "the claim was not ours to end";
+  EXPECT_TRUE(isExclusive(pty)) << "the claim was not ours to end";
 }
 
 TEST_F(SerialPortOnPty, ATerminalThatSomebodyElseHasLockedIsRefused) {
   ASSERT_EQ(::flock(pty.slave(), LOCK_EX), 0);
   EXPECT_FALSE(port->open());
   EXPECT_EQ(delegate->events, QStringList{"error " + QString::number(EWOULDBLOCK)});
-  int exclusive = 0;
-  ::ioctl(pty.slave(), TIOCGEXCL, &exclusive);
-  EXPECT_EQ(exclusive, 0) << "a lost race left its flag behind";
+  EXPECT_FALSE(isExclusive(pty)) << "a lost race left its flag behind";
 }
 
 TEST_F(SerialPortOnPty, ClosingGivesTheTerminalFree) {
   ASSERT_TRUE(port->open());
   port->close();
-  int exclusive = 1;
-  ::ioctl(pty.slave(), TIOCGEXCL, &exclusive);
-  EXPECT_EQ(exclusive, 0);
-  EXPECT_EQ(::flock(pty.slave(), LOCK_EX | LOCK_NB), 0);
+  EXPECT_FALSE(isExclusive(pty));
+  EXPECT_TRUE(isUnlocked(pty));
 }
 
 // --------------------------------------------------------------------------------- sending and receiving
@@ -501,7 +494,7 @@ TEST_F(SerialPortOnPty, APortDroppedWhileOpenClosesItsDescriptorAndGivesTheTermi
   EXPECT_TRUE(waitFor([&] { return weak.expired(); }));
   // The reference is gone before the port has finished going, on whichever thread that is.
   EXPECT_TRUE(waitFor([&] { return bench.terminal.count(Call::Close) == 1; }));
-  EXPECT_EQ(::flock(pty.slave(), LOCK_EX | LOCK_NB), 0);
+  EXPECT_TRUE(isUnlocked(pty));
   EXPECT_EQ(bench.ports.existingPortWithPath(pty.path()), nullptr);
 }
 

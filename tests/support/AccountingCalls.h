@@ -1,11 +1,12 @@
 #pragma once
 
-#include "platform/TerminalCalls.h"
+#include "tests/support/PassedCalls.h"
 
 #include <QByteArray>
 
 #include <algorithm>
 #include <condition_variable>
+#include <functional>
 #include <mutex>
 #include <thread>
 #include <vector>
@@ -14,7 +15,7 @@ namespace tavril {
 
 /// Passes every call on and keeps the books: what was read and written, and which failures a port has to
 /// tell. Thread-safe; made on the main thread.
-class AccountingCalls final : public TerminalCalls {
+class AccountingCalls final : public PassedCalls {
  public:
   struct Books {
     int openings = 0;        ///< openings that also got their lock
@@ -27,7 +28,7 @@ class AccountingCalls final : public TerminalCalls {
     QByteArray written;
   };
 
-  explicit AccountingCalls(TerminalCalls &real) : real_(real) {}
+  using PassedCalls::PassedCalls;
   Books books() const {
     const std::lock_guard lock(mutex_);
     return books_;
@@ -40,46 +41,8 @@ class AccountingCalls final : public TerminalCalls {
     called_.wait_for(lock, patience, [&] { return callsOfOthers_ >= awaited; });
   }
 
-  CallResult open(const std::string &path) override {
-    return counted(real_.open(path), &Books::failedOpenings);
-  }
-  CallResult lock(int descriptor) override {
-    const CallResult locked = counted(real_.lock(descriptor), &Books::failedOpenings);
-    if (!locked.failed()) note([](Books &books) { ++books.openings; });
-    return locked;
-  }
-  CallResult unlock(int descriptor) override { return real_.unlock(descriptor); }
-  CallResult clearStatusFlags(int descriptor) override { return real_.clearStatusFlags(descriptor); }
-  CallResult stopBlocking(int descriptor) override { return real_.stopBlocking(descriptor); }
-  CallResult attributes(int descriptor, termios &attributes) override {
-    return counted(real_.attributes(descriptor, attributes), &Books::otherFailures);
-  }
-  CallResult setAttributes(int descriptor, WhenToApply when, const termios &attributes) override {
-    return counted(real_.setAttributes(descriptor, when, attributes), &Books::otherFailures);
-  }
-  CallResult setSpeed(termios &attributes, unsigned long baudRate) override {
-    return counted(real_.setSpeed(attributes, baudRate), &Books::otherFailures);
-  }
-  CallResult setFlowControl(termios &attributes, const FlowControl &flowControl) override {
-    return counted(real_.setFlowControl(attributes, flowControl), &Books::otherFailures);
-  }
-  CallResult setArbitrarySpeed(int descriptor, unsigned long baudRate) override {
-    return counted(real_.setArbitrarySpeed(descriptor, baudRate), &Books::otherFailures);
-  }
-  CallResult setLowLatency(int descriptor, bool on) override {
-    return counted(real_.setLowLatency(descriptor, on), &Books::otherFailures);
-  }
-  CallResult pins(int descriptor, int &pins) override {
-    return watched(real_.pins(descriptor, pins), &Books::failedPolls);
-  }
-  CallResult setPins(int descriptor, int pins) override {
-    return counted(real_.setPins(descriptor, pins), &Books::otherFailures);
-  }
-  CallResult waitForInput(int descriptor, int wakeDescriptor, std::chrono::milliseconds timeout) override {
-    return watched(real_.waitForInput(descriptor, wakeDescriptor, timeout), &Books::failedWaits);
-  }
   CallResult read(int descriptor, std::span<std::byte> buffer) override {
-    const CallResult got = watched(real_.read(descriptor, buffer), &Books::otherFailures);
+    const CallResult got = PassedCalls::read(descriptor, buffer);
     if (got.value > 0) {
       note([&](Books &books) {
         books.reads.emplace_back(reinterpret_cast<const char *>(buffer.data()), got.value);
@@ -88,7 +51,7 @@ class AccountingCalls final : public TerminalCalls {
     return got;
   }
   CallResult write(int descriptor, std::span<const std::byte> bytes) override {
-    const CallResult taken = counted(real_.write(descriptor, bytes), &Books::failedWrites);
+    const CallResult taken = PassedCalls::write(descriptor, bytes);
     if (taken.value > 0) {
       note([&](Books &books) {
         books.written.append(reinterpret_cast<const char *>(bytes.data()), taken.value);
@@ -96,12 +59,34 @@ class AccountingCalls final : public TerminalCalls {
     }
     return taken;
   }
-  CallResult close(int descriptor) override { return real_.close(descriptor); }
-  CallResult openWake() override { return real_.openWake(); }
-  void wake(int wakeDescriptor) override { real_.wake(wakeDescriptor); }
-  void closeWake(int wakeDescriptor) override { real_.closeWake(wakeDescriptor); }
 
  private:
+  CallResult pass(Call call, const std::function<CallResult()> &make) override {
+    const CallResult result = make();
+    switch (call) {
+      case Call::Lock:
+        if (!result.failed()) note([](Books &books) { ++books.openings; });
+        [[fallthrough]];
+      case Call::Open:
+        return counted(result, &Books::failedOpenings);
+      case Call::Write:
+        return counted(result, &Books::failedWrites);
+      case Call::Wait:
+        return watched(result, &Books::failedWaits);
+      case Call::Pins:
+        return watched(result, &Books::failedPolls);
+      case Call::Read:
+        return watched(result, &Books::otherFailures);
+      case Call::Unlock:
+      case Call::ClearStatusFlags:
+      case Call::StopBlocking:
+      case Call::Close:
+      case Call::OpenWake:
+        return result;
+      default:
+        return counted(result, &Books::otherFailures);
+    }
+  }
   template <typename Note>
   void note(Note note) {
     const std::lock_guard lock(mutex_);
@@ -122,7 +107,6 @@ class AccountingCalls final : public TerminalCalls {
     return counted(result, kindElsewhere);
   }
 
-  TerminalCalls &real_;
   const std::thread::id mainThread_ = std::this_thread::get_id();
   mutable std::mutex mutex_;
   std::condition_variable called_;

@@ -1,8 +1,10 @@
 #pragma once
 
-#include "platform/TerminalCalls.h"
 #include "tests/support/Hook.h"
+#include "tests/support/PassedCalls.h"
 
+#include <algorithm>
+#include <functional>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -14,32 +16,11 @@
 
 namespace tavril {
 
-enum class Call {
-  Open,
-  Lock,
-  Unlock,
-  ClearStatusFlags,
-  StopBlocking,
-  Attributes,
-  SetAttributes,
-  SetSpeed,
-  SetFlowControl,
-  SetArbitrarySpeed,
-  SetLowLatency,
-  Pins,
-  SetPins,
-  Wait,
-  Read,
-  Write,
-  Close,
-  OpenWake,
-};
-
 /// Passes the calls on to the real ones, except those that the test makes fail or answers itself.
 /// Thread-safe.
-class FaultyTerminalCalls final : public TerminalCalls {
+class FaultyTerminalCalls final : public PassedCalls {
  public:
-  explicit FaultyTerminalCalls(TerminalCalls &real) : real_(real) {}
+  using PassedCalls::PassedCalls;
 
   /// The next `times` calls of this kind fail; -1: all from now on.
   void fail(Call call, int error, int times = -1) {
@@ -121,24 +102,6 @@ class FaultyTerminalCalls final : public TerminalCalls {
   /// Called at the beginning of each call, on the calling thread.
   Hook<Call> atCall;
 
-  CallResult open(const std::string &path) override {
-    return pass(Call::Open, [&] { return real_.open(path); });
-  }
-  CallResult lock(int descriptor) override {
-    return pass(Call::Lock, [&] { return real_.lock(descriptor); });
-  }
-  CallResult unlock(int descriptor) override {
-    return pass(Call::Unlock, [&] { return real_.unlock(descriptor); });
-  }
-  CallResult clearStatusFlags(int descriptor) override {
-    return pass(Call::ClearStatusFlags, [&] { return real_.clearStatusFlags(descriptor); });
-  }
-  CallResult stopBlocking(int descriptor) override {
-    return pass(Call::StopBlocking, [&] { return real_.stopBlocking(descriptor); });
-  }
-  CallResult attributes(int descriptor, termios &attributes) override {
-    return pass(Call::Attributes, [&] { return real_.attributes(descriptor, attributes); });
-  }
   CallResult setAttributes(int descriptor, WhenToApply when, const termios &attributes) override {
     return pass(Call::SetAttributes, [&] {
       {
@@ -147,15 +110,6 @@ class FaultyTerminalCalls final : public TerminalCalls {
       }
       return real_.setAttributes(descriptor, when, attributes);
     });
-  }
-  CallResult setSpeed(termios &attributes, unsigned long baudRate) override {
-    return pass(Call::SetSpeed, [&] { return real_.setSpeed(attributes, baudRate); });
-  }
-  CallResult setFlowControl(termios &attributes, const FlowControl &flowControl) override {
-    return pass(Call::SetFlowControl, [&] { return real_.setFlowControl(attributes, flowControl); });
-  }
-  CallResult setArbitrarySpeed(int descriptor, unsigned long baudRate) override {
-    return pass(Call::SetArbitrarySpeed, [&] { return real_.setArbitrarySpeed(descriptor, baudRate); });
   }
   CallResult setLowLatency(int descriptor, bool on) override {
     return pass(Call::SetLowLatency, [&] {
@@ -181,11 +135,8 @@ class FaultyTerminalCalls final : public TerminalCalls {
       return CallResult::success();
     });
   }
-  CallResult waitForInput(int descriptor, int wakeDescriptor, std::chrono::milliseconds timeout) override {
-    return pass(Call::Wait, [&] { return real_.waitForInput(descriptor, wakeDescriptor, timeout); });
-  }
   CallResult read(int descriptor, std::span<std::byte> buffer) override {
-    const CallResult got = pass(Call::Read, [&] { return real_.read(descriptor, buffer); });
+    const CallResult got = PassedCalls::read(descriptor, buffer);
     const std::lock_guard lock(mutex_);
     if (got.value > 0) ++readsWithBytes_;
     if (got.value > 0) waitsAtLastRead_ = counts_[Call::Wait];
@@ -194,21 +145,17 @@ class FaultyTerminalCalls final : public TerminalCalls {
   }
   CallResult write(int descriptor, std::span<const std::byte> bytes) override {
     if (writeAtMost) bytes = bytes.first(std::min(*writeAtMost, bytes.size()));
-    return pass(Call::Write, [&] { return real_.write(descriptor, bytes); });
+    return PassedCalls::write(descriptor, bytes);
   }
   CallResult close(int descriptor) override {
     {
       const std::lock_guard lock(mutex_);
       closed_.push_back(descriptor);
     }
-    return pass(Call::Close, [&] { return real_.close(descriptor); });
+    return PassedCalls::close(descriptor);
   }
-  CallResult openWake() override {
-    return pass(Call::OpenWake, [&] { return real_.openWake(); });
-  }
-  void wake(int wakeDescriptor) override { real_.wake(wakeDescriptor); }
   void closeWake(int wakeDescriptor) override {
-    real_.closeWake(wakeDescriptor);
+    PassedCalls::closeWake(wakeDescriptor);
     const std::lock_guard lock(mutex_);
     ++wakesClosed_;
   }
@@ -222,8 +169,7 @@ class FaultyTerminalCalls final : public TerminalCalls {
     int times;
   };
 
-  template <typename Real>
-  CallResult pass(Call call, Real real) {
+  CallResult pass(Call call, const std::function<CallResult()> &make) override {
     atCall(call);
     {
       const std::lock_guard lock(mutex_);
@@ -239,10 +185,9 @@ class FaultyTerminalCalls final : public TerminalCalls {
         return CallResult::success(answer->second);
       }
     }
-    return real();
+    return make();
   }
 
-  TerminalCalls &real_;
   mutable std::mutex mutex_;
   std::map<Call, Fault> faults_;
   std::map<Call, long> answers_;

@@ -1,14 +1,12 @@
 #pragma once
 
 #include "platform/Background.h"
+#include "tests/support/ManualJobs.h"
 
 #include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
-#include <deque>
-#include <mutex>
-#include <thread>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -19,8 +17,6 @@ namespace tavril {
 class ManualQueue final : public SerialQueue {
  public:
   using Duration = std::chrono::nanoseconds;
-  /// Long enough never to be reached by a test that works.
-  static constexpr std::chrono::seconds patience{30};
 
   struct Repeat final : RepeatingWork {
     void cancel() override { cancelled = true; }
@@ -34,10 +30,8 @@ class ManualQueue final : public SerialQueue {
   explicit ManualQueue(QString label) : label_(std::move(label)) {}
 
   void async(Job job) override {
-    const std::lock_guard lock(mutex_);
-    jobs_.push_back(std::move(job));
-    if (std::this_thread::get_id() != thread_) ++broughtByOthers_;
-    jobCame_.notify_all();
+    jobs_.add(std::move(job));
+    if (!jobs_.isOwnThread()) ++broughtByOthers_;
   }
   /// Only on the thread that made the queue: runs what came before as well.
   void sync(Job job) override {
@@ -53,24 +47,13 @@ class ManualQueue final : public SerialQueue {
     repeats.push_back(made);
     return made;
   }
-  bool isCurrent() const override { return std::this_thread::get_id() == thread_ && isRunning_; }
+  bool isCurrent() const override { return jobs_.isOwnThread() && jobs_.isRunning(); }
   QString label() const override { return label_; }
 
-  /// Runs what is there, and what that adds, in order.
-  void runAll() {
-    std::unique_lock lock(mutex_);
-    while (!jobs_.empty()) runFirst(lock);
-  }
-  /// Runs jobs as they come until the condition, which is looked at after each, holds. False when it never
-  /// does.
+  void runAll() { jobs_.runAll(); }
   template <typename Condition>
   bool runUntil(Condition condition) {
-    while (!condition()) {
-      std::unique_lock lock(mutex_);
-      if (!jobCame_.wait_for(lock, patience, [this] { return !jobs_.empty(); })) return false;
-      runFirst(lock);
-    }
-    return true;
+    return jobs_.runUntil(condition);
   }
   /// Moves the clock and runs what is there; a tick runs when it comes due.
   void advance(Duration time) {
@@ -88,10 +71,7 @@ class ManualQueue final : public SerialQueue {
   }
 
   /// How many jobs have come from other threads.
-  int broughtByOthers() const {
-    const std::lock_guard lock(mutex_);
-    return broughtByOthers_;
-  }
+  int broughtByOthers() const { return broughtByOthers_; }
 
   /// How many timers have not been cancelled.
   long timersRunning() const {
@@ -101,17 +81,6 @@ class ManualQueue final : public SerialQueue {
   std::vector<std::shared_ptr<Repeat>> repeats;
 
  private:
-  void runFirst(std::unique_lock<std::mutex> &lock) {
-    Job job = std::move(jobs_.front());
-    jobs_.pop_front();
-    lock.unlock();
-    isRunning_ = true;
-    job();
-    isRunning_ = false;
-    job = nullptr;
-    lock.lock();
-  }
-
   std::shared_ptr<Repeat> nextDue(Duration end) const {
     std::shared_ptr<Repeat> next;
     for (const auto &repeat : repeats) {
@@ -122,13 +91,9 @@ class ManualQueue final : public SerialQueue {
   }
 
   const QString label_;
-  const std::thread::id thread_ = std::this_thread::get_id();
-  mutable std::mutex mutex_;
-  std::condition_variable jobCame_;
-  std::deque<Job> jobs_;
+  ManualJobs jobs_;
+  std::atomic<int> broughtByOthers_ = 0;
   Duration now_{};
-  int broughtByOthers_ = 0;
-  bool isRunning_ = false;
 };
 
 }  // namespace tavril

@@ -19,7 +19,7 @@ class CheckIncludesTest(unittest.TestCase):
         for header in QT_HEADERS:
             self.put(os.path.join(self.qt, header), "")
         for header in ("platform/Log.h", "platform/linux/StderrLog.h", "protocol/Function.h", "serial/SerialPort.h",
-                       "protocol/SharedState.h", "app/AppDelegate.h", "editor/Dial.h", "simulator/Servo.h"):
+                       "protocol/SharedState.h", "app/AppDelegate.h", "editor/Dial.h", "simulator/Servo.h", "posix/Files.h"):
             self.put(os.path.join(self.root, "src", header), "#pragma once\n")
         self.put(os.path.join(self.root, "tests/support/FakeLog.h"), "#pragma once\n")
 
@@ -78,10 +78,18 @@ class CheckIncludesTest(unittest.TestCase):
         self.assert_good("src/platform/linux/Udev.cpp",
                          "#include <libudev.h>\n#include <sys/ioctl.h>\n#include <QDBusConnection>\n")
 
-    def test_widgets_are_for_the_alert_and_the_elements_of_the_platform(self):
+    def test_widgets_are_for_the_alert_and_the_painting_of_the_platform(self):
         self.assert_good("src/platform/linux/QtModalAlert.cpp", "#include <QWidget>\n")
-        self.assert_good("src/platform/linux/WidgetElement.h", "#include <QWidget>\n")
+        self.assert_good("src/platform/linux/PaintingWait.cpp", "#include <QWidget>\n")
         self.assert_bad("src/platform/linux/QtTimers.cpp", "#include <QWidget>\n", "QtWidgets")
+
+    def test_files_are_for_the_platform_and_one_source_of_the_command_line(self):
+        self.assert_good("src/platform/linux/PosixUserFiles.cpp", '#include "posix/Files.h"\n')
+        self.assert_good("src/cli/Files.cpp", '#include "posix/Files.h"\n#include <fcntl.h>\n')
+        self.assert_bad("src/cli/Servo.cpp", '#include "posix/Files.h"\n', "posix")
+
+    def test_files_know_nothing_of_qt(self):
+        self.assert_bad("src/posix/Files.cpp", "#include <QString>\n", "QtCore")
 
     def test_serial_may_use_the_record_of_line_settings_and_no_call(self):
         self.assert_good("src/serial/SerialPort.cpp", "#include <termios.h>\n")

@@ -1,7 +1,15 @@
 #include "platform/linux/PaintingWait.h"
 
+#include "platform/MainQueue.h"
+
+#include <QApplication>
+#include <QCoreApplication>
+#include <QEvent>
+#include <QWidget>
+
 #include <cerrno>
 #include <ctime>
+#include <thread>
 #include <utility>
 
 namespace tavril {
@@ -24,6 +32,29 @@ void PaintingWait::wait(std::chrono::milliseconds duration) {
   }
   while (::clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &end, nullptr) == EINTR) {
   }
+}
+
+void paintPendingWidgets() {
+  const auto windows = QApplication::topLevelWidgets();
+  for (QWidget *window : windows) {
+    if (!window->isVisible()) continue;
+    // What was just shown has to be laid out before it is painted; both would wait for the event loop.
+    QCoreApplication::sendPostedEvents(window, QEvent::LayoutRequest);
+    const auto children = window->findChildren<QWidget *>();
+    for (QWidget *child : children) QCoreApplication::sendPostedEvents(child, QEvent::LayoutRequest);
+    window->repaint();
+  }
+}
+
+std::function<void(std::chrono::milliseconds)> anyThreadPause(const MainQueue &mainQueue,
+                                                              BlockingWait &blockingWait) {
+  return [&mainQueue, &blockingWait](std::chrono::milliseconds duration) {
+    if (mainQueue.isMainThread()) {
+      blockingWait.wait(duration);
+    } else {
+      std::this_thread::sleep_for(duration);
+    }
+  };
 }
 
 }  // namespace tavril

@@ -3,6 +3,7 @@
 #include "platform/Log.h"
 #include "platform/linux/ArbitrarySpeed.h"
 #include "platform/linux/NamedSpeeds.h"
+#include "posix/Descriptor.h"
 
 #include <QString>
 
@@ -36,11 +37,8 @@ static_assert(Pin::dtr == TIOCM_DTR && Pin::rts == TIOCM_RTS && Pin::cts == TIOC
 
 template <typename Call>
 CallResult repeatedWhileInterrupted(Call call) {
-  while (true) {
-    const auto value = call();
-    if (value >= 0) return CallResult::success(static_cast<long>(value));
-    if (errno != EINTR) return CallResult::failure(errno);
-  }
+  const auto value = posix::uninterrupted(call);
+  return value >= 0 ? CallResult::success(static_cast<long>(value)) : CallResult::failure(errno);
 }
 
 bool isHungUp(int descriptor) {
@@ -62,19 +60,17 @@ using Clock = std::chrono::steady_clock;
 /// call that knows of this cannot be told how long to wait, so it is made on a thread that may be left
 /// behind.
 void drainChip(int descriptor, Clock::time_point deadline) {
-  const int copy = ::fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-  if (copy < 0) return;
+  posix::Descriptor copy(::fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+  if (!copy.isOpen()) return;
   auto drained = std::make_shared<std::promise<void>>();
   const auto isDrained = drained->get_future();
   try {
-    std::thread([copy, drained] {
-      while (::tcdrain(copy) != 0 && errno == EINTR) {
-      }
-      ::close(copy);
+    std::thread([copy = std::move(copy), drained]() mutable {
+      posix::uninterrupted([&] { return ::tcdrain(copy.get()); });
+      copy = posix::Descriptor();
       drained->set_value();
     }).detach();
   } catch (const std::system_error &) {  // no thread to be had
-    ::close(copy);
     return;
   }
   if (isDrained.wait_until(deadline) == std::future_status::timeout) ::tcflush(descriptor, TCOFLUSH);

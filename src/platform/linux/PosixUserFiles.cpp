@@ -1,14 +1,13 @@
 #include "platform/linux/PosixUserFiles.h"
 
+#include "posix/Files.h"
+
 #include <QDir>
 #include <QFile>
-#include <QFileDevice>
 #include <QFileInfo>
-#include <QIODevice>
 
 #include <cerrno>
-#include <cstring>
-#include <utility>
+#include <string>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -18,58 +17,17 @@ namespace tavril {
 
 namespace {
 
-/// Opening a pipe must not wait, and opening a terminal must not make it ours.
-constexpr int harmless = O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
 constexpr mode_t fileMode = 0666;
 constexpr mode_t folderMode = 0777;
 
-Error posixError(int number, const QString &path) {
-  return {QString::fromUtf16(PosixErrorDomain),
-          number,
-          QStringLiteral("%1: %2").arg(path, QString::fromLocal8Bit(std::strerror(number))),
-          {},
-          nullptr};
+/// 0, or the error number.
+int openFor(const QByteArray &name, int flags) {
+  return posix::openFile(name.constData(), flags, fileMode).isOpen() ? 0 : errno;
 }
 
-int openFile(const QByteArray &name, int flags) {
-  int descriptor = ::open(name.constData(), flags | harmless, fileMode);
-  while (descriptor < 0 && errno == EINTR) descriptor = ::open(name.constData(), flags | harmless, fileMode);
-  return descriptor;
-}
-
-/// Hands the descriptor to `file`, which closes it, if it is a regular file; otherwise returns the error
-/// number. `size` is that of the file.
-int adopt(int descriptor, QIODevice::OpenMode mode, QFile &file, off_t &size) {
-  if (descriptor < 0) return errno;
-  int number = 0;
-  struct stat status {};
-  if (::fstat(descriptor, &status) != 0) {
-    number = errno;
-  } else if (S_ISDIR(status.st_mode)) {
-    number = EISDIR;
-  } else if (!S_ISREG(status.st_mode)) {
-    number = EINVAL;
-  } else if (!file.open(descriptor, mode, QFileDevice::AutoCloseHandle)) {
-    number = EIO;
-  }
-  size = status.st_size;
-  if (number != 0) ::close(descriptor);
-  return number;
-}
-
-/// Makes the file where there is none yet; otherwise returns the error number.
+/// Makes the file where there is none yet.
 int createNew(const QByteArray &name) {
-  const int descriptor = openFile(name, O_WRONLY | O_CREAT | O_EXCL);
-  if (descriptor < 0) return errno;
-  ::close(descriptor);
-  return 0;
-}
-
-int makeEmpty(const QByteArray &name) {
-  const int descriptor = openFile(name, O_WRONLY | O_NOFOLLOW | O_TRUNC);
-  if (descriptor < 0) return errno;
-  ::close(descriptor);
-  return 0;
+  return openFor(name, O_WRONLY | O_CREAT | O_EXCL);
 }
 
 int createOrReplace(const QByteArray &name) {
@@ -78,7 +36,7 @@ int createOrReplace(const QByteArray &name) {
   struct stat status {};
   if (::lstat(name.constData(), &status) != 0) return errno;
   if (S_ISDIR(status.st_mode)) return EISDIR;
-  if (S_ISREG(status.st_mode) && status.st_nlink == 1) return makeEmpty(name);
+  if (S_ISREG(status.st_mode) && status.st_nlink == 1) return openFor(name, O_WRONLY | O_NOFOLLOW | O_TRUNC);
   // A link of either kind: emptying it would empty a file of another name, such as one of those just read.
   if (::unlink(name.constData()) != 0) return errno;
   return createNew(name);
@@ -99,28 +57,23 @@ std::optional<Error> PosixUserFiles::createEmpty(const QString &path) {
 
 std::optional<Error> PosixUserFiles::read(const QString &path, qsizetype largestSize, QByteArray &bytes) {
   bytes.clear();
-  QFile file;
-  off_t size = 0;
-  const int number = adopt(openFile(QFile::encodeName(path), O_RDONLY), QIODevice::ReadOnly, file, size);
+  std::string content;
+  const int number = posix::readRegularFile(QFile::encodeName(path).constData(), posix::Links::Followed,
+                                            static_cast<std::size_t>(largestSize), content);
   if (number != 0) return posixError(number, path);
-  if (size > largestSize) return posixError(EFBIG, path);
-  // One byte more than is right, in case the file grew since.
-  QByteArray content = file.read(largestSize + 1);
-  if (file.error() != QFileDevice::NoError) return posixError(EIO, path);
-  if (content.size() > largestSize) return posixError(EFBIG, path);
-  bytes = std::move(content);
+  bytes = QByteArray::fromStdString(content);
   return {};
 }
 
 std::optional<Error> PosixUserFiles::write(const QString &path, const QByteArray &bytes) {
-  QFile file;
-  off_t size = 0;
-  const int number = adopt(openFile(QFile::encodeName(path), O_WRONLY | O_NOFOLLOW | O_TRUNC),
-                           QIODevice::WriteOnly | QIODevice::Unbuffered, file, size);
-  if (number != 0) return posixError(number, path);
-  errno = 0;
-  if (file.write(bytes) == bytes.size()) return {};
-  return posixError(errno != 0 ? errno : EIO, path);
+  posix::Descriptor file;
+  int number =
+      posix::openRegularFile(QFile::encodeName(path).constData(), O_WRONLY | O_NOFOLLOW | O_TRUNC, file);
+  if (number == 0) {
+    number = posix::writeAll(file.get(), {bytes.constData(), static_cast<std::size_t>(bytes.size())});
+  }
+  if (number == 0) return {};
+  return posixError(number, path);
 }
 
 // By the rights of the folder: those of a file have no say in whether it can be removed.

@@ -1,10 +1,11 @@
 #include "platform/linux/QtMainQueue.h"
 
+#include "platform/Error.h"
+
 #include <QObject>
 
 #include <cerrno>
 #include <cstdint>
-#include <cstring>
 #include <utility>
 
 #include <sys/eventfd.h>
@@ -14,9 +15,11 @@ namespace tavril {
 
 namespace {
 
-int openWakeDescriptor() {
-  const int descriptor = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-  if (descriptor < 0) qFatal("The main queue has no descriptor to wake up by: %s", std::strerror(errno));
+posix::Descriptor openWakeUps() {
+  posix::Descriptor descriptor(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+  if (!descriptor.isOpen()) {
+    qFatal("The main queue has no descriptor to wake up by: %s", qUtf8Printable(systemErrorText(errno)));
+  }
   return descriptor;
 }
 
@@ -24,8 +27,7 @@ int openWakeDescriptor() {
 
 // The main thread is woken through a descriptor and not by a posted event: an event would be handed over
 // behind locks that a thread sanitizer cannot see, and would cost an allocation for every job.
-QtMainQueue::QtMainQueue()
-    : wakeDescriptor_(openWakeDescriptor()), notifier_(wakeDescriptor_, QSocketNotifier::Read) {
+QtMainQueue::QtMainQueue() : wakeUps_(openWakeUps()), notifier_(wakeUps_.get(), QSocketNotifier::Read) {
   QObject::connect(&notifier_, &QSocketNotifier::activated, &notifier_, [this] { drain(); });
 }
 
@@ -35,7 +37,6 @@ QtMainQueue::~QtMainQueue() {
   callersChanged_.wait(lock, [this] { return callers_ == 0; });
   lock.unlock();
   notifier_.setEnabled(false);
-  ::close(wakeDescriptor_);
 }
 
 bool QtMainQueue::isMainThread() const {
@@ -116,8 +117,7 @@ void QtMainQueue::wake() {
   if (awake_ || running_ || holds_ > 0 || entries_.empty()) return;
   awake_ = true;
   const std::uint64_t one = 1;
-  while (::write(wakeDescriptor_, &one, sizeof one) < 0 && errno == EINTR) {
-  }
+  posix::uninterrupted([&] { return ::write(wakeUps_.get(), &one, sizeof one); });
 }
 
 // Only as many jobs as are there at the beginning: jobs that keep queueing jobs would otherwise keep the
@@ -125,9 +125,8 @@ void QtMainQueue::wake() {
 void QtMainQueue::drain() {
   std::unique_lock lock(mutex_);
   if (std::exchange(awake_, false)) {
-    std::uint64_t wakeUps = 0;
-    while (::read(wakeDescriptor_, &wakeUps, sizeof wakeUps) < 0 && errno == EINTR) {
-    }
+    std::uint64_t count = 0;
+    posix::uninterrupted([&] { return ::read(wakeUps_.get(), &count, sizeof count); });
   }
   if (running_) return;
   running_ = true;

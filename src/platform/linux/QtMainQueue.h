@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/MainQueue.h"
+#include "posix/Descriptor.h"
 
 #include <QSocketNotifier>
 
@@ -62,7 +63,7 @@ class QtMainQueue final : public MainQueue {
   void wake();
 
   const std::thread::id mainThread_ = std::this_thread::get_id();
-  const int wakeDescriptor_;
+  const posix::Descriptor wakeUps_;
   QSocketNotifier notifier_;
   mutable std::mutex mutex_;
   std::condition_variable callersChanged_;

@@ -1,7 +1,6 @@
 #include "platform/linux/QtTimers.h"
 
 #include "platform/linux/QtMainQueue.h"
-#include "platform/linux/TimerRate.h"
 
 #include <QTimer>
 

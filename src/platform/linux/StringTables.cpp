@@ -1,51 +1,38 @@
 #include "platform/linux/StringTables.h"
 
+#include "platform/Error.h"
 #include "platform/Log.h"
 #include "platform/StringTableFile.h"
+#include "posix/Files.h"
 
 #include <QByteArray>
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
-#include <QFileDevice>
-#include <QIODevice>
 #include <QRegularExpression>
 #include <QStandardPaths>
 
 #include <cerrno>
-#include <cstring>
-
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
+#include <string>
 
 namespace tavril {
 
 namespace {
 
 /// Reads a regular file of bearable size; otherwise `problem` says why not. The folder may be one where
-/// anybody's files end up: opening a pipe or a device there must neither wait nor have any effect.
+/// anybody's files end up.
 QByteArray readTable(const QString &path, QString &problem) {
-  const int descriptor =
-      ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
-  if (descriptor < 0) {
-    problem = QString::fromLocal8Bit(std::strerror(errno));
-    return {};
-  }
-  struct stat status {};
-  QByteArray bytes;
-  if (::fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
+  std::string bytes;
+  const int number = posix::readRegularFile(QFile::encodeName(path).constData(), posix::Links::Followed,
+                                            StringTableFile::largestSize, bytes);
+  if (number == EISDIR || number == EINVAL) {
     problem = QStringLiteral("it is not a file");
-  } else if (status.st_size > StringTableFile::largestSize) {
+  } else if (number == EFBIG) {
     problem = QStringLiteral("it is larger than 4 MiB");
-  } else {
-    QFile file;
-    // One byte more than can be right, in case the file grew since.
-    if (file.open(descriptor, QIODevice::ReadOnly)) bytes = file.read(StringTableFile::largestSize + 1);
-    if (file.error() != QFileDevice::NoError) problem = file.errorString();
+  } else if (number != 0) {
+    problem = systemErrorText(number);
   }
-  ::close(descriptor);
-  return bytes;
+  return QByteArray::fromStdString(bytes);
 }
 
 bool isLanguage(const QString &name) {
@@ -151,6 +138,11 @@ void StringTables::readFolder(const QString &folder, const QString &suffix, Log 
     }
     tables_[language].add(file.entries());
   }
+}
+
+QString LanguageTexts::text(QStringView key) const {
+  const QString name = key.toString();
+  return texts_.value(name, name);
 }
 
 }  // namespace tavril

@@ -2,8 +2,8 @@
 
 #include "platform/Languages.h"
 #include "platform/StringTable.h"
-#include "platform/linux/LanguageTexts.h"
 
+#include <QHash>
 #include <QString>
 #include <QStringList>
 #include <QStringView>
@@ -13,6 +13,18 @@
 namespace tavril {
 
 class Log;
+
+/// The texts of one language in memory.
+class LanguageTexts final : public StringTable {
+ public:
+  /// Adds texts; those of keys that are there already replace what they had.
+  void add(const QHash<QString, QString> &texts) { texts_.insert(texts); }
+
+  QString text(QStringView key) const override;
+
+ private:
+  QHash<QString, QString> texts_;
+};
 
 /// The string tables of all languages, read once from files named after their language ("zh-Hant.strings") in
 /// one or more folders. Also read is "zh-Hant.h", which is how the strings converter names its tables. A text

@@ -20,14 +20,15 @@ namespace {
 constexpr int userFacility = 1 << 3;
 
 /// How long the thread waits for room at the other end before it looks whether the log ends.
-constexpr timeval patience{0, 50'000};
+constexpr timeval longestSending{0, 50'000};
 
-/// -1 when there is none to be had.
-int makeSocket() {
-  const int made = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-  if (made < 0 || ::setsockopt(made, SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience) == 0) return made;
-  ::close(made);  // a wait without an end would hold up the end of the program
-  return -1;
+/// Not open if the system has none to give.
+posix::Descriptor makeSocket() {
+  posix::Descriptor made(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+  const bool isLimited =
+      ::setsockopt(made.get(), SOL_SOCKET, SO_SNDTIMEO, &longestSending, sizeof longestSending) == 0;
+  // A wait without an end would hold up the end of the program.
+  return isLimited ? std::move(made) : posix::Descriptor();
 }
 
 QString lossText(std::size_t lost) {
@@ -51,7 +52,6 @@ SystemLog::~SystemLog() {
   }
   changed_.notify_one();
   thread_.join();
-  if (socket_ >= 0) ::close(socket_);
 }
 
 void SystemLog::add(Severity severity, const QString &line) {
@@ -101,9 +101,10 @@ bool SystemLog::send(const Entry &entry) {
 bool SystemLog::send(const QByteArray &message) const {
   for (;;) {
     const bool isEnding = isEnding_;
-    const ssize_t sent = ::sendto(socket_, message.constData(), static_cast<std::size_t>(message.size()),
-                                  MSG_NOSIGNAL | (isEnding ? MSG_DONTWAIT : 0),
-                                  reinterpret_cast<const sockaddr *>(&address_), sizeof address_);
+    const ssize_t sent =
+        ::sendto(socket_.get(), message.constData(), static_cast<std::size_t>(message.size()),
+                 MSG_NOSIGNAL | (isEnding ? MSG_DONTWAIT : 0), reinterpret_cast<const sockaddr *>(&address_),
+                 sizeof address_);
     if (sent >= 0) return true;
     const bool isFull = errno == EAGAIN || errno == EWOULDBLOCK;
     if (errno != EINTR && (!isFull || isEnding)) return false;

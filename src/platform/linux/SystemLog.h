@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Log.h"
+#include "posix/Descriptor.h"
 
 #include <QByteArray>
 #include <QString>
@@ -62,7 +63,7 @@ class SystemLog final : public Log {
   const QByteArray identifier_;
   const pid_t process_;
   sockaddr_un address_{};
-  int socket_ = -1;
+  const posix::Descriptor socket_;
   std::atomic<bool> isEnding_ = false;
   std::mutex mutex_;
   std::condition_variable changed_;

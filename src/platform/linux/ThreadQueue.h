@@ -1,13 +1,14 @@
 #pragma once
 
 #include "platform/Background.h"
-#include "platform/linux/QueueTimer.h"
 
 #include <QString>
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <deque>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -16,6 +17,37 @@
 namespace tavril {
 
 class WorkerThreads;
+
+/// When a repeated job of a serial queue comes due. Cancelling is thread-safe; all else belongs to the queue.
+class QueueTimer final : public RepeatingWork {
+ public:
+  using Clock = std::chrono::steady_clock;
+  using Duration = std::chrono::nanoseconds;
+  using Job = std::function<void()>;
+
+  /// `cancelled` tells the queue, once, on the thread that cancels. The interval is taken for at least a
+  /// nanosecond and at most a century.
+  QueueTimer(Clock::time_point start, Duration interval, Duration leeway, Job tick, Job cancelled);
+
+  void cancel() override;
+  bool isCancelled() const { return isCancelled_; }
+
+  Clock::time_point due() const { return due_; }
+  Duration leeway() const { return leeway_; }
+  /// Whether a tick is to be queued now. What came due several times, or while a tick waits, counts once.
+  bool comesDue(Clock::time_point now);
+  /// The tick that was queued; nothing when the timer was cancelled meanwhile.
+  void run();
+
+ private:
+  const Duration interval_;
+  const Duration leeway_;
+  const Job tick_;
+  const Job cancelled_;
+  Clock::time_point due_;
+  std::atomic<bool> isCancelled_ = false;
+  std::atomic<bool> isQueued_ = false;
+};
 
 /// A serial queue with a thread only while there is work or a timer runs: it ends when nothing has come for
 /// the idle time. When the threads have been closed, no timer ticks any more and the caller that brings a job

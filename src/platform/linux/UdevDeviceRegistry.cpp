@@ -1,5 +1,6 @@
 #include "platform/linux/UdevDeviceRegistry.h"
 
+#include "platform/Error.h"
 #include "platform/linux/UdevTty.h"
 
 #include <QFile>
@@ -12,7 +13,6 @@
 #include <array>
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <set>
 #include <string_view>
 #include <utility>
@@ -61,7 +61,7 @@ bool isIn(const std::map<std::string, DeviceProperties> &devices, const std::str
   return found != devices.end() && isSameDevice(found->second, properties);
 }
 
-QString nodeOf(const DeviceProperties &properties) {
+QString nodeIn(const DeviceProperties &properties) {
   return properties.value(QString::fromUtf16(DeviceKey::calloutDevice));
 }
 
@@ -92,7 +92,7 @@ std::optional<QString> UdevDeviceRegistry::addTerminal(const QString &path) {
       realpath(QFile::encodeName(path).constData(), nullptr), &std::free);
   struct stat status {};
   if (!real || stat(real.get(), &status) != 0) {
-    return because(path, QString::fromLocal8Bit(std::strerror(errno)));
+    return because(path, systemErrorText(errno));
   }
   if (!S_ISCHR(status.st_mode)) {
     return because(path, QStringLiteral("is not a terminal: not a character device"));
@@ -287,11 +287,11 @@ void UdevDeviceRegistry::reportDifferences() {
   for (const auto &[place, properties] : before) {
     if (isIn(now, place, properties)) continue;
     table_.announce(DeviceEvent::Terminated, properties);
-    nodesGone.insert(nodeOf(properties));
+    nodesGone.insert(nodeIn(properties));
   }
   // A device may be known already that came to the node of one whose going was lost.
   for (const auto &[place, properties] : now) {
-    if (isIn(before, place, properties) && !nodesGone.contains(nodeOf(properties))) continue;
+    if (isIn(before, place, properties) && !nodesGone.contains(nodeIn(properties))) continue;
     table_.announce(DeviceEvent::Published, properties);
   }
 }

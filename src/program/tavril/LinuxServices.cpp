@@ -1,8 +1,6 @@
 #include "program/tavril/LinuxServices.h"
 
 #include "platform/LoggingAlert.h"
-#include "platform/linux/AnyThreadPause.h"
-#include "platform/linux/PaintWidgets.h"
 #include "platform/linux/QtModalAlert.h"
 
 #include <QLocale>

@@ -11,6 +11,7 @@
 #include "platform/Timers.h"
 #include "platform/linux/DocumentFolder.h"
 #include "platform/linux/EndOfProcess.h"
+#include "platform/linux/EndingSignals.h"
 #include "platform/linux/PosixUserFiles.h"
 #include "platform/linux/QtFilePanels.h"
 #include "platform/linux/SingleInstance.h"
@@ -124,10 +125,17 @@ int takePicture(AppObjects &objects, EditorWindow &window, const QString &file) 
 /// `instance`: null where there is no window that somebody sees.
 int run(const CommandLine &line, SingleInstance *instance = nullptr) {
   EndOfProcess endOfProcess;  // first of all, so that it goes last
+  const EndingSignals signals;
   LinuxServices machine(!line.report && line.snapshot.isEmpty());
   simulator::VirtualServo virtualServo{{.pace = true}};
   AppObjects objects(machine.services(),
                      line.demo ? std::chrono::milliseconds(0) : AppDelegate::bridgeStartUp);
+  // Ends the event loop, and the process even if something hangs.
+  const auto end = [&](int status) {
+    endOfProcess.begin(status, [lines = machine.terminal.takenLines()] { lines->putBack(); });
+    QCoreApplication::exit(status);
+  };
+  const auto listening = signals.listen([&](int signal) { end(EndingSignals::exitStatus(signal)); });
 
   if (!objects.language.begin(line.language)) {
     return complain(QStringLiteral("there is no string table \"%1\". There are: %2.")
@@ -156,11 +164,8 @@ int run(const CommandLine &line, SingleInstance *instance = nullptr) {
 
   QtFilePanels panels(machine.mainQueue);
   PosixUserFiles userFiles;
-  EditorObjects editor(
-      objects, {panels, userFiles, DocumentFolder::candidates, QDesktopServices::openUrl, [&](int status) {
-                  endOfProcess.begin(status, [lines = machine.terminal.takenLines()] { lines->putBack(); });
-                  QCoreApplication::exit(status);
-                }});
+  EditorObjects editor(objects,
+                       {panels, userFiles, DocumentFolder::candidates, QDesktopServices::openUrl, end});
   return instance ? edit(objects, editor, line, *instance)
                   : takePicture(objects, editor.window(), line.snapshot);
 }

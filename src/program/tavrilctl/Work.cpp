@@ -10,13 +10,13 @@
 #include "cli/Servo.h"
 #include "cli/Session.h"
 #include "doctor/Examination.h"
+#include "platform/linux/EndingSignals.h"
 #include "program/tavrilctl/CtlObjects.h"
 #include "program/tavrilctl/ReadlineCommands.h"
 #include "serial/OpenFailure.h"
 #include "serial/SerialPort.h"
 
 #include <QCoreApplication>
-#include <QObject>
 #include <QSocketNotifier>
 #include <QString>
 #include <QTimer>
@@ -27,10 +27,8 @@
 #include <cstdlib>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <thread>
-
-#include <sys/signalfd.h>
-#include <unistd.h>
 
 namespace tavril::cli {
 
@@ -38,38 +36,18 @@ namespace {
 
 constexpr unsigned long baudRate = 115200;
 
-/// Acts when a signal comes that ends the program; while the event loop runs. `act` says whether it does end
-/// it.
-class EndingSignal {
- public:
-  EndingSignal(int signals, const std::function<bool(int signal)> &act) {
-    if (signals < 0) return;
-    notifier_ = std::make_unique<QSocketNotifier>(signals, QSocketNotifier::Read);
-    QObject::connect(notifier_.get(), &QSocketNotifier::activated, notifier_.get(), [this, signals, act] {
-      signalfd_siginfo information{};
-      if (::read(signals, &information, sizeof information) != sizeof information) return;
-      const int signal = static_cast<int>(information.ssi_signo);
-      if (act(signal)) endedBy_ = signal;
-    });
-  }
-
-  bool hasCome() const { return endedBy_ != 0; }
-  /// What to exit with, as shells have it.
-  int status() const { return 128 + endedBy_; }
-
- private:
-  std::unique_ptr<QSocketNotifier> notifier_;
-  int endedBy_ = 0;
-};
-
 /// Ends the program if the work does not notice soon that it is to end. It cannot while it waits for the
 /// reader of a pipe, or for input.
 void endSoon(int signal, const std::function<void()> &cleanUp) {
   constexpr std::chrono::milliseconds longestEnd{500};
   QTimer::singleShot(longestEnd, QCoreApplication::instance(), [signal, cleanUp] {
     cleanUp();
-    std::_Exit(128 + signal);
+    std::_Exit(EndingSignals::exitStatus(signal));
   });
+}
+
+std::unique_ptr<QSocketNotifier> listen(const EndingSignals *signals, const std::function<void(int)> &act) {
+  return signals ? signals->listen(act) : nullptr;
 }
 
 }  // namespace
@@ -79,17 +57,8 @@ int complain(Console &console, const Failure &failure) {
   return static_cast<int>(failure.code);
 }
 
-int endingSignals() {
-  sigset_t signals;
-  sigemptyset(&signals);
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&signals, signal);
-  const int descriptor = ::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
-  if (descriptor >= 0) ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-  return descriptor;
-}
-
-int workThrough(CtlObjects &objects, const Options &options, Console &console, const Plan &plan, int signals,
-                ReadlineCommands *shell) {
+int workThrough(CtlObjects &objects, const Options &options, Console &console, const Plan &plan,
+                const EndingSignals *signals, ReadlineCommands *shell) {
   const std::shared_ptr<SerialPort> port = objects.portAt(objects.portToUse(options));
   const auto line = std::make_shared<SerialLine>(objects.serial.background, objects.log, port);
   port->setDelegate(line);
@@ -128,23 +97,23 @@ int workThrough(CtlObjects &objects, const Options &options, Console &console, c
     objects.mainQueue.async([] { QCoreApplication::quit(); });
   });
 
-  const EndingSignal ending(signals, [&](int signal) {
+  std::optional<int> statusOfSignal;
+  const auto listening = listen(signals, [&](int signal) {
     const bool ends = !shell || signal != SIGINT;
     isEnding = ends;
     line->interrupt();
     if (shell) ends ? shell->end() : shell->dropLine();
-    if (ends) {
-      endSoon(signal, [&port] { port->close(); });
-    }
-    return ends;
+    if (!ends) return;
+    statusOfSignal = EndingSignals::exitStatus(signal);
+    endSoon(signal, [&port] { port->close(); });
   });
   QCoreApplication::exec();
   worker.join();
   port->close();
-  return ending.hasCome() ? ending.status() : status;
+  return statusOfSignal.value_or(status);
 }
 
-int examine(CtlObjects &objects, const Options &options, Console &console, int signals) {
+int examine(CtlObjects &objects, const Options &options, Console &console, const EndingSignals *signals) {
   doctor::Request request;
   request.path = objects.portToExamine(options);
   request.bootWait = options.bootWait;
@@ -168,14 +137,15 @@ int examine(CtlObjects &objects, const Options &options, Console &console, int s
     if (status == 0) status = static_cast<int>(doctorStatus(results));
     objects.mainQueue.async([] { QCoreApplication::quit(); });
   });
-  const EndingSignal ending(signals, [&](int signal) {
+  std::optional<int> statusOfSignal;
+  const auto listening = listen(signals, [&](int signal) {
+    statusOfSignal = EndingSignals::exitStatus(signal);
     examination.cancel();
     endSoon(signal, [] {});
-    return true;
   });
   QCoreApplication::exec();
   worker.join();
-  return ending.hasCome() ? ending.status() : status;
+  return statusOfSignal.value_or(status);
 }
 
 }  // namespace tavril::cli

@@ -8,6 +8,7 @@
 #include "cli/Ports.h"
 #include "cli/Script.h"
 #include "cli/StreamConsole.h"
+#include "platform/linux/EndingSignals.h"
 #include "platform/linux/StandardStreams.h"
 #include "program/tavrilctl/CtlObjects.h"
 #include "program/tavrilctl/ReadlineCommands.h"
@@ -23,6 +24,7 @@
 #include <csignal>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include <unistd.h>
@@ -50,7 +52,8 @@ int run(int argc, char **argv, const Options &options, Console &console) {
   Plan plan = planFor(options, console);
   if (!plan.work && isForSessions(options.verb)) return 0;
   // Ports are listed on the main thread, which then could not hear of them.
-  const int signals = options.verb == Verb::Ports ? -1 : endingSignals();
+  std::optional<EndingSignals> signals;
+  if (options.verb != Verb::Ports) signals.emplace();
   const QCoreApplication application(argc, argv);
   const CommandBook book = CommandLine::book(QStringLiteral(TAVRIL_VERSION));
   std::unique_ptr<ReadlineCommands> shell;
@@ -65,8 +68,8 @@ int run(int argc, char **argv, const Options &options, Console &console) {
   CtlObjects objects;
   objects.strings.setLanguage(QStringLiteral("en"));
   try {
-    if (plan.work) return workThrough(objects, options, console, plan, signals, shell.get());
-    if (options.verb == Verb::Doctor) return examine(objects, options, console, signals);
+    if (plan.work) return workThrough(objects, options, console, plan, &*signals, shell.get());
+    if (options.verb == Verb::Doctor) return examine(objects, options, console, &*signals);
     if (options.demo) objects.portToUse(options);
     showPorts(objects, options, console);
     return 0;

@@ -1,4 +1,4 @@
-#include "platform/linux/AnyThreadPause.h"
+#include "platform/linux/PaintingWait.h"
 #include "tests/support/ManualMainQueue.h"
 #include "tests/support/RecordingWait.h"
 

@@ -1,4 +1,3 @@
-#include "platform/linux/NodeRights.h"
 #include "platform/linux/PosixDeviceNodes.h"
 #include "tests/support/Pty.h"
 

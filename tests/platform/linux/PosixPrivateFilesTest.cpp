@@ -1,5 +1,6 @@
 #include "platform/linux/PosixPrivateFiles.h"
 #include "tests/support/FileSizeLimit.h"
+#include "tests/support/TestFiles.h"
 #include "tests/support/WaitFor.h"
 
 #include <QDir>
@@ -31,16 +32,6 @@ class PrivateFolder : public testing::Test {
     EXPECT_EQ(::lstat(QFile::encodeName(path).constData(), &status), 0) << qPrintable(path);
     return status.st_mode;
   }
-  static QByteArray content(const QString &path) {
-    QFile file(path);
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << qPrintable(path);
-    return file.readAll();
-  }
-  static void write(const QString &path, const QByteArray &bytes) {
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly)) << qPrintable(path);
-    ASSERT_EQ(file.write(bytes), bytes.size());
-  }
   QStringList names() const {
     return QDir(folder.path())
         .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
@@ -69,10 +60,10 @@ TEST_F(PrivateFolder, ThatIsThereAlreadyKeepsItsMode) {
 }
 
 TEST_F(PrivateFolder, CannotBeMadeBelowAFileOrInItsPlace) {
-  write(at("file"), "x");
+  writeFile(at("file"), "x");
   expectPosix(files.makeFolder(at("file")), ENOTDIR);
   expectPosix(files.makeFolder(at("file/a/b")), ENOTDIR);
-  EXPECT_EQ(content(at("file")), "x");
+  EXPECT_EQ(contentOf(at("file")), "x");
 }
 
 TEST_F(PrivateFolder, CannotBeMadeWhereThereIsALinkToNowhere) {
@@ -86,18 +77,18 @@ TEST_F(PrivateFolder, CannotBeMadeByAnybodyWhereTheKernelKeepsItsOwnFiles) {
 }
 
 TEST_F(PrivateFolder, ReadsAWholeFileAndKnowsThatThereIsNone) {
-  write(at("file"), "content");
+  writeFile(at("file"), "content");
   EXPECT_FALSE(files.read(at("file"), limit, bytes));
   EXPECT_EQ(bytes, QByteArray("content"));
   EXPECT_FALSE(files.read(at("none"), limit, bytes));
   EXPECT_FALSE(bytes.has_value());
-  write(at("empty"), "");
+  writeFile(at("empty"), "");
   EXPECT_FALSE(files.read(at("empty"), limit, bytes));
   EXPECT_EQ(bytes, QByteArray(""));
 }
 
 TEST_F(PrivateFolder, ReadsNothingButRegularFilesOfBearableSize) {
-  write(at("file"), "12345");
+  writeFile(at("file"), "12345");
   expectPosix(files.read(at("file"), 4, bytes), EFBIG);
   EXPECT_FALSE(bytes.has_value());
   EXPECT_FALSE(files.read(at("file"), 5, bytes));
@@ -117,22 +108,22 @@ TEST_F(PrivateFolder, NoticesThatAFileIsLongerThanItSays) {
 
 TEST_F(PrivateFolder, ReplacesAFileForTheUserAloneAndLeavesNothingElse) {
   EXPECT_FALSE(files.replace(at("file"), "one"));
-  EXPECT_EQ(content(at("file")), "one");
+  EXPECT_EQ(contentOf(at("file")), "one");
   EXPECT_EQ(modeOf(at("file")), S_IFREG | 0600u);
   ASSERT_EQ(::chmod(QFile::encodeName(at("file")).constData(), 0644), 0);
   EXPECT_FALSE(files.replace(at("file"), "two"));
-  EXPECT_EQ(content(at("file")), "two");
+  EXPECT_EQ(contentOf(at("file")), "two");
   EXPECT_EQ(modeOf(at("file")), S_IFREG | 0600u);
   EXPECT_EQ(names(), QStringList{QStringLiteral("file")});
 }
 
 TEST_F(PrivateFolder, ReplacesALinkAndNotWhatItLeadsTo) {
-  write(at("elsewhere"), "precious");
+  writeFile(at("elsewhere"), "precious");
   ASSERT_TRUE(QFile::link(at("elsewhere"), at("file")));
   EXPECT_FALSE(files.replace(at("file"), "new"));
-  EXPECT_EQ(content(at("elsewhere")), "precious");
+  EXPECT_EQ(contentOf(at("elsewhere")), "precious");
   EXPECT_EQ(modeOf(at("file")), S_IFREG | 0600u);
-  EXPECT_EQ(content(at("file")), "new");
+  EXPECT_EQ(contentOf(at("file")), "new");
 }
 
 TEST_F(PrivateFolder, KeepsTheOldContentWhenTheNewOneDoesNotFitOnTheDisk) {
@@ -142,13 +133,13 @@ TEST_F(PrivateFolder, KeepsTheOldContentWhenTheNewOneDoesNotFitOnTheDisk) {
     const FileSizeLimit full(4096);
     expectPosix(files.replace(at("file"), QByteArray(20'000, 'b')), EFBIG);
   }
-  EXPECT_EQ(content(at("file")), old);
+  EXPECT_EQ(contentOf(at("file")), old);
   EXPECT_EQ(names(), QStringList{QStringLiteral("file")});
 }
 
 TEST_F(PrivateFolder, ReplacesNothingThatIsNoFile) {
   expectPosix(files.replace(at("none/file"), "x"), ENOENT);
-  write(at("file"), "x");
+  writeFile(at("file"), "x");
   expectPosix(files.replace(at("file/below"), "y"), ENOTDIR);
   ASSERT_TRUE(QDir(folder.path()).mkdir(QStringLiteral("sub")));
   expectPosix(files.replace(at("sub"), "y"), EISDIR);
@@ -173,11 +164,11 @@ TEST_F(PrivateFolder, LosesNothingWhenKilledInTheMiddleOfWriting) {
   ASSERT_EQ(::waitpid(child, &status, 0), child);
   ASSERT_TRUE(WIFSIGNALED(status));
   EXPECT_EQ(WTERMSIG(status), SIGXFSZ);
-  EXPECT_EQ(content(at("file")), old);
+  EXPECT_EQ(contentOf(at("file")), old);
   ASSERT_EQ(names().size(), 2) << "the part that was written is still there";
 
   EXPECT_FALSE(files.replace(at("file"), "after"));
-  EXPECT_EQ(content(at("file")), "after");
+  EXPECT_EQ(contentOf(at("file")), "after");
   EXPECT_EQ(names(), QStringList{QStringLiteral("file")});
 }
 
@@ -201,17 +192,17 @@ TEST_F(PrivateFolder, HoldsOneOfTheContentsWheneverTheWriterIsKilled) {
     ASSERT_EQ(::kill(child, SIGKILL), 0);
     ASSERT_EQ(::waitpid(child, nullptr, 0), child);
     ASSERT_TRUE(writing);
-    const QByteArray found = content(at("file"));
+    const QByteArray found = contentOf(at("file"));
     EXPECT_TRUE(found == one || found == two) << "round " << round << ", " << found.size() << " bytes";
   }
 }
 
 TEST_F(PrivateFolder, RemovesOnlyLeftoversOfTheSameFileThatNobodyWrites) {
-  write(at(".file.abcdef"), "leftover");
-  write(at(".file.abcdefg"), "longer name");
-  write(at(".file.bak"), "shorter name");
-  write(at(".other.abcdef"), "of another file");
-  write(at(".file.locked"), "being written");
+  writeFile(at(".file.abcdef"), "leftover");
+  writeFile(at(".file.abcdefg"), "longer name");
+  writeFile(at(".file.bak"), "shorter name");
+  writeFile(at(".other.abcdef"), "of another file");
+  writeFile(at(".file.locked"), "being written");
   const int writer = ::open(QFile::encodeName(at(".file.locked")).constData(), O_RDONLY | O_CLOEXEC);
   ASSERT_GE(writer, 0);
   ASSERT_EQ(::flock(writer, LOCK_EX), 0);

@@ -1,5 +1,6 @@
 #include "platform/linux/PosixUserFiles.h"
 #include "tests/support/FileSizeLimit.h"
+#include "tests/support/TestFiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -21,17 +22,6 @@ class PosixUserFilesTest : public testing::Test {
   PosixUserFilesTest() { EXPECT_TRUE(folder_.isValid()); }
 
   QString path(const char *name) const { return folder_.filePath(QString::fromLatin1(name)); }
-
-  static void put(const QString &path, const QByteArray &bytes) {
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    ASSERT_EQ(file.write(bytes), bytes.size());
-  }
-
-  static QByteArray content(const QString &path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("none");
-  }
 
   void makePipe(const char *name) { ASSERT_EQ(::mkfifo(QFile::encodeName(path(name)).constData(), 0600), 0); }
   void makeLink(const char *name, const QString &target) { ASSERT_TRUE(QFile::link(target, path(name))); }
@@ -58,32 +48,32 @@ TEST_F(PosixUserFilesTest, CreatesAnEmptyFileThatOthersMayReadAsTheMaskAllows) {
   const mode_t mask = ::umask(022);
   EXPECT_EQ(codeOf(files_.createEmpty(path("de.h"))), 0);
   ::umask(mask);
-  EXPECT_EQ(content(path("de.h")), QByteArray());
+  EXPECT_EQ(contentOf(path("de.h")), QByteArray());
   struct stat status {};
   ASSERT_EQ(::stat(QFile::encodeName(path("de.h")).constData(), &status), 0);
   EXPECT_EQ(status.st_mode & 0777, 0644u);
 }
 
 TEST_F(PosixUserFilesTest, AnExistingFileIsReplacedByAnEmptyOne) {
-  put(path("de.h"), "old");
+  writeFile(path("de.h"), "old");
   EXPECT_EQ(codeOf(files_.createEmpty(path("de.h"))), 0);
-  EXPECT_EQ(content(path("de.h")), QByteArray());
+  EXPECT_EQ(contentOf(path("de.h")), QByteArray());
 }
 
 TEST_F(PosixUserFilesTest, ALinkIsReplacedAndWhatItLeadsToStaysAsItIs) {
-  put(path("keys.txt"), "keys");
+  writeFile(path("keys.txt"), "keys");
   makeLink("de.h", path("keys.txt"));
   EXPECT_EQ(codeOf(files_.createEmpty(path("de.h"))), 0);
   EXPECT_FALSE(QFileInfo(path("de.h")).isSymLink());
-  EXPECT_EQ(content(path("de.h")), QByteArray());
-  EXPECT_EQ(content(path("keys.txt")), QByteArray("keys"));
+  EXPECT_EQ(contentOf(path("de.h")), QByteArray());
+  EXPECT_EQ(contentOf(path("keys.txt")), QByteArray("keys"));
 
   ASSERT_EQ(
       ::link(QFile::encodeName(path("keys.txt")).constData(), QFile::encodeName(path("fr.h")).constData()),
       0);
   EXPECT_EQ(codeOf(files_.createEmpty(path("fr.h"))), 0);
-  EXPECT_EQ(content(path("fr.h")), QByteArray());
-  EXPECT_EQ(content(path("keys.txt")), QByteArray("keys"));
+  EXPECT_EQ(contentOf(path("fr.h")), QByteArray());
+  EXPECT_EQ(contentOf(path("keys.txt")), QByteArray("keys"));
 }
 
 TEST_F(PosixUserFilesTest, APipeIsReplacedWithoutWaitingForIt) {
@@ -100,7 +90,7 @@ TEST_F(PosixUserFilesTest, NoFileIsCreatedInPlaceOfAFolderOrInNone) {
 }
 
 TEST_F(PosixUserFilesTest, ReadsAWholeFileAlsoThroughALink) {
-  put(path("keys.txt"), QByteArray("a\0b\n", 4));
+  writeFile(path("keys.txt"), QByteArray("a\0b\n", 4));
   makeLink("link.txt", path("keys.txt"));
   EXPECT_EQ(readError(path("keys.txt")), 0);
   EXPECT_EQ(bytes_, QByteArray("a\0b\n", 4));
@@ -129,7 +119,7 @@ TEST_F(PosixUserFilesTest, AFileOfAGigabyteIsRefusedWithoutBeingRead) {
 }
 
 TEST_F(PosixUserFilesTest, TheLargestSizeIsStillRead) {
-  put(path("keys.txt"), QByteArray(100, 'a'));
+  writeFile(path("keys.txt"), QByteArray(100, 'a'));
   EXPECT_EQ(readError(path("keys.txt"), 100), 0);
   EXPECT_EQ(readError(path("keys.txt"), 99), EFBIG);
   // Files of the kernel say that they are empty, whatever they hold.
@@ -137,13 +127,13 @@ TEST_F(PosixUserFilesTest, TheLargestSizeIsStillRead) {
 }
 
 TEST_F(PosixUserFilesTest, WritesIntoAFileThatIsThere) {
-  put(path("de.h"), "something longer");
+  writeFile(path("de.h"), "something longer");
   EXPECT_EQ(codeOf(files_.write(path("de.h"), "new")), 0);
-  EXPECT_EQ(content(path("de.h")), QByteArray("new"));
+  EXPECT_EQ(contentOf(path("de.h")), QByteArray("new"));
 }
 
 TEST_F(PosixUserFilesTest, DoesNotWriteWhereThereIsNoFile) {
-  put(path("keys.txt"), "keys");
+  writeFile(path("keys.txt"), "keys");
   makeLink("link.h", path("keys.txt"));
   makePipe("pipe.h");
   EXPECT_EQ(codeOf(files_.write(path("none.h"), "new")), ENOENT);
@@ -151,18 +141,18 @@ TEST_F(PosixUserFilesTest, DoesNotWriteWhereThereIsNoFile) {
   EXPECT_EQ(codeOf(files_.write(path("link.h"), "new")), ELOOP);
   EXPECT_EQ(codeOf(files_.write(path("pipe.h"), "new")), ENXIO) << "nobody reads from it";
   EXPECT_EQ(codeOf(files_.write(QStringLiteral("/dev/full"), "new")), EINVAL);
-  EXPECT_EQ(content(path("keys.txt")), QByteArray("keys"));
+  EXPECT_EQ(contentOf(path("keys.txt")), QByteArray("keys"));
 }
 
 TEST_F(PosixUserFilesTest, AWriteThatFindsNoRoomIsAnError) {
-  put(path("de.h"), {});
+  writeFile(path("de.h"), {});
   const FileSizeLimit limit(10);
   EXPECT_EQ(codeOf(files_.write(path("de.h"), QByteArray(20, 'a'))), EFBIG);
 }
 
 TEST_F(PosixUserFilesTest, RemovesFilesLinksAndEmptyFolders) {
-  put(path("keys.txt"), "keys");
-  put(path("de.h"), "table");
+  writeFile(path("keys.txt"), "keys");
+  writeFile(path("de.h"), "table");
   makeLink("link.h", path("keys.txt"));
   makeLink("dangling.h", path("nothing"));
   ASSERT_TRUE(QDir(folder_.path()).mkdir(QStringLiteral("folder.h")));
@@ -171,7 +161,7 @@ TEST_F(PosixUserFilesTest, RemovesFilesLinksAndEmptyFolders) {
     EXPECT_EQ(codeOf(files_.remove(path(name))), 0) << name;
     EXPECT_FALSE(files_.isDeletable(path(name))) << name;
   }
-  EXPECT_EQ(content(path("keys.txt")), QByteArray("keys"));
+  EXPECT_EQ(contentOf(path("keys.txt")), QByteArray("keys"));
 }
 
 TEST_F(PosixUserFilesTest, AFolderWithSomethingInItIsNotRemoved) {
@@ -189,7 +179,7 @@ template <typename Check>
 }
 
 TEST_F(PosixUserFilesTest, AFolderWithoutWritePermissionKeepsItsFilesAndGetsNone) {
-  put(path("de.h"), "table");
+  writeFile(path("de.h"), "table");
   ASSERT_EQ(::chmod(QFile::encodeName(path("de.h")).constData(), 0644), 0);
   ASSERT_EQ(::chmod(QFile::encodeName(folder_.path()).constData(), 0555), 0);
   EXPECT_EXIT(checkWithoutPrivileges([&] {
@@ -200,11 +190,11 @@ TEST_F(PosixUserFilesTest, AFolderWithoutWritePermissionKeepsItsFilesAndGetsNone
               }),
               testing::ExitedWithCode(0), "");
   ASSERT_EQ(::chmod(QFile::encodeName(folder_.path()).constData(), 0755), 0);
-  EXPECT_EQ(content(path("de.h")), QByteArray("table"));
+  EXPECT_EQ(contentOf(path("de.h")), QByteArray("table"));
 }
 
 TEST_F(PosixUserFilesTest, AnUnreadableFileIsAnError) {
-  put(path("keys.txt"), "keys");
+  writeFile(path("keys.txt"), "keys");
   ASSERT_EQ(::chmod(QFile::encodeName(folder_.path()).constData(), 0755), 0);
   ASSERT_EQ(::chmod(QFile::encodeName(path("keys.txt")).constData(), 0), 0);
   EXPECT_EXIT(checkWithoutPrivileges([&] { return readError(path("keys.txt")) == EACCES; }),
@@ -213,7 +203,7 @@ TEST_F(PosixUserFilesTest, AnUnreadableFileIsAnError) {
 
 TEST_F(PosixUserFilesTest, OthersFilesInASharedFolderCannotBeDeleted) {
   // Under root the file is root's; a plain user has no folder of somebody else to put files of his own into.
-  put(path("de.h"), "table");
+  writeFile(path("de.h"), "table");
   ASSERT_EQ(::chmod(QFile::encodeName(folder_.path()).constData(), 01777), 0);
   const bool own = ::geteuid() != 0;
   EXPECT_EXIT(checkWithoutPrivileges([&] { return files_.isDeletable(path("de.h")) == own; }),
@@ -221,16 +211,16 @@ TEST_F(PosixUserFilesTest, OthersFilesInASharedFolderCannotBeDeleted) {
 }
 
 TEST_F(PosixUserFilesTest, NamesAllThatIsInAFolderSorted) {
-  put(path("b.h"), {});
-  put(path("a.txt"), {});
-  put(path(".hidden.h"), {});
+  writeFile(path("b.h"), {});
+  writeFile(path("a.txt"), {});
+  writeFile(path(".hidden.h"), {});
   makeLink("c.h", path("nothing"));
   ASSERT_TRUE(QDir(folder_.path()).mkdir(QStringLiteral("d.h")));
   EXPECT_EQ(files_.names(folder_.path()), QStringList({".hidden.h", "a.txt", "b.h", "c.h", "d.h"}));
 }
 
 TEST_F(PosixUserFilesTest, NamesNothingOfWhatIsNoFolder) {
-  put(path("a.txt"), {});
+  writeFile(path("a.txt"), {});
   EXPECT_EQ(files_.names(path("a.txt")), QStringList());
   EXPECT_EQ(files_.names(path("nowhere")), QStringList());
   EXPECT_EQ(files_.names({}), QStringList());

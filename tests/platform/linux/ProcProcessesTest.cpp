@@ -1,5 +1,6 @@
 #include "platform/linux/ProcProcesses.h"
 #include "tests/support/Pty.h"
+#include "tests/support/TestFiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -20,24 +21,19 @@ using testing::IsEmpty;
 class ProcProcessesTest : public testing::Test {
  protected:
   ProcProcessesTest() {
-    write(QStringLiteral("tty"), {});
-    write(QStringLiteral("other"), {});
+    writeFile(path(QStringLiteral("tty")), {});
+    writeFile(path(QStringLiteral("other")), {});
     add(QStringLiteral("345"), "bash", {path(QStringLiteral("other")), QStringLiteral("socket:[17]")});
     add(QStringLiteral("12"), "ModemManager", {tty_});
     add(QStringLiteral("self"), "never", {tty_});
   }
 
   QString path(const QString &name) const { return folder_.filePath(name); }
-  void write(const QString &name, const QByteArray &content) const {
-    QFile file(path(name));
-    EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(content);
-  }
   void add(const QString &id, const QByteArray &name, const QStringList &open) const {
     const QString process = QStringLiteral("proc/") + id;
     EXPECT_TRUE(QDir(folder_.path()).mkpath(process + QStringLiteral("/fd")));
     EXPECT_TRUE(QDir(folder_.path()).mkpath(process + QStringLiteral("/fdinfo")));
-    write(process + QStringLiteral("/comm"), name + '\n');
+    writeFile(path(process + QStringLiteral("/comm")), name + '\n');
     for (qsizetype i = 0; i < open.size(); ++i) {
       EXPECT_TRUE(QFile::link(open[i], path(process + QStringLiteral("/fd/%1").arg(i))));
     }

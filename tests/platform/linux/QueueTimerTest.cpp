@@ -1,4 +1,4 @@
-#include "platform/linux/QueueTimer.h"
+#include "platform/linux/ThreadQueue.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,7 @@
 #include "platform/linux/PosixPrivateFiles.h"
 #include "platform/linux/SettingsFile.h"
 #include "tests/support/RecordingLog.h"
+#include "tests/support/TestFiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -16,16 +17,6 @@ namespace {
 
 class SettingsFileTest : public testing::Test {
  protected:
-  void write(const QByteArray &bytes) {
-    ASSERT_TRUE(QDir().mkpath(QFileInfo(path_).path()));
-    QFile file(path_);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    ASSERT_EQ(file.write(bytes), bytes.size());
-  }
-  QByteArray content() const {
-    QFile file(path_);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-  }
   static unsigned modeOf(const QString &path) {
     struct stat status {};
     return ::stat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_mode & 07777U : 0;
@@ -58,7 +49,7 @@ TEST_F(SettingsFileTest, KeepsWhatItIsGivenUntilItIsRemoved) {
   EXPECT_EQ(SettingsFile(path_, files_, log_).value("language"), "zh-Hant");
   EXPECT_FALSE(settings_.value("other"));
   EXPECT_TRUE(settings_.setValue("language", "de"));
-  EXPECT_EQ(content(), "[General]\nlanguage=de\n");
+  EXPECT_EQ(contentOf(path_), "[General]\nlanguage=de\n");
   EXPECT_TRUE(settings_.remove("language"));
   EXPECT_FALSE(settings_.value("language"));
   EXPECT_TRUE(log_.lines().isEmpty());
@@ -71,7 +62,7 @@ TEST_F(SettingsFileTest, IsTheUsersAlone) {
 }
 
 TEST_F(SettingsFileTest, AFileThatOthersCouldReadIsClosedToThem) {
-  write("[General]\nlanguage=en\n");
+  writeFile(path_, "[General]\nlanguage=en\n");
   ASSERT_EQ(::chmod(QFile::encodeName(path_).constData(), 0644), 0);
   ASSERT_TRUE(settings_.setValue("language", "de"));
   EXPECT_EQ(modeOf(path_), 0600U);
@@ -88,7 +79,7 @@ TEST_F(SettingsFileTest, ADamagedFileCountsAsEmptyAndIsReplacedByTheNextChoice) 
   for (const QByteArray &damage :
        {QByteArray("\0\xff\xfe\x01 nonsense", 12), QByteArray("this is no settings file\n"),
         QByteArray("[General\nlanguage\n")}) {
-    write(damage);
+    writeFile(path_, damage);
     EXPECT_FALSE(settings_.value("language"));
     expectComplaint("damaged");
     EXPECT_TRUE(settings_.setValue("language", "de"));
@@ -109,7 +100,7 @@ TEST_F(SettingsFileTest, WhatIsNoFileIsLeftAlone) {
 
 TEST_F(SettingsFileTest, IsReadThroughALinkButNothingIsWrittenThroughIt) {
   const QString elsewhere = folder_.filePath(QStringLiteral("elsewhere"));
-  write("[General]\nlanguage=de\n");
+  writeFile(path_, "[General]\nlanguage=de\n");
   ASSERT_TRUE(QFile::rename(path_, elsewhere));
   ASSERT_TRUE(QFile::link(elsewhere, path_));
   EXPECT_EQ(settings_.value("language"), "de");
@@ -118,7 +109,7 @@ TEST_F(SettingsFileTest, IsReadThroughALinkButNothingIsWrittenThroughIt) {
   expectComplaint("it is a symbolic link");
   EXPECT_FALSE(settings_.remove("language"));
   expectComplaint("it is a symbolic link");
-  EXPECT_EQ(content(), "[General]\nlanguage=de\n");
+  EXPECT_EQ(contentOf(path_), "[General]\nlanguage=de\n");
   EXPECT_TRUE(QFileInfo(path_).isSymLink());
 }
 
@@ -138,7 +129,7 @@ TEST_F(SettingsFileTest, DoesNotWaitForAPipe) {
 }
 
 TEST_F(SettingsFileTest, AFileOfUnbearableSizeIsNotRead) {
-  write("[General]\nlanguage=de\n");
+  writeFile(path_, "[General]\nlanguage=de\n");
   ASSERT_TRUE(QFile::resize(path_, qint64(1) << 40));
   EXPECT_FALSE(settings_.value("language"));
   expectComplaint("larger");
@@ -154,7 +145,7 @@ TEST_F(SettingsFileTest, AFolderThatCannotBeMadeIsLogged) {
 }
 
 TEST_F(SettingsFileTest, WhatCannotBeWrittenHoldsForThisRun) {
-  write("[General]\nlanguage=de\nfolder=/a\n");
+  writeFile(path_, "[General]\nlanguage=de\nfolder=/a\n");
   const QString elsewhere = folder_.filePath(QStringLiteral("elsewhere"));
   ASSERT_TRUE(QFile::rename(path_, elsewhere));
   ASSERT_TRUE(QFile::link(elsewhere, path_));  // through which nothing is written

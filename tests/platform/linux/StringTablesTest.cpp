@@ -1,5 +1,6 @@
 #include "platform/linux/StringTables.h"
 #include "tests/support/RecordingLog.h"
+#include "tests/support/TestFiles.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -21,13 +22,7 @@ using testing::IsEmpty;
 
 class StringTablesTest : public testing::Test {
  protected:
-  void write(const QString &path, const QByteArray &text) {
-    const QFileInfo info(folder_.filePath(path));
-    ASSERT_TRUE(QDir().mkpath(info.path()));
-    QFile file(info.filePath());
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    ASSERT_EQ(file.write(text), text.size());
-  }
+  void write(const QString &path, const QByteArray &text) { writeFile(folder_.filePath(path), text); }
   QStringList folders(const QStringList &names) const {
     QStringList paths;
     for (const QString &name : names) paths.append(folder_.filePath(name));

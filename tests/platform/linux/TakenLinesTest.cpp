@@ -1,13 +1,12 @@
 #include "platform/linux/PosixTerminalCalls.h"
 #include "platform/linux/TakenLines.h"
+#include "tests/support/Ownership.h"
 #include "tests/support/Pty.h"
 #include "tests/support/RecordingLog.h"
 
 #include <gtest/gtest.h>
 
 #include <cstring>
-
-#include <sys/ioctl.h>
 
 namespace tavril {
 namespace {
@@ -25,15 +24,7 @@ class TakenLinesTest : public testing::Test {
     EXPECT_FALSE(calls_.setArbitrarySpeed(descriptor, 250000).failed());
     return descriptor;
   }
-  bool isAsBefore() const {
-    const termios now = pty_.attributes();
-    return now.c_lflag == before_.c_lflag && now.c_cflag == before_.c_cflag &&
-           now.c_iflag == before_.c_iflag && ::cfgetospeed(&now) == ::cfgetospeed(&before_);
-  }
-  bool isExclusive() const {
-    int exclusive = 0;
-    return ::ioctl(pty_.slave(), TIOCGEXCL, &exclusive) == 0 && exclusive != 0;
-  }
+  bool isAsBefore() const { return sameAttributes(pty_.attributes(), before_); }
 
   RecordingLog log_;
   PosixTerminalCalls calls_{log_};
@@ -44,10 +35,10 @@ class TakenLinesTest : public testing::Test {
 TEST_F(TakenLinesTest, ALineThatIsTakenIsPutBackWithoutBeingClosed) {
   const int descriptor = take();
   ASSERT_FALSE(isAsBefore());
-  ASSERT_TRUE(isExclusive());
+  ASSERT_TRUE(isExclusive(pty_));
   calls_.takenLines()->putBack();
   EXPECT_TRUE(isAsBefore());
-  EXPECT_FALSE(isExclusive());
+  EXPECT_FALSE(isExclusive(pty_));
   calls_.close(descriptor);
 }
 

@@ -1,4 +1,4 @@
-#include "platform/linux/TimerRate.h"
+#include "platform/linux/QtTimers.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,6 @@
 
 #include "app/AppDelegate.h"
 #include "editor/EditorWindow.h"
-#include "platform/linux/PaintWidgets.h"
 #include "platform/linux/PaintingWait.h"
 #include "platform/linux/PosixDeviceNodes.h"
 #include "platform/linux/PosixTerminalCalls.h"
