@@ -1,6 +1,6 @@
 #include "app/AppDelegate.h"
 
-#include "app/ReplyDelivery.h"
+#include "app/ServoLink.h"
 #include "platform/BlockingWait.h"
 #include "platform/Bytes.h"
 #include "platform/Desktop.h"
@@ -57,10 +57,18 @@ std::shared_ptr<AppDelegate> AppDelegate::make(SharedState &state, const Desktop
 
 AppDelegate::AppDelegate(Token, SharedState &state, const Desktop &desktop, const SerialEnvironment &serial,
                          StoreController &store, std::chrono::milliseconds startUpWait)
-    : state_(state), desktop_(desktop), serial_(serial), store_(store), startUpWait_(startUpWait) {}
+    : state_(state),
+      desktop_(desktop),
+      serial_(serial),
+      store_(store),
+      startUpWait_(startUpWait),
+      link_(std::make_shared<ServoLink>()) {}
 
 AppDelegate::~AppDelegate() {
   desktop_.notifications.removeObserver(this);
+  state_.CanUseTavril.wasSet = nullptr;
+  state_.CancelConnectFlag.wasSet = nullptr;
+  link_->setPort(nullptr);
 }
 
 // ------------------------------------------------------------------------------------------------ start-up
@@ -71,6 +79,8 @@ void AppDelegate::applicationDidFinishLaunching(const MenuOutlets &menu) {
   }
   state_.returnSTR = QLatin1String("");
   state_.ToolbarFlag = QLatin1String("");
+  state_.CanUseTavril.wasSet = [this] { showWhetherGuestsAreServed(); };
+  state_.CancelConnectFlag.wasSet = [this] { showWhetherGuestsAreServed(); };
   state_.FunctionCMD = std::make_shared<Function>(state_, *this, desktop_);
   OSSerialInit();
   // Kept: C25.
@@ -108,7 +118,7 @@ void AppDelegate::serialFormat() {
   serialPort_->setBaudRate(linkBaudRate);
   serialPort_->setDelegate(weak_from_this());
   if (serialPort_->isOpen()) return;
-  serialPort_->setDeliveryRule(replyDeliveryRule());
+  serialPort_->setDeliveryRule(link_->deliveryRule());
   serialPort_->setUsesLowLatency(true);
   serialPort_->open();
   serialInit();
@@ -122,6 +132,7 @@ void AppDelegate::setSerialPort(std::shared_ptr<SerialPort> port) {
   if (port == serialPort_) return;
   if (serialPort_) serialPort_->setDelegate({});
   serialPort_ = std::move(port);
+  link_->setPort(serialPort_);
   if (serialPort_) serialPort_->setDelegate(weak_from_this());
 }
 
@@ -151,8 +162,12 @@ void AppDelegate::SendCMDtoMCU() {
     trace += u' ' + text;
   }
   state_.ObjectDictionaryArray.element(u"TXcmd").setText(trace);
-  if (serialPort_) serialPort_->sendData(toByteArray(state_.SerialCMD));
+  link_->send(state_.SerialCMD);
   state_.SerialCMD.fill(0);
+}
+
+void AppDelegate::showWhetherGuestsAreServed() {
+  link_->setServesGuests(state_.CanUseTavril == u"true" && state_.CancelConnectFlag.isEmpty());
 }
 
 void AppDelegate::remember(const QByteArray &data) {

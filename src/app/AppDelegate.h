@@ -20,6 +20,7 @@
 namespace tavril {
 
 class ScreenElement;
+class ServoLink;
 struct Desktop;
 struct Notification;
 struct SerialEnvironment;
@@ -99,6 +100,8 @@ class AppDelegate final : public SerialPortDelegate,
   /// Becomes the delegate of the new port, and stops being that of the old one.
   void setSerialPort(std::shared_ptr<SerialPort> port);
   const std::shared_ptr<SerialPortManager> &serialPortManager() const { return serialPortManager_; }
+  /// For those who talk to the servo beside the editor, as LinkGuest.
+  const std::shared_ptr<ServoLink> &link() const { return link_; }
   /// The last error since the link was last asked to open, if any.
   const std::optional<PosixError> &lastSerialError() const { return lastSerialError_; }
 
@@ -147,6 +150,7 @@ class AppDelegate final : public SerialPortDelegate,
   void forgetDisconnected(const SerialPort &port, std::size_t position);
   int alertUser(const QString &informativeText);
   void request(const QString &word);
+  void showWhetherGuestsAreServed();
   void deliver(const QString &titleKey, const QString &formatKey, const SerialPort &port);
 
   SharedState &state_;
@@ -156,6 +160,7 @@ class AppDelegate final : public SerialPortDelegate,
   const std::chrono::milliseconds startUpWait_;
   std::shared_ptr<SerialPortManager> serialPortManager_;
   std::shared_ptr<SerialPort> serialPort_;
+  const std::shared_ptr<ServoLink> link_;
   std::optional<PosixError> lastSerialError_;
   QByteArray received_;
   bool takesExactRepliesOnly_ = false;

@@ -4,6 +4,7 @@
 #include "protocol/ConnectionState.h"
 #include "protocol/EntryValue.h"
 #include "protocol/ValueStore.h"
+#include "protocol/WatchedText.h"
 #include "wire/Frames.h"
 
 #include <QHash>
@@ -31,12 +32,12 @@ struct SharedState {
 
   ConnectionState connection = ConnectionState::NotConnected;
 
-  QString ToolbarFlag;        ///< request word for the screen, such as "MotorInitOK"
-  QString CanUseTavril;       ///< "true" once exactly one servo answered, "fail" after a failed detection
-  QString limitFlag;          ///< "MouseIn" while the dial is dragged
-  QString TextMouseFlag;      ///< "MouseDown" after a press outside the dial
-  QString CancelConnectFlag;  ///< "disconnect" after the user gave up waiting
-  QString returnSTR;          ///< what the last decoded reply said; the position after a position reply
+  QString ToolbarFlag;            ///< request word for the screen, such as "MotorInitOK"
+  WatchedText CanUseTavril;       ///< "true" once exactly one servo answered, "fail" after a failed detection
+  QString limitFlag;              ///< "MouseIn" while the dial is dragged
+  QString TextMouseFlag;          ///< "MouseDown" after a press outside the dial
+  WatchedText CancelConnectFlag;  ///< "disconnect" after the user gave up waiting
+  QString returnSTR;              ///< what the last decoded reply said; the position after a position reply
 
   QHash<QString, EntryValue> textFieldValue;        ///< what a rejected entry is put back to, by entry key
   QHash<QString, KeyedText> ErrorMsgShowToMegView;  ///< decoded status lists under "Error" and "Detail"

@@ -36,6 +36,8 @@ class DeliveryAssembler {
   /// Whether a beginning waits for its rest, and how long it still may; none once its time is over.
   bool isWaiting() const { return !reads_.empty(); }
   std::chrono::milliseconds timeLeft(Time now) const;
+  /// When the first byte of what is there was read; only while there is something.
+  Time firstCame() const { return reads_.front().came; }
   /// The first of what is there as it was read, whatever the rule would say: its rest has not come in time,
   /// or never will. What was read after it is judged anew.
   QByteArray takeFirstRead();

@@ -31,6 +31,10 @@ struct DeliveryRule {
   /// From the read that has the first byte of a beginning. Its rest may take so long, then that read is
   /// delivered as it came.
   std::chrono::milliseconds longestWait{0};
+  /// If set: is asked about each delivery, whose first byte was read at `came`, on the thread that reads.
+  /// Returns true if it has taken the delivery, which then goes no further. Must neither throw nor wait for
+  /// the main thread.
+  std::function<bool(const QByteArray &delivery, std::chrono::steady_clock::time_point came)> take{};
 };
 
 }  // namespace tavril

@@ -1,6 +1,7 @@
 #include "serial/ReadLoop.h"
 
 #include "platform/TerminalCalls.h"
+#include "serial/DeliveryRule.h"
 #include "serial/LineSession.h"
 #include "serial/PortLine.h"
 
@@ -23,7 +24,11 @@ constexpr std::chrono::milliseconds inputTimeout{100};
 
 ReadLoop::ReadLoop(TerminalCalls &calls, std::weak_ptr<PortLine> line, std::shared_ptr<LineSession> session,
                    std::shared_ptr<const DeliveryRule> rule)
-    : calls_(calls), line_(std::move(line)), session_(std::move(session)), assembler_(std::move(rule)) {}
+    : calls_(calls),
+      line_(std::move(line)),
+      session_(std::move(session)),
+      rule_(std::move(rule)),
+      assembler_(rule_) {}
 
 void ReadLoop::run() {
   while (!session_->hasEnded()) {
@@ -43,7 +48,7 @@ void ReadLoop::run() {
 bool ReadLoop::readOnce(PortLine &line) {
   const auto place = session_->takePlace(inputTimeout);
   if (!place) return true;
-  if (deliver(line, assembler_.next(), place)) return true;
+  if (deliverNext(line, place)) return true;
 
   const CallResult ready = waitForInput(line);
   if (session_->hasEnded()) return true;
@@ -54,7 +59,7 @@ bool ReadLoop::readOnce(PortLine &line) {
   if (ready.value == 0) {
     // Only now: what has come by the end of the time counts, even if this thread had no time to read it.
     const bool isOver = assembler_.isWaiting() && assembler_.timeLeft(Clock::now()).count() == 0;
-    if (isOver && !session_->isClosing()) line.receiveData(assembler_.takeFirstRead(), place);
+    if (isOver && !session_->isClosing()) deliverFirstRead(line, place);
     return true;
   }
 
@@ -67,11 +72,11 @@ bool ReadLoop::readOnce(PortLine &line) {
   if (got.value <= 0) {  // Kept: C54.
     // The rest will not come from a line like this. What else is held comes out in the next rounds.
     if (!assembler_.isWaiting() || session_->isClosing()) return false;
-    line.receiveData(assembler_.takeFirstRead(), place);
+    deliverFirstRead(line, place);
     return true;
   }
   assembler_.add(std::span(buffer).first(static_cast<std::size_t>(got.value)), Clock::now());
-  deliver(line, assembler_.next(), place);
+  deliverNext(line, place);
   return true;
 }
 
@@ -86,10 +91,23 @@ CallResult ReadLoop::waitForInput(PortLine &line) const {
   return ready;
 }
 
-bool ReadLoop::deliver(PortLine &line, const std::optional<QByteArray> &delivery,
-                       const std::shared_ptr<void> &place) {
-  if (delivery) line.receiveData(*delivery, place);
+bool ReadLoop::deliverNext(PortLine &line, const std::shared_ptr<void> &place) {
+  if (!assembler_.isWaiting()) return false;
+  const auto came = assembler_.firstCame();
+  const auto delivery = assembler_.next();
+  if (delivery) deliver(line, *delivery, came, place);
   return delivery.has_value();
+}
+
+void ReadLoop::deliverFirstRead(PortLine &line, const std::shared_ptr<void> &place) {
+  const auto came = assembler_.firstCame();
+  deliver(line, assembler_.takeFirstRead(), came, place);
+}
+
+void ReadLoop::deliver(PortLine &line, const QByteArray &delivery, DeliveryAssembler::Time came,
+                       const std::shared_ptr<void> &place) {
+  if (rule_ && rule_->take && rule_->take(delivery, came)) return;
+  line.receiveData(delivery, place);
 }
 
 }  // namespace tavril

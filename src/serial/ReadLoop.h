@@ -6,7 +6,6 @@
 #include <QByteArray>
 
 #include <memory>
-#include <optional>
 
 namespace tavril {
 
@@ -29,12 +28,15 @@ class ReadLoop {
  private:
   bool readOnce(PortLine &line);
   CallResult waitForInput(PortLine &line) const;
-  static bool deliver(PortLine &line, const std::optional<QByteArray> &delivery,
-                      const std::shared_ptr<void> &place);
+  bool deliverNext(PortLine &line, const std::shared_ptr<void> &place);
+  void deliverFirstRead(PortLine &line, const std::shared_ptr<void> &place);
+  void deliver(PortLine &line, const QByteArray &delivery, DeliveryAssembler::Time came,
+               const std::shared_ptr<void> &place);
 
   TerminalCalls &calls_;
   std::weak_ptr<PortLine> line_;
   std::shared_ptr<LineSession> session_;
+  std::shared_ptr<const DeliveryRule> rule_;
   DeliveryAssembler assembler_;
 };
 
