@@ -41,11 +41,11 @@ class ServoOnPty {
  private:
   void run(const std::stop_token &stop) {
     QByteArray came;
-    bool isQuiet = false;
-    while (!stop.stop_requested() || !isQuiet) {
+    for (;;) {
+      const bool isToEnd = stop.stop_requested();  // asked first: what was written before that is still read
       const qsizetype before = came.size();
       came += pty_.read(50 - came.size(), 1ms);
-      isQuiet = came.size() == before;
+      if (isToEnd && came.size() == before) return;
       const Time now = std::chrono::steady_clock::now();
       if (came.size() == 50) {
         take(came.first(FaultyServo::byteAt(came, 1)), now);
