@@ -10,9 +10,10 @@ EndOfProcess::EndOfProcess(Time putBackAfter, Time endAfter, End end)
 EndOfProcess::~EndOfProcess() = default;
 
 void EndOfProcess::begin(int status, std::function<void()> putBack) {
-  if (ending_.joinable()) return;
-  ending_ = later(endAfter_, [this, status] { end_(status); });
-  puttingBack_ = later(putBackAfter_, std::move(putBack));
+  std::call_once(begun_, [&] {
+    ending_ = later(endAfter_, [this, status] { end_(status); });
+    puttingBack_ = later(putBackAfter_, std::move(putBack));
+  });
 }
 
 std::jthread EndOfProcess::later(Time time, std::function<void()> act) {

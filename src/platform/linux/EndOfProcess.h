@@ -10,7 +10,7 @@
 namespace tavril {
 
 /// Sees to it that a process that is to end does end, whatever hangs in it. It is made before all that might
-/// hang and goes after it. Main thread only.
+/// hang and goes after it.
 class EndOfProcess {
  public:
   using Time = std::chrono::milliseconds;
@@ -31,7 +31,7 @@ class EndOfProcess {
   EndOfProcess &operator=(const EndOfProcess &) = delete;
 
   /// The process is to end with this status. `putBack` runs on a thread of its own when the time for it has
-  /// come, and may hang as well. A second call changes nothing.
+  /// come, and may hang as well. A second call changes nothing. On any thread.
   void begin(int status, std::function<void()> putBack);
 
  private:
@@ -40,6 +40,7 @@ class EndOfProcess {
   const Time putBackAfter_;
   const Time endAfter_;
   const End end_;
+  std::once_flag begun_;
   std::mutex mutex_;
   std::condition_variable_any never_;
   // In this order, so that the second is still watched when it is waited for.

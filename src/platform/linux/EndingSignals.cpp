@@ -4,9 +4,11 @@
 
 #include <atomic>
 #include <cerrno>
+#include <stop_token>
 #include <utility>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 namespace tavril {
@@ -36,7 +38,11 @@ EndingSignals::EndingSignals() {
   struct sigaction action {};
   action.sa_handler = note;
   action.sa_flags = SA_RESTART;
-  for (std::size_t i = 0; i < numbers.size(); ++i) ::sigaction(numbers[i], &action, &before_[i]);
+  for (std::size_t i = 0; i < numbers.size(); ++i) {
+    ::sigaction(numbers[i], nullptr, &before_[i]);
+    const bool isForNohup = numbers[i] == SIGHUP && before_[i].sa_handler == SIG_IGN;
+    if (!isForNohup) ::sigaction(numbers[i], &action, nullptr);
+  }
 }
 
 EndingSignals::~EndingSignals() {
@@ -53,6 +59,24 @@ std::unique_ptr<QSocketNotifier> EndingSignals::listen(std::function<void(int si
                      if (::read(descriptor, &signal, sizeof signal) == sizeof signal) act(signal);
                    });
   return notifier;
+}
+
+std::jthread EndingSignals::watch(std::function<void(int signal)> act) const {
+  if (!reading_.isOpen()) return {};
+  return std::jthread([reading = reading_.get(), writing = writing_.get(),
+                       act = std::move(act)](const std::stop_token &stop) {
+    // No signal has the number 0.
+    const std::stop_callback wake(stop, [writing] {
+      const unsigned char nothing = 0;
+      [[maybe_unused]] const auto written = ::write(writing, &nothing, sizeof nothing);
+    });
+    while (!stop.stop_requested()) {
+      pollfd input{reading, POLLIN, 0};
+      unsigned char signal = 0;
+      if (::poll(&input, 1, -1) <= 0) continue;
+      if (::read(reading, &signal, sizeof signal) == sizeof signal && signal != 0) act(signal);
+    }
+  });
 }
 
 }  // namespace tavril

@@ -7,13 +7,15 @@
 #include <array>
 #include <functional>
 #include <memory>
+#include <thread>
 
 #include <signal.h>
 
 namespace tavril {
 
-/// The signals that ask a program to end: SIGINT, SIGTERM and SIGHUP. They reach the main thread through its
-/// event loop, so that the program can put its port back before it ends. At most one object lives at a time.
+/// The signals that ask a program to end: SIGINT, SIGTERM and SIGHUP. It is told of them, so that it can put
+/// its port back before it ends. A hang-up that is ignored, as nohup wants it, stays ignored. At most one
+/// object lives at a time.
 class EndingSignals {
  public:
   static constexpr std::array numbers{SIGINT, SIGTERM, SIGHUP};
@@ -26,8 +28,13 @@ class EndingSignals {
   EndingSignals(const EndingSignals &) = delete;
   EndingSignals &operator=(const EndingSignals &) = delete;
 
-  /// Calls `act` with each signal as long as the result lives. Needs the application object.
+  /// Calls `act` with each signal as long as the result lives, in the event loop of the main thread. Needs
+  /// the application object.
   [[nodiscard]] std::unique_ptr<QSocketNotifier> listen(std::function<void(int signal)> act) const;
+
+  /// The same on a thread of its own, so that a main thread that waits or hangs does not matter. There must
+  /// be one listener only.
+  [[nodiscard]] std::jthread watch(std::function<void(int signal)> act) const;
 
   /// What to exit with, as shells have it.
   static constexpr int exitStatus(int signal) { return 128 + signal; }

@@ -26,6 +26,7 @@
 #include <QDesktopServices>
 #include <QGuiApplication>
 #include <QIcon>
+#include <QMetaObject>
 #include <QScreen>
 #include <QSize>
 #include <QString>
@@ -127,15 +128,21 @@ int run(const CommandLine &line, SingleInstance *instance = nullptr) {
   EndOfProcess endOfProcess;  // first of all, so that it goes last
   const EndingSignals signals;
   LinuxServices machine(!line.report && line.snapshot.isEmpty());
+  // Ends the event loop, and the process even if something hangs.
+  const auto putBack = [lines = machine.terminal.takenLines()] { lines->putBack(); };
+  const auto watching = signals.watch([&](int signal) {
+    const int status = EndingSignals::exitStatus(signal);
+    endOfProcess.begin(status, putBack);
+    QMetaObject::invokeMethod(
+        QCoreApplication::instance(), [status] { QCoreApplication::exit(status); }, Qt::QueuedConnection);
+  });
   simulator::VirtualServo virtualServo{{.pace = true}};
   AppObjects objects(machine.services(),
                      line.demo ? std::chrono::milliseconds(0) : AppDelegate::bridgeStartUp);
-  // Ends the event loop, and the process even if something hangs.
   const auto end = [&](int status) {
-    endOfProcess.begin(status, [lines = machine.terminal.takenLines()] { lines->putBack(); });
+    endOfProcess.begin(status, putBack);
     QCoreApplication::exit(status);
   };
-  const auto listening = signals.listen([&](int signal) { end(EndingSignals::exitStatus(signal)); });
 
   if (!objects.language.begin(line.language)) {
     return complain(QStringLiteral("there is no string table \"%1\". There are: %2.")

@@ -4,7 +4,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <csignal>
+#include <future>
 #include <optional>
 #include <thread>
 #include <vector>
@@ -29,6 +31,31 @@ TEST(EndingSignals, AreHandedOverByTheEventLoopInTheirOrder) {
   EXPECT_TRUE(waitFor([&] { return heard.size() == 3; }));
   EXPECT_THAT(heard, ElementsAre(SIGTERM, SIGINT, SIGHUP));
   EXPECT_EQ(heardOn, std::this_thread::get_id());
+}
+
+TEST(EndingSignals, AreToldOnAThreadOfTheirOwnAlsoIfTheMainThreadIsBusy) {
+  const EndingSignals signals;
+  std::promise<int> told;
+  const auto watching = signals.watch([&](int signal) { told.set_value(signal); });
+  std::raise(SIGTERM);
+  // No event loop runs here.
+  std::future<int> signal = told.get_future();
+  ASSERT_EQ(signal.wait_for(std::chrono::seconds(20)), std::future_status::ready);
+  EXPECT_EQ(signal.get(), SIGTERM);
+}
+
+TEST(EndingSignals, LeaveAHangUpIgnoredAsNohupWantsIt) {
+  const auto before = std::signal(SIGHUP, SIG_IGN);
+  std::vector<int> heard;
+  {
+    const EndingSignals signals;
+    const auto listening = signals.listen([&](int signal) { heard.push_back(signal); });
+    std::raise(SIGHUP);
+    std::raise(SIGTERM);
+    EXPECT_TRUE(waitFor([&] { return !heard.empty(); }));
+  }
+  std::signal(SIGHUP, before);
+  EXPECT_THAT(heard, ElementsAre(SIGTERM));
 }
 
 TEST(EndingSignals, EndTheProgramAgainAfterwards) {
