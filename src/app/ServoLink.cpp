@@ -103,7 +103,8 @@ LinkAnswer ServoLink::ask(LinkArbiter::Guest guest, const wire::CommandBuffer &c
   if (arbiter_.isOpen(guest)) {
     exchange_ = &exchange;
     if (isSent) answer.outcome = waitForAnswer(lock, exchange, until, timeout, cancelled);
-    exchange_ = nullptr;
+    // After a closing another guest may have one already.
+    if (exchange_ == &exchange) exchange_ = nullptr;
     arbiter_.givesUp(guest, Clock::now());  // unless it was answered
   }
   if (!isSent) answer.outcome = Outcome::Closed;
@@ -178,6 +179,8 @@ bool ServoLink::take(const QByteArray &delivery, LinkArbiter::Time came) {
 void ServoLink::portOpenedOrClosed() {
   const std::lock_guard lock(mutex_);
   arbiter_.forget();
+  // Until a servo has been detected on it.
+  arbiter_.setServesGuests(false);
   ++openings_;
   changed();
 }

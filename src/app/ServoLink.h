@@ -66,8 +66,8 @@ class ServoLink : public std::enable_shared_from_this<ServoLink> {
   LinkArbiter::Guest admit();
   /// Waits for the guest's turn, sends the command, and collects what comes until it is the reply, or is
   /// enough for `until`, or the time is over, counted from the sending. Without `until` only the reply is
-  /// enough. One call at a time for each guest, and none on the main thread. `until` must be quick and must
-  /// not use the link.
+  /// enough. One call at a time for each guest, and none on the main thread. `until` must be quick, must
+  /// not throw and must not use the link.
   LinkAnswer ask(LinkArbiter::Guest guest, const wire::CommandBuffer &command, const Until &until,
                  std::chrono::microseconds timeout, const std::stop_token &cancelled);
   /// Sends at once, on any thread, whoever waits for what. Only for a guest that has claimed changes. Returns

@@ -128,6 +128,17 @@ TEST_F(ServoLinkTest, NoGuestIsServedWithoutAServoOrAfterTheUserGaveUp) {
   EXPECT_EQ(asks(readPosition).get().outcome, Outcome::NotServed);
 }
 
+TEST_F(ServoLinkTest, NoGuestIsServedOnAPortThatWasOpenedAnewUntilAServoWasDetected) {
+  ASSERT_TRUE(application->serialPort()->close());
+  ASSERT_TRUE(application->serialPort()->open());
+  EXPECT_EQ(asks(readPosition).get().outcome, Outcome::NotServed);
+  state.CanUseTavril = QStringLiteral("true");  // as it was, which the decoder says anew
+  auto answer = asks(readPosition);
+  EXPECT_EQ(nextFrame(), "ff0497fe");
+  pty->write(QByteArray::fromHex("FF069703FFFE"));
+  EXPECT_EQ(answer.get().outcome, Outcome::Answered);
+}
+
 TEST_F(ServoLinkTest, AGuestThatWaitsForItsTurnIsToldThatNoneIsServedAnyMore) {
   state.SerialCMD = readRegister8;
   application->SendCMDtoMCU();
