@@ -267,13 +267,13 @@ void Function::showStatus(const RegisterRow &row, const QStringList &frame) {
   ScreenElement &element = state_.ObjectDictionaryArray.element(row.valueKey);
   const int bits = frame[lowAt].toInt();
   if (row.reply == wire::ReplyValue::ErrorBits) {
-    const StatusList list = statusErrorList(bits, strings_, log_);
-    state_.ErrorMsgShowToMegView.insert(QStringLiteral("Error"), list.keyedText);
+    const StatusList list = statusErrorList(bits, log_);
+    state_.ErrorMsgShowToMegView.insert(QStringLiteral("Error"), list.text);
     element.setText(countText(bits, list, frame[lowAt]));
   } else if (row.reply == wire::ReplyValue::DetailBits) {
     const bool shutDownDisabled = state_.ObjectDictionaryArray.element(u"Torque_value").text() == u"0";
-    const StatusList list = statusDetailList(bits, shutDownDisabled, strings_, log_);
-    state_.ErrorMsgShowToMegView.insert(QStringLiteral("Detail"), list.keyedText);
+    const StatusList list = statusDetailList(bits, shutDownDisabled, log_);
+    state_.ErrorMsgShowToMegView.insert(QStringLiteral("Detail"), list.text);
     element.setText(countText(bits, list, frame[lowAt]));
   } else {
     element.setText(frame[lowAt]);

@@ -25,7 +25,7 @@ class SerialPort;
 using HelpEntry = std::variant<QString, QStringList>;
 
 /// What the parts of the program share. One instance, made by main and passed on by reference; tests make
-/// their own. Main thread only. Texts are empty when idle. Kept: C6.
+/// their own. Texts are empty when idle. Kept: C6.
 struct SharedState {
   wire::CommandBuffer SerialCMD{};   ///< the command being sent; all zero between two transmissions
   ValueStore ObjectDictionaryArray;  ///< screen elements by key

@@ -1,9 +1,9 @@
 #include "protocol/StatusLists.h"
 
 #include "platform/Log.h"
-#include "platform/StringTable.h"
 #include "wire/StatusBits.h"
 
+#include <QString>
 #include <QStringView>
 
 namespace tavril {
@@ -15,19 +15,19 @@ QString separator() {
 }
 
 void startItem(StatusList &list, int bit, Log &log) {
-  if (list.keyedText.isEmpty()) list.keyedText = KeyedText::words(separator());
+  if (list.text.isEmpty()) list.text = KeyedText::words(separator());
   ++list.count;
   log.write(QStringLiteral("StrToChar=%1").arg(bit));
 }
 
 void appendItem(StatusList &list, QStringView key) {
-  list.keyedText += KeyedText::words(QStringLiteral("%1. ").arg(list.count)) + KeyedText(key) +
-                    KeyedText::words(QStringLiteral("\n"));
+  list.text += KeyedText::words(QStringLiteral("%1. ").arg(list.count)) + KeyedText(key) +
+               KeyedText::words(QStringLiteral("\n"));
 }
 
 }  // namespace
 
-StatusList statusErrorList(int bits, const StringTable &strings, Log &log) {
+StatusList statusErrorList(int bits, Log &log) {
   StatusList list;
   for (const wire::StatusBit &row : wire::errorBits) {
     const int bit = bits & row.mask();
@@ -40,11 +40,10 @@ StatusList statusErrorList(int bits, const StringTable &strings, Log &log) {
       appendItem(list, row.key);
     }
   }
-  list.text = list.keyedText.in(strings);
   return list;
 }
 
-StatusList statusDetailList(int bits, bool shutDownDisabled, const StringTable &strings, Log &log) {
+StatusList statusDetailList(int bits, bool shutDownDisabled, Log &log) {
   StatusList list;
   for (const wire::StatusBit &row : wire::detailBits) {
     log.write(QStringLiteral("bit=%1").arg(QString::number(row.mask(), 16)));
@@ -53,7 +52,6 @@ StatusList statusDetailList(int bits, bool shutDownDisabled, const StringTable &
     startItem(list, bit, log);
     appendItem(list, row.keyFor(shutDownDisabled));
   }
-  list.text = list.keyedText.in(strings);
   return list;
 }
 

@@ -198,22 +198,24 @@ TEST_P(ScreenTextsTest, ATextTooLongForTheNoticeIsFoundOut) {
 
 TEST_P(ScreenTextsTest, EveryErrorAndDetailOfTheServoCanBeReadBelowItsNotice) {
   for (const int bit : {0, 1, 2, 3, 5, 6, 7}) {
-    const StatusList list = statusErrorList(1 << bit, shipped_.strings, shipped_.log);
+    const StatusList list = statusErrorList(1 << bit, shipped_.log);
     EXPECT_EQ(list.count, 1);
-    EXPECT_TRUE(canBeReadAtOnce(text(u"NoticeMsg_status_error") + list.text + u'\n')) << bit;
+    EXPECT_TRUE(canBeReadAtOnce(text(u"NoticeMsg_status_error") + list.text.in(shipped_.strings) + u'\n'))
+        << bit;
   }
   for (const int bit : {4, 5, 6, 7}) {
     for (const bool shutDownDisabled : {false, true}) {
-      const StatusList list = statusDetailList(1 << bit, shutDownDisabled, shipped_.strings, shipped_.log);
+      const StatusList list = statusDetailList(1 << bit, shutDownDisabled, shipped_.log);
       EXPECT_EQ(list.count, 1);
-      EXPECT_TRUE(canBeReadAtOnce(text(u"NoticeMsg_status_detail") + list.text + u'\n')) << bit;
+      EXPECT_TRUE(canBeReadAtOnce(text(u"NoticeMsg_status_detail") + list.text.in(shipped_.strings) + u'\n'))
+          << bit;
     }
   }
 }
 
 TEST_P(ScreenTextsTest, TheRuleAboveAListIsNotBroken) {
   auto &view = shipped_.widget<QPlainTextEdit>("MsgView");
-  view.setPlainText(statusErrorList(1, shipped_.strings, shipped_.log).text);
+  view.setPlainText(statusErrorList(1, shipped_.log).text.in(shipped_.strings));
   const QTextBlock rule = view.document()->findBlockByNumber(1);
   EXPECT_EQ(rule.text(), QString(45, u'-')) << "the text stays as it is";
   EXPECT_EQ(rule.layout()->lineCount(), 1);

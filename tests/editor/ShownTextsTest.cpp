@@ -138,14 +138,14 @@ TEST_F(ShownTextsTest, ANoticeWithAStatusListAndTheListsThatAreKept) {
   for (const int bits : {0xff, 0x10, 0x81}) {
     for (const bool disabled : {false, true}) {
       ASSERT_TRUE(strings.setLanguage("en"));
-      state.ErrorMsgShowToMegView = {{"Error", statusErrorList(bits, strings, log).keyedText},
-                                     {"Detail", statusDetailList(bits, disabled, strings, log).keyedText}};
+      state.ErrorMsgShowToMegView = {{"Error", statusErrorList(bits, log).text},
+                                     {"Detail", statusDetailList(bits, disabled, log).text}};
       controller.focusCame(u"NoticeMsg_status_error");
-      const QString englishErrors = statusErrorList(bits, strings.table("en"), log).text;
+      const QString englishErrors = statusErrorList(bits, log).text.in(strings.table("en"));
       EXPECT_EQ(element(u"NoticeMSGview").text(), english(u"NoticeMsg_status_error") + englishErrors + u'\n');
       change();
-      const QString chineseErrors = statusErrorList(bits, strings.table("zh-Hant"), log).text;
-      const QString chineseDetails = statusDetailList(bits, disabled, strings.table("zh-Hant"), log).text;
+      const QString chineseErrors = statusErrorList(bits, log).text.in(strings.table("zh-Hant"));
+      const QString chineseDetails = statusDetailList(bits, disabled, log).text.in(strings.table("zh-Hant"));
       EXPECT_EQ(element(u"NoticeMSGview").text(), chinese(u"NoticeMsg_status_error") + chineseErrors + u'\n');
       EXPECT_EQ(list("Error"), chineseErrors);
       EXPECT_EQ(list("Detail"), chineseDetails);
@@ -154,11 +154,11 @@ TEST_F(ShownTextsTest, ANoticeWithAStatusListAndTheListsThatAreKept) {
 }
 
 TEST_F(ShownTextsTest, ANoticeKeepsTheListThatItWasShownWith) {
-  state.ErrorMsgShowToMegView["Error"] = statusErrorList(1, strings, log).keyedText;
+  state.ErrorMsgShowToMegView["Error"] = statusErrorList(1, log).text;
   controller.focusCame(u"NoticeMsg_status_error");
-  state.ErrorMsgShowToMegView["Error"] = statusErrorList(2, strings, log).keyedText;
+  state.ErrorMsgShowToMegView["Error"] = statusErrorList(2, log).text;
   change();
-  const QString shownWith = statusErrorList(1, strings.table("zh-Hant"), log).text;
+  const QString shownWith = statusErrorList(1, log).text.in(strings.table("zh-Hant"));
   EXPECT_EQ(element(u"NoticeMSGview").text(), chinese(u"NoticeMsg_status_error") + shownWith + u'\n');
 }
 

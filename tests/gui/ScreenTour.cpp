@@ -151,7 +151,7 @@ void ScreenTour::visitNotices() {
   find<QWidget>("Ki_value")->setFocus(Qt::TabFocusReason);
   show(QStringLiteral("notice"), *window);
   notice->setPlainText(strings.text(u"NoticeMsg_status_error") +
-                       statusErrorList(4, strings, desktop.log).text);
+                       statusErrorList(4, desktop.log).text.in(strings));
   show(QStringLiteral("notice-with-list"), *window);
   notice->setPlainText(QString());
 }
