@@ -8,11 +8,11 @@ namespace tavril::cli {
 
 /// "FF 05 91 08 FE"
 QString inHex(wire::Bytes bytes);
-
-/// What a command asks for: "read register 8 (max_load)".
-QString commandInWords(const wire::Command &command);
 /// The frame alone, without the zeros behind it.
 QString inHex(const wire::Command &command);
+
+/// What a command asks for: "read max_load".
+QString commandInWords(const wire::Command &command);
 /// What a reply says: "max_load is 300".
 QString replyInWords(const wire::Reply &reply);
 /// What an error report means: "value out of range (error 3)".

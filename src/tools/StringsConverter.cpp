@@ -21,16 +21,16 @@ StringsConverter::StringsConverter(FilePanels &panels, UserFiles &files, TableFo
   });
 }
 
-void StringsConverter::showConverter(QWidget *parent) {
-  openOnce<ConverterWindow>(*parent, [&] {
-    return new ConverterWindow(panels_, files_, tables_, strings_, notifications_, log_, parent);
+void StringsConverter::showConverter(QWidget &parent) {
+  openOnce<ConverterWindow>(parent, [&] {
+    return new ConverterWindow(panels_, files_, tables_, strings_, notifications_, log_, &parent);
   });
 }
 
-void StringsConverter::showTables(QWidget *parent) {
+void StringsConverter::showTables(QWidget &parent) {
   if (list_) list_->load();
-  list_ = openOnce<FileListWindow>(*parent, [&] {
-    return new FileListWindow(panels_, files_, tables_, strings_, notifications_, log_, parent);
+  list_ = openOnce<FileListWindow>(parent, [&] {
+    return new FileListWindow(panels_, files_, tables_, strings_, notifications_, log_, &parent);
   });
 }
 

@@ -24,9 +24,9 @@ class StringsConverter {
   StringsConverter &operator=(const StringsConverter &) = delete;
 
   /// Opens the window as a child of `parent`, or brings it to the front.
-  void showConverter(QWidget *parent);
+  void showConverter(QWidget &parent);
   /// The same, and lists the folder again.
-  void showTables(QWidget *parent);
+  void showTables(QWidget &parent);
 
  private:
   FilePanels &panels_;

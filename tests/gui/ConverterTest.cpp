@@ -44,11 +44,11 @@ class ConverterOnDisk : public testing::Test {
   static QString url(const QString &path) { return QUrl::fromLocalFile(path).toString(QUrl::FullyEncoded); }
 
   ConverterWindow &converter() {
-    tool_.showConverter(&window_);
+    tool_.showConverter(window_);
     return *window_.findChild<ConverterWindow *>();
   }
   FileListWindow &list() {
-    tool_.showTables(&window_);
+    tool_.showTables(window_);
     return *window_.findChild<FileListWindow *>();
   }
 

@@ -32,11 +32,11 @@ class ConverterWindowsTest : public testing::Test {
   }
 
   ConverterWindow &converter() {
-    if (!parent_.findChild<ConverterWindow *>()) tool_.showConverter(&parent_);
+    if (!parent_.findChild<ConverterWindow *>()) tool_.showConverter(parent_);
     return *parent_.findChild<ConverterWindow *>();
   }
   FileListWindow &list() {
-    if (!parent_.findChild<FileListWindow *>()) tool_.showTables(&parent_);
+    if (!parent_.findChild<FileListWindow *>()) tool_.showTables(parent_);
     return *parent_.findChild<FileListWindow *>();
   }
   QTableWidget &table() { return *list().findChild<QTableWidget *>(); }
@@ -220,11 +220,11 @@ TEST_F(ConverterWindowsTest, OpenOnlyLogsWhatWasChosen) {
 TEST_F(ConverterWindowsTest, EachWindowIsThereOnceAndItsContentStaysWhenItIsOpenedAgain) {
   chooseBoth();
   converter().setFocus();
-  tool_.showConverter(&parent_);
+  tool_.showConverter(parent_);
   EXPECT_EQ(parent_.findChildren<ConverterWindow *>().size(), 1);
   EXPECT_EQ(find<QLineEdit>(converter(), "keypath").text(), QStringLiteral("/in/keys.txt"));
-  tool_.showTables(&parent_);
-  tool_.showTables(&parent_);
+  tool_.showTables(parent_);
+  tool_.showTables(parent_);
   EXPECT_EQ(parent_.findChildren<FileListWindow *>().size(), 1);
 }
 
@@ -233,7 +233,7 @@ TEST_F(ConverterWindowsTest, OpeningTheListAgainShowsTheTableJustSaved) {
   chooseBoth();
   answer("file:///out/de.h", "de");
   click(converter(), "converter");
-  tool_.showTables(&parent_);
+  tool_.showTables(parent_);
   EXPECT_EQ(list().controller().hFiles(), QStringList("de.h"));
   EXPECT_EQ(find<QLineEdit>(list(), "folder").text(), QStringLiteral("/out"));
   EXPECT_EQ(table().rowCount(), 1);

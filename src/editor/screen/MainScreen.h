@@ -23,8 +23,8 @@ class MainScreen : public QWidget {
   explicit MainScreen(QWidget *parent = nullptr);
   ~MainScreen() override;
 
-  /// Texts of what is on the screen beside the named elements: the product, accessible names. To be
-  /// called again when the language has changed.
+  /// Texts of what is on the screen beside the named elements: the product, accessible names. To
+  /// be called again when the language has changed.
   void setTexts(const StringTable &strings);
   /// What the pointer does on the screen.
   ScreenPointer &pointer() { return *pointer_; }

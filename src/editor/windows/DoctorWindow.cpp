@@ -68,12 +68,14 @@ DoctorWindow::DoctorWindow(const Desktop &desktop, const doctor::Surroundings &s
 
 void DoctorWindow::open(QWidget &parent, const Desktop &desktop, const doctor::Surroundings &surroundings,
                         Background &background, const MakeRequest &makeRequest) {
+  bool isNew = false;
   auto *window = openOnce<DoctorWindow>(parent, [&] {
+    isNew = true;
     auto *made = new DoctorWindow(desktop, surroundings, background, makeRequest, &parent);
     made->resize(doctorSize.boundedTo(parent.screen()->availableSize()));
     return made;
   });
-  if (!window->isAtWork()) window->begin();
+  if (!isNew && !window->isAtWork()) window->begin();
 }
 
 doctor::Request DoctorWindow::requestFor(const AppDelegate &link, std::chrono::milliseconds bootWait) {

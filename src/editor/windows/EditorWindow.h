@@ -26,7 +26,7 @@ class MsgPanel;
 class WaitPanel;
 
 /// The main window: the screen with its two panels, their controllers, and the menus. On a desktop that is
-/// smaller than the screen it scrolls. Main thread only; owns nothing that it is given.
+/// smaller than the screen it scrolls.
 class EditorWindow final : public QMainWindow {
   Q_OBJECT
 

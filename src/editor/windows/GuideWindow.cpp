@@ -1,7 +1,6 @@
 #include "editor/windows/GuideWindow.h"
 
 #include "platform/Desktop.h"
-#include "platform/Languages.h"
 #include "platform/ModalAlert.h"
 #include "platform/StringTable.h"
 

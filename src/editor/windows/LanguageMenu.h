@@ -14,7 +14,7 @@ class LanguageChoice;
 class StringTable;
 
 /// The entries of the menu in which the language of all texts is chosen: the system's own, and each language
-/// by its own name in its own face. Exactly one is marked. Main thread only; the menu owns it.
+/// by its own name in its own face. Exactly one is marked. The menu owns it.
 class LanguageMenu final : public QObject {
   Q_OBJECT
 

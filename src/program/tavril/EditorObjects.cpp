@@ -43,8 +43,8 @@ EditorObjects::EditorObjects(AppObjects &objects, EditorServices services)
   actions.openDoctor = [this] { openDoctor(); };
   actions.quit = [this] { quit(); };
   actions.about = [this] { openAbout(); };
-  actions.openConverter = [this] { converter_.showConverter(window_.get()); };
-  actions.openTables = [this] { converter_.showTables(window_.get()); };
+  actions.openConverter = [this] { converter_.showConverter(*window_); };
+  actions.openTables = [this] { converter_.showTables(*window_); };
   actions.userGuide = [this] { openGuide(); };
   actions.seen = [this] {
     if (whenSeen) whenSeen();
