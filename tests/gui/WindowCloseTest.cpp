@@ -18,11 +18,11 @@ constexpr qsizetype frameSize = 50;
 /// The program with its window, connected to a terminal of the test's.
 class ConnectedProgram {
  public:
-  /// `hangs`: the name of the thread that is to hang; empty for none.
-  explicit ConnectedProgram(const char *hangs) : isToHang_(*hangs != '\0') {
+  /// `hanging`: the name of the thread that is to hang; empty for none.
+  explicit ConnectedProgram(const char *hanging) : isToHang_(*hanging != '\0') {
     qputenv("XDG_RUNTIME_DIR", QFile::encodeName(folder_.path()));
     qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent");  // a window of its own
-    qputenv("TAVRIL_TEST_HANG", hangs);
+    qputenv("TAVRIL_TEST_HANG", hanging);
     qputenv("TAVRIL_TEST_HANGS", QFile::encodeName(mark()));
     if (isToHang_) qputenv("LD_PRELOAD", TAVRIL_HANGING_CALLS);
     program_ = std::make_unique<TavrilProgram>(
@@ -34,9 +34,9 @@ class ConnectedProgram {
   }
 
   /// Whether the program has connected, and now has a worker that hangs where it is to have one.
-  bool isConnected() {
-    return pty_.read(frameSize).size() == frameSize &&
-           waitFor([this] { return !isToHang_ || QFile::exists(mark()); });
+  bool isConnected() { return pty_.read(frameSize).size() == frameSize && (!isToHang_ || hangs()); }
+  bool hangs() const {
+    return waitFor([this] { return QFile::exists(mark()); });
   }
   bool hasTakenTheLine() const { return !isAsBefore() && isExclusive(); }
   bool closeWindow() { return XDesktop().close(program_->processId()); }
@@ -63,6 +63,7 @@ struct AllPrograms {
   ConnectedProgram withHangingReadLoop{"tavril-run"};
   ConnectedProgram withHangingPinPoller{"tavril-repeat"};
   ConnectedProgram ended{""};
+  ConnectedProgram withHangingMainThread{"tavril"};
 };
 StartedFirst<AllPrograms> programs;
 
@@ -86,6 +87,15 @@ TEST(ASignal, EndsTheProcessAndPutsTheLineBack) {
     return true;
   };
   expectGoodEnd(programs->ended, terminate, 143);
+}
+
+TEST(ASignal, EndsTheProcessAndPutsTheLineBackWhenTheMainThreadHangs) {
+  ConnectedProgram &program = programs->withHangingMainThread;
+  ASSERT_TRUE(program.hangs());  // while it opens the port
+  program.terminate();
+  EXPECT_EQ(program.outcome().status, 143);
+  EXPECT_TRUE(program.isAsBefore());
+  EXPECT_FALSE(program.isExclusive());
 }
 
 TEST(ClosingTheWindow, EndsTheProcessAndPutsTheLineBack) {
