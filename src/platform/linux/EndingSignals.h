@@ -5,11 +5,10 @@
 #include <QSocketNotifier>
 
 #include <array>
+#include <csignal>
 #include <functional>
 #include <memory>
 #include <thread>
-
-#include <signal.h>
 
 namespace tavril {
 
