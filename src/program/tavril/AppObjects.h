@@ -19,9 +19,9 @@ namespace tavril {
 /// order: the ports, the application, the threads, and then what these used.
 class AppObjects {
  public:
-  /// `bridgeStartUp`: how long the bridge behind a port needs after the port was opened.
-  explicit AppObjects(const AppServices &services,
-                      std::chrono::milliseconds bridgeStartUp = AppDelegate::bridgeStartUp);
+  /// `startUp`: how long the bridge behind a port needs after the port was opened.
+  explicit AppObjects(const AppServices &given,
+                      std::chrono::milliseconds startUp = AppDelegate::bridgeStartUp);
   ~AppObjects();
   AppObjects(const AppObjects &) = delete;
   AppObjects &operator=(const AppObjects &) = delete;
