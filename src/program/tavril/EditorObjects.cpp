@@ -5,6 +5,7 @@
 #include "editor/windows/DocumentsLink.h"
 #include "editor/windows/EditorWindow.h"
 #include "editor/windows/GuideWindow.h"
+#include "look/SideWindow.h"
 #include "look/Style.h"
 #include "platform/Preferences.h"
 #include "platform/linux/StringTables.h"
@@ -116,11 +117,7 @@ void EditorObjects::openGuide() {
 void EditorObjects::bringToFront(const QString &token) {
   if (!token.isEmpty()) qputenv("XDG_ACTIVATION_TOKEN", token.toUtf8());
   for (QWidget *one : {static_cast<QWidget *>(window_.get()), QApplication::activeModalWidget()}) {
-    if (!one) continue;
-    one->setWindowState(one->windowState() & ~Qt::WindowMinimized);
-    one->show();
-    one->raise();
-    one->activateWindow();
+    if (one) tavril::bringToFront(*one);
   }
 }
 
