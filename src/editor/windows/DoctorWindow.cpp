@@ -63,19 +63,17 @@ DoctorWindow::DoctorWindow(const Desktop &desktop, const doctor::Surroundings &s
   build();
   connect(again_, &QPushButton::clicked, this, &DoctorWindow::begin);
   connect(close_, &QPushButton::clicked, this, &QWidget::close);
-  begin();
+  setTexts();
 }
 
 void DoctorWindow::open(QWidget &parent, const Desktop &desktop, const doctor::Surroundings &surroundings,
                         Background &background, const MakeRequest &makeRequest) {
-  bool isNew = false;
   auto *window = openOnce<DoctorWindow>(parent, [&] {
-    isNew = true;
     auto *made = new DoctorWindow(desktop, surroundings, background, makeRequest, &parent);
     made->resize(doctorSize.boundedTo(parent.screen()->availableSize()));
     return made;
   });
-  if (!isNew && !window->isAtWork()) window->begin();
+  if (!window->isAtWork()) window->begin();
 }
 
 doctor::Request DoctorWindow::requestFor(const AppDelegate &link, std::chrono::milliseconds bootWait) {
