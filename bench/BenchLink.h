@@ -1,7 +1,6 @@
 #pragma once
 
 #include "app/AppDelegate.h"
-#include "platform/PlainElement.h"
 #include "platform/linux/PosixPrivateFiles.h"
 #include "platform/linux/PosixTerminalCalls.h"
 #include "platform/linux/QtMainQueue.h"
@@ -10,15 +9,13 @@
 #include "platform/linux/StringTables.h"
 #include "program/tavril/AppObjects.h"
 #include "protocol/Function.h"
-#include "protocol/RegisterCatalogue.h"
+#include "protocol/PlainScreen.h"
 #include "protocol/SharedState.h"
 #include "tests/doctor/FakeMachine.h"
 #include "tests/support/AnsweringAlert.h"
 #include "tests/support/FakeDevices.h"
 #include "tests/support/MemoryPreferences.h"
 #include "tests/support/RecordingWait.h"
-
-#include <map>
 
 namespace tavril::bench {
 
@@ -43,11 +40,7 @@ struct BenchLink {
                  machine.nodes,
                  machine.programs},
                 std::chrono::milliseconds(0)) {
-    for (const RegisterRow &row : registerCatalogue()) elements[row.valueKey.toString()];
-    for (const char *key : {"TXcmd", "RXcmd", "errormsg", "ConnectStatus", "ContrainerView_WaitView"}) {
-      elements[QString::fromLatin1(key)];
-    }
-    for (auto &[key, element] : elements) state.ObjectDictionaryArray.set(key, element);
+    registerPlainScreen(state.ObjectDictionaryArray, elements);
     if (!path.isEmpty()) devices.add(QStringLiteral("usbport-bench"), path);
     application->applicationDidFinishLaunching();
   }
@@ -63,7 +56,7 @@ struct BenchLink {
   PosixTerminalCalls posix{log};
   FakeDevices devices;
   doctor::FakeMachine machine;
-  std::map<QString, PlainElement> elements;
+  PlainScreen elements;
   AppObjects objects;
   SharedState &state = objects.state;
   AppDelegate *const application = objects.application.get();

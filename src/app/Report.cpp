@@ -11,15 +11,11 @@
 #include <QStringList>
 
 #include <algorithm>
-#include <array>
 #include <utility>
 
 namespace tavril {
 
 namespace {
-
-constexpr std::array otherElements{u"TXcmd", u"RXcmd", u"errormsg", u"ConnectStatus",
-                                   u"ContrainerView_WaitView"};
 
 /// The text as JSON. The report is put together by hand because Qt's objects sort their keys, and registers
 /// are read in the order of their numbers.
@@ -42,9 +38,7 @@ Report::Report(SharedState &state, AppDelegate &application, const Desktop &desk
           finished_({true, format_ == ReportFormat::Json ? json() : table()});
         }
       }) {
-  for (const RegisterRow &row : registerCatalogue()) elements_[row.valueKey.toString()];
-  for (const char16_t *key : otherElements) elements_[QString::fromUtf16(key)];
-  for (auto &[key, element] : elements_) state_.ObjectDictionaryArray.set(key, element);
+  registerPlainScreen(state_.ObjectDictionaryArray, elements_);
   application.takeExactRepliesOnly();
 }
 

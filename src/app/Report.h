@@ -1,12 +1,11 @@
 #pragma once
 
 #include "app/ReadOut.h"
-#include "platform/PlainElement.h"
+#include "protocol/PlainScreen.h"
 
 #include <QString>
 
 #include <functional>
-#include <map>
 
 namespace tavril {
 
@@ -38,7 +37,7 @@ class Report {
   SharedState &state_;
   const ReportFormat format_;
   Finished finished_;
-  std::map<QString, PlainElement> elements_;
+  PlainScreen elements_;
   ReadOut readOut_;
 };
 

@@ -1,5 +1,6 @@
 #include "platform/ManagedObjectContext.h"
 #include "platform/PersistentStoreCoordinator.h"
+#include "protocol/RegisterCatalogue.h"
 #include "serial/DeliveryRule.h"
 #include "tests/app/LinkBench.h"
 #include "tests/support/WaitFor.h"

@@ -3,10 +3,9 @@
 #include "app/AppDelegate.h"
 #include "platform/AlertErrorPresenter.h"
 #include "platform/Desktop.h"
-#include "platform/PlainElement.h"
 #include "platform/linux/PosixPrivateFiles.h"
 #include "protocol/Function.h"
-#include "protocol/RegisterCatalogue.h"
+#include "protocol/PlainScreen.h"
 #include "protocol/SharedState.h"
 #include "tests/support/AnsweringAlert.h"
 #include "tests/support/KeyTable.h"
@@ -18,8 +17,6 @@
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
-
-#include <map>
 
 namespace tavril {
 
@@ -37,11 +34,7 @@ class LinkBench : public testing::Test {
   }
 
   void launch() {
-    for (const RegisterRow &row : registerCatalogue()) elements[row.valueKey.toString()];
-    for (const char *key : {"TXcmd", "RXcmd", "errormsg", "ConnectStatus", "ContrainerView_WaitView"}) {
-      elements[QString::fromLatin1(key)];
-    }
-    for (auto &[key, element] : elements) state.ObjectDictionaryArray.set(key, element);
+    registerPlainScreen(state.ObjectDictionaryArray, elements);
     application = AppDelegate::make(state, desktop, bench.environment, store);
     application->applicationDidFinishLaunching(menu);
   }
@@ -66,7 +59,7 @@ class LinkBench : public testing::Test {
 
   SharedState state;
   SerialBench<> bench{&state.allSerialPortsInfo};
-  std::map<QString, PlainElement> elements;
+  PlainScreen elements;
   ManualTimers timers;
   RecordingWait wait;
   AnsweringAlert alert;

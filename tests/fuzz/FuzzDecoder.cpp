@@ -1,6 +1,6 @@
-#include "platform/PlainElement.h"
 #include "protocol/CommandSender.h"
 #include "protocol/Function.h"
+#include "protocol/PlainScreen.h"
 #include "protocol/RegisterCatalogue.h"
 #include "protocol/SharedState.h"
 #include "tests/fuzz/FuzzInput.h"
@@ -40,13 +40,7 @@ QString keyOf(int number) {
 
 class Decoder {
  public:
-  Decoder() {
-    for (int number = 1; number <= 20; ++number) elements_[keyOf(number)];
-    for (const char *key : {"errormsg", "ConnectStatus", "ContrainerView_WaitView"}) {
-      elements_[QString::fromLatin1(key)];
-    }
-    for (auto &[key, element] : elements_) state_.ObjectDictionaryArray.set(key, element);
-  }
+  Decoder() { registerPlainScreen(state_.ObjectDictionaryArray, elements_); }
 
   void take(int code, const QByteArray &data, bool dragging) {
     state_.limitFlag = dragging ? QStringLiteral("MouseIn") : QString();
@@ -142,7 +136,7 @@ class Decoder {
   TestDesktop fakes_;
   SharedState state_;
   CountingSender sender_{state_};
-  std::map<QString, PlainElement> elements_;
+  PlainScreen elements_;
   Function function_{state_, sender_, fakes_.desktop};
 };
 

@@ -3,8 +3,7 @@
 #include "app/AppDelegate.h"
 #include "app/StoreController.h"
 #include "platform/AlertErrorPresenter.h"
-#include "platform/PlainElement.h"
-#include "protocol/RegisterCatalogue.h"
+#include "protocol/PlainScreen.h"
 #include "protocol/SharedState.h"
 #include "tests/fuzz/Invariant.h"
 #include "tests/support/ManualBackground.h"
@@ -15,7 +14,6 @@
 
 #include <QMap>
 
-#include <map>
 #include <memory>
 
 namespace tavril {
@@ -26,11 +24,7 @@ class LinkUnderFuzz {
  public:
   LinkUnderFuzz() {
     terminal.atWrite = [this](const QByteArray &bytes) { sent.push_back(bytes); };
-    for (const RegisterRow &row : registerCatalogue()) elements[row.valueKey.toString()];
-    for (const char *key : {"TXcmd", "RXcmd", "errormsg", "ConnectStatus", "ContrainerView_WaitView"}) {
-      elements[QString::fromLatin1(key)];
-    }
-    for (auto &[key, element] : elements) state.ObjectDictionaryArray.set(key, element);
+    registerPlainScreen(state.ObjectDictionaryArray, elements);
     bench.devices.add(QStringLiteral("usbport-fuzz"), QStringLiteral("/dev/fuzz"));
     application->applicationDidFinishLaunching();
     application->serialFormat();
@@ -78,7 +72,7 @@ class LinkUnderFuzz {
   SerialBench<ManualBackground> bench{&state.allSerialPortsInfo};
   SerialEnvironment serial{bench.mainQueue,     bench.background,  terminal,  bench.devices,
                            bench.notifications, bench.processExit, bench.log, bench.ports};
-  std::map<QString, PlainElement> elements;
+  PlainScreen elements;
   TestDesktop fakes;
   Desktop desktop{
       bench.mainQueue,          fakes.timers, fakes.wait, fakes.alert, fakes.strings, bench.notifications,

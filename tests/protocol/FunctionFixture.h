@@ -1,9 +1,8 @@
 #pragma once
 
-#include "platform/PlainElement.h"
 #include "protocol/CommandSender.h"
 #include "protocol/Function.h"
-#include "protocol/RegisterCatalogue.h"
+#include "protocol/PlainScreen.h"
 #include "protocol/SharedState.h"
 #include "tests/support/TestDesktop.h"
 
@@ -12,7 +11,6 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
 #include <vector>
 
 namespace tavril {
@@ -42,20 +40,14 @@ inline QByteArray transmission(const char *frame) {
 
 class FunctionFixture : public testing::Test {
  protected:
-  FunctionFixture() {
-    for (const RegisterRow &row : registerCatalogue()) elements[row.valueKey.toString()];
-    for (const char *key : {"errormsg", "ConnectStatus", "ContrainerView_WaitView"}) {
-      elements[QString::fromLatin1(key)];
-    }
-    for (auto &[key, element] : elements) state.ObjectDictionaryArray.set(key, element);
-  }
+  FunctionFixture() { registerPlainScreen(state.ObjectDictionaryArray, elements); }
 
   QString textOf(const char *key) { return elements.at(QString::fromLatin1(key)).text(); }
 
   TestDesktop fakes;
   SharedState state;
   RecordingSender sender{state};
-  std::map<QString, PlainElement> elements;
+  PlainScreen elements;
   Function function{state, sender, fakes.desktop};
 };
 

@@ -1,4 +1,5 @@
 #include "platform/NamedDevice.h"
+#include "protocol/RegisterCatalogue.h"
 #include "tests/protocol/FunctionFixture.h"
 
 namespace tavril {
