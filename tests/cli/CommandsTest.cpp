@@ -214,14 +214,16 @@ TEST(ProgressBar, DoesNotShowForShortWorkOrWithoutATerminal) {
   EXPECT_EQ(barsOf(false, milliseconds(400)), QStringList());
 }
 
-struct CommandBench {
-  BridgeInTime bridge;
+template <typename LineKind>
+struct CommandBenchOn {
+  LineKind bridge;
   ScreenConsole console{false};
   KeyTable strings;
   Conversation conversation{bridge, {milliseconds(300), 2}};
   Servo servo{conversation, bridge.name()};
   Session session{servo, bridge, console, strings};
 };
+using CommandBench = CommandBenchOn<BridgeInTime>;
 
 std::vector<Assignment> assignmentsOf(const char *text) {
   return assignmentsFrom(QString::fromLatin1(text).split(u' '));
@@ -586,30 +588,34 @@ TEST(Monitoring, KeepsToItsInterval) {
   EXPECT_TRUE(lines[2].contains(QStringLiteral("0.500 s")));
 }
 
+/// A line to a bridge, for lines that differ from it in one thing.
+class PassingLine : public Line {
+ public:
+  Heard request(const QByteArray &data, Time timeout, Rule rule) override {
+    return real.request(data, timeout, std::move(rule));
+  }
+  void pause(Time duration) override { real.pause(duration); }
+  Time now() const override { return real.now(); }
+  QString name() const override { return real.name(); }
+
+  BridgeInTime real;
+};
+
 /// A line on which the user presses Ctrl-C while the position is read for the third time.
-class Interrupted final : public Line {
+class Interrupted final : public PassingLine {
  public:
   Heard request(const QByteArray &data, Time timeout, Rule rule) override {
     if (++requests == 4) throw Failure{ExitCode::Interrupted, QStringLiteral("interrupted.")};
-    return bridge.request(data, timeout, std::move(rule));
+    return PassingLine::request(data, timeout, std::move(rule));
   }
-  void pause(Time duration) override { bridge.pause(duration); }
-  Time now() const override { return bridge.now(); }
-  QString name() const override { return bridge.name(); }
 
-  BridgeInTime bridge;
   int requests = 0;
 };
 
 TEST(Moving, SaysWhenItIsInterruptedThatTheServoGoesOn) {
-  Interrupted line;
-  line.bridge.blocked = true;
-  Conversation conversation(line, {});
-  Servo servo(conversation, line.name());
-  ScreenConsole console(false);
-  const KeyTable strings;
-  Session session{servo, line, console, strings};
-  const Failure failure = failureOf([&] { moveTo(session, 900, true, false); });
+  CommandBenchOn<Interrupted> bench;
+  bench.bridge.real.blocked = true;
+  const Failure failure = failureOf([&] { moveTo(bench.session, 900, true, false); });
   EXPECT_EQ(failure.code, ExitCode::Interrupted);
   EXPECT_EQ(failure.text.toStdString(),
             "interrupted; the servo goes on to 900. It was at 512. \"tavrilctl stop\" stops it.");
@@ -647,27 +653,17 @@ TEST(Moving, FailsWhereTheServoComesToRestElsewhere) {
 }
 
 /// A line behind which the servo is elsewhere each time it is asked.
-class Wandering final : public Line {
+class Wandering final : public PassingLine {
  public:
   Heard request(const QByteArray &data, Time timeout, Rule rule) override {
-    bridge.position = (bridge.position + 100) % 1000;
-    return bridge.request(data, timeout, std::move(rule));
+    real.position = (real.position + 100) % 1000;
+    return PassingLine::request(data, timeout, std::move(rule));
   }
-  void pause(Time duration) override { bridge.pause(duration); }
-  Time now() const override { return bridge.now(); }
-  QString name() const override { return bridge.name(); }
-
-  BridgeInTime bridge;
 };
 
 TEST(Moving, FailsWhereTheServoDoesNotComeToRest) {
-  Wandering line;
-  Conversation conversation(line, {});
-  Servo servo(conversation, line.name());
-  ScreenConsole console(false);
-  const KeyTable strings;
-  Session session{servo, line, console, strings};
-  const Failure failure = failureOf([&] { moveTo(session, 900, true, false); });
+  CommandBenchOn<Wandering> bench;
+  const Failure failure = failureOf([&] { moveTo(bench.session, 900, true, false); });
   EXPECT_EQ(failure.code, ExitCode::Failed);
   EXPECT_TRUE(failure.text.startsWith(QStringLiteral("the servo was still moving after 30 s; it is at ")))
       << failure.text.toStdString();
