@@ -105,7 +105,9 @@ testing::AssertionResult KernelBench::readOut() {
   return testing::AssertionFailure() << "not everything was read; the last frames: "
                                      << editor->textOf("TXcmd").toStdString() << " / "
                                      << editor->textOf("RXcmd").toStdString()
-                                     << "; frames at the servo: " << host->framesSeen(0);
+                                     << "; frames at the servo: " << host->framesSeen(0)
+                                     << "; the user was told: "
+                                     << editor->user.seen.join(QStringLiteral(" / ")).toStdString();
 }
 
 int KernelBench::removalsTold() const {
