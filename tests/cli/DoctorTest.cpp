@@ -22,7 +22,13 @@ using doctor::Result;
 using doctor::State;
 
 Program::Outcome examine(const QString &path, const QString &options = {}) {
-  CtlProgram program(QStringLiteral("doctor --timeout 100 ") + options + CtlProgram::at(path));
+  CtlProgram program(QStringLiteral("doctor ") + options + CtlProgram::patientlyAt(path));
+  return program.outcome();
+}
+
+/// For bridges from which no valid reply comes: it is waited for three times as long.
+Program::Outcome examineInVain(const QString &path, int timeout_ms) {
+  CtlProgram program(QStringLiteral("doctor --timeout %1").arg(timeout_ms) + CtlProgram::at(path));
   return program.outcome();
 }
 
@@ -62,12 +68,12 @@ TEST(Doctor, TellsScriptsWhatIsWrong) {
 
 TEST(Doctor, TellsASilentBridgeFromABadLine) {
   const ServoProgram mute{{QStringLiteral("--mute")}};
-  const Program::Outcome silent = examine(mute.path());
+  const Program::Outcome silent = examineInVain(mute.path(), 100);
   EXPECT_EQ(silent.status, 6);
   expectIn(silent, "FAILED   reply          No reply came within 0.3 s.\n");
   expectIn(silent, "skipped  servo ");
   const ServoProgram garbled{{QStringLiteral("--wrong-length")}};
-  const Program::Outcome broken = examine(garbled.path());
+  const Program::Outcome broken = examineInVain(garbled.path(), 1000);
   EXPECT_EQ(broken.status, 6);
   expectIn(broken, "FAILED   frame          The bytes are not a valid frame: FF 06 90 01 FE");
 }
@@ -115,14 +121,15 @@ TEST(Doctor, EndsSoonAtCtrlCWithTheLineAsItWas) {
 }
 
 TEST(Doctor, ExaminesTheVirtualServoToo) {
-  CtlProgram program(QStringLiteral("doctor --demo"));
+  CtlProgram program(QStringLiteral("doctor --demo --timeout 60000"));
   EXPECT_EQ(program.outcome().status, 0) << program.outcome().out;
 }
 
 TEST(Doctor, SaysWhenItsFindingsCannotBeWritten) {
-  Program program(QStringLiteral("/bin/sh"),
-                  {QStringLiteral("-c"), QStringLiteral("exec \"$0\" doctor --demo >/dev/full"),
-                   QStringLiteral(TAVRILCTL_PROGRAM)});
+  Program program(
+      QStringLiteral("/bin/sh"),
+      {QStringLiteral("-c"), QStringLiteral("exec \"$0\" doctor --demo --timeout 60000 >/dev/full"),
+       QStringLiteral(TAVRILCTL_PROGRAM)});
   EXPECT_EQ(program.outcome().status, 6);
   EXPECT_NE(program.outcome().err.find("the output could not be written"), std::string::npos);
 }

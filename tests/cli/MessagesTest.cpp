@@ -58,9 +58,9 @@ INSTANTIATE_TEST_SUITE_P(
         Said{"NoFile", "restore /dev/null", 6,
              "/dev/null is not a regular file, so it was not read. For a stream, write - instead."},
         Said{"AFolder", "dump /", 6, "/ is a folder: name a file."},
-        Said{"NotWritten", "dump /nowhere/at/all.json --demo", 6,
+        Said{"NotWritten", "dump /nowhere/at/all.json --demo --timeout 60000", 6,
              "/nowhere/at/all.json could not be written: No such file or directory."},
-        Said{"SamplesNotWritten", "monitor --count 1 --csv /nowhere/at/all.csv --demo", 6,
+        Said{"SamplesNotWritten", "monitor --count 1 --csv /nowhere/at/all.csv --demo --timeout 60000", 6,
              "/nowhere/at/all.csv could not be written: No such file or directory."},
         Said{"NoTerminal", "detect --port /dev/null", 3,
              "/dev/null: is not a terminal but a device of kind \"mem\". Name a serial terminal, such as "
@@ -133,7 +133,8 @@ TEST(MessagesOfTavrilctl, TellThatTheVirtualServoCannotBeStarted) {
   Program program(
       QStringLiteral("/bin/sh"),
       {QStringLiteral("-c"),
-       QStringLiteral("for limit in $(seq 5 40); do (ulimit -n $limit; \"$0\" detect --demo); done"),
+       QStringLiteral(
+           "for limit in $(seq 5 40); do (ulimit -n $limit; \"$0\" detect --demo --timeout 60000); done"),
        QStringLiteral(TAVRILCTL_PROGRAM)});
   const Program::Outcome &outcome = program.outcome();
   EXPECT_EQ(outcome.status, 0);

@@ -203,10 +203,12 @@ TEST(ErrorsOfTavrilctl, HaveNoControlCharactersWhateverWasTyped) {
 
 TEST(FileNamesOfTavrilctl, MayHaveBytesThatAreNoText) {
   const QTemporaryDir folder;
-  const Program::Outcome outcome = sh(
-      folder, QStringLiteral("name=$(printf 'a\\377\\033b'); \"$0\" dump \"$name\" --demo --timeout 60000 && "
-                             "test -f \"$name\" && \"$0\" dump \"$name\" --demo; status=$?; rm \"$name\"; "
-                             "exit $status"));
+  const Program::Outcome outcome =
+      sh(folder,
+         QStringLiteral(
+             "name=$(printf 'a\\377\\033b'); \"$0\" dump \"$name\" --demo --timeout 60000 && "
+             "test -f \"$name\" && \"$0\" dump \"$name\" --demo --timeout 60000; status=$?; rm \"$name\"; "
+             "exit $status"));
   EXPECT_EQ(outcome.status, 6);
   EXPECT_EQ(outcome.err,
             "tavrilctl: a\\udcff\\u001bb already exists: name another file, or replace it with --force.\n");

@@ -21,6 +21,9 @@ namespace {
 /// needed takes no time.
 constexpr auto manyTries = "--retries 50";
 
+/// So many runs of a command on a line that loses replies. A busy machine makes late ones of others.
+constexpr int runs = 100;
+
 /// What may happen to replies, and how patient that asks to be.
 struct Line {
   const char *name;
@@ -46,7 +49,7 @@ class Transcript : public testing::TestWithParam<Line> {
 
   void expectThat(const QString &command, const std::function<bool(const std::string &)> &isRight,
                   int status = 0) {
-    for (int tries = 1; tries <= 20; ++tries) {
+    for (int tries = 1; tries <= runs; ++tries) {
       CtlProgram program(command + CtlProgram::at(servo_.path()) + u' ' +
                          QString::fromLatin1(GetParam().patience));
       const Program::Outcome &outcome = program.outcome();
@@ -56,7 +59,18 @@ class Transcript : public testing::TestWithParam<Line> {
       EXPECT_TRUE(isRight(outcome.out)) << command.toStdString() << " printed:\n" << outcome.out;
       return;
     }
-    ADD_FAILURE() << command.toStdString() << " got no answer in 20 runs";
+    ADD_FAILURE() << command.toStdString() << " got no answer in " << runs << " runs";
+  }
+
+  /// A run that gave up may have made some of the changes: then the next one finds the new values already
+  /// there, and `restore` does not name them.
+  void expectChanges(const QString &command, const std::string &changes) {
+    expectThat(command, [&](const std::string &printed) {
+      if (!GetParam().mayLose) return printed == changes;
+      return std::regex_match(printed, std::regex("(kp: (440|32766) -> 32766\n)?"
+                                                  "(calibration_angle: (0|-10) -> -10\n)?"
+                                                  "(sid: (1|42) -> 42\n)?"));
+    });
   }
 
   QString file(const char *name) const { return folder_.filePath(QString::fromLatin1(name)); }
@@ -72,8 +86,8 @@ TEST_P(Transcript, OfEveryCommandHasTheRightValues) {
   expect(QStringLiteral("detect"), "one\n");
   expect(QStringLiteral("read kp 8 status_error"),
          " 9  kp            440\n 8  max_load      400\n16  status_error  0    none\n");
-  expect(QStringLiteral("write kp=32766 calibration_angle=-10 sid=42"),
-         "kp: 440 -> 32766\ncalibration_angle: 0 -> -10\nsid: 1 -> 42\n");
+  const std::string changes = "kp: 440 -> 32766\ncalibration_angle: 0 -> -10\nsid: 1 -> 42\n";
+  expectChanges(QStringLiteral("write kp=32766 calibration_angle=-10 sid=42"), changes);
   expectThat(QStringLiteral("read kp calibration_angle --json"), [](const std::string &out) {
     return out.find("\"kp\": {\"number\": 9, \"value\": 32766,") != std::string::npos &&
            out.find("\"calibration_angle\": {\"number\": 15, \"value\": -10,") != std::string::npos;
@@ -88,11 +102,8 @@ TEST_P(Transcript, OfEveryCommandHasTheRightValues) {
                                                 "calibration_angle +0 +-10\n"));
       },
       1);
-  const std::string changes = "kp: 440 -> 32766\ncalibration_angle: 0 -> -10\nsid: 1 -> 42\n";
   expect(QStringLiteral("restore --dry-run ") + first, changes);
-  // A run that was cut short has made some of the changes already.
-  expectThat(QStringLiteral("restore ") + first,
-             [&](const std::string &out) { return out == changes || GetParam().mayLose; });
+  expectChanges(QStringLiteral("restore ") + first, changes);
   expect(QStringLiteral("dump ") + second, "");
   EXPECT_EQ(contentOf(second), contentOf(first));
   EXPECT_TRUE(contentOf(second).contains("\"value\": 32766"));
@@ -123,7 +134,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Line{"ThatLosesOneInFive", "--lose 5 --seed 1", "--timeout 100", true},
                     Line{"ThatLosesOtherOnes", "--lose 5 --seed 2", "--timeout 100", true},
                     Line{"WithAllOfIt", "--lose 5 --noise --split 2 --split-gap 1 --delay 60 --seed 3",
-                         "--timeout 50 --retries 5", true}),
+                         "--timeout 50 --retries 20", true}),
     [](const auto &line) { return std::string(line.param.name); });
 
 TEST(TavrilCtl, ReadsAllTwentyRegistersInTheirOrder) {

@@ -251,9 +251,10 @@ TEST(Trouble, ABridgeThatStartsSlowlyIsWaitedFor) {
 }
 
 TEST(Trouble, AFullDiskIsAFailure) {
-  Program program(QStringLiteral("/bin/sh"),
-                  {QStringLiteral("-c"), QStringLiteral("exec \"$0\" detect --demo >/dev/full"),
-                   QStringLiteral(TAVRILCTL_PROGRAM)});
+  Program program(
+      QStringLiteral("/bin/sh"),
+      {QStringLiteral("-c"), QStringLiteral("exec \"$0\" detect --demo --timeout 60000 >/dev/full"),
+       QStringLiteral(TAVRILCTL_PROGRAM)});
   expectFailure(program.outcome(), 6, "the output could not be written: No space left on device.");
 }
 
