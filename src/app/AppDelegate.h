@@ -1,13 +1,13 @@
 #pragma once
 
 #include "app/PortAnnouncements.h"
-#include "app/StoreController.h"
 #include "platform/UserNotifications.h"
 #include "protocol/CommandSender.h"
 #include "serial/LinkOpener.h"
 #include "serial/PosixError.h"
 #include "serial/SerialPortDelegate.h"
 #include "serial/SerialPortManager.h"
+#include "store/StoreController.h"
 
 #include <QByteArray>
 #include <QString>
