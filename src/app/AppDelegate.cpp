@@ -5,12 +5,10 @@
 #include "platform/Bytes.h"
 #include "platform/Desktop.h"
 #include "platform/Log.h"
-#include "platform/ModalAlert.h"
 #include "platform/NotificationCenter.h"
 #include "platform/ProcessExit.h"
 #include "platform/ScreenElement.h"
 #include "platform/StringTable.h"
-#include "platform/Timers.h"
 #include "protocol/ConnectionState.h"
 #include "protocol/Function.h"
 #include "protocol/RegisterCatalogue.h"
@@ -23,7 +21,6 @@
 #include <QLatin1Char>
 #include <QLatin1String>
 #include <algorithm>
-#include <any>
 #include <cstdint>
 #include <utility>
 
@@ -33,19 +30,6 @@ namespace {
 
 constexpr unsigned long linkBaudRate = 115200;
 constexpr std::chrono::milliseconds settleTime{50};
-constexpr std::chrono::seconds notificationStays{3};
-
-QString portsText(const SerialPortList &ports) {
-  QStringList names;
-  for (const auto &port : ports) names.append(port->description());
-  return listText(names);
-}
-
-SerialPortList portsOf(const Notification &notification, const char16_t *key) {
-  const std::any value = notification.userInfo.value(QString::fromUtf16(key));
-  const auto *ports = std::any_cast<SerialPortList>(&value);
-  return ports ? *ports : SerialPortList();
-}
 
 }  // namespace
 
@@ -62,6 +46,7 @@ AppDelegate::AppDelegate(Token, SharedState &state, const Desktop &desktop, cons
       serial_(serial),
       store_(store),
       startUpWait_(startUpWait),
+      announcements_(state, desktop),
       link_(std::make_shared<ServoLink>()) {}
 
 AppDelegate::~AppDelegate() {
@@ -193,7 +178,9 @@ void AppDelegate::didReceiveData(const Port &, const QByteArray &data) {
   // Kept: C28.
   if (data.size() == 1 && decimal.front() == u"00") {
     showConnection(state_, ConnectionState::NotConnected, desktop_.strings);
-    clearSettings(false);
+    for (const RegisterRow &row : settingRegisters()) {
+      state_.ObjectDictionaryArray.element(row.valueKey).setText(QString());
+    }
   }
 }
 
@@ -242,88 +229,12 @@ void AppDelegate::serialPortWasRemovedFromSystem(const Port &) {
   setSerialPort(nullptr);
   // The port that closes next has no delegate any more to say so.
   showConnection(state_, ConnectionState::NotConnected, desktop_.strings);
-  alertUser(QStringLiteral("Serial Port Was Removed From PC."));
+  announcements_.serialPortWasRemoved();
 }
 
 void AppDelegate::didEncounterError(const Port &port, const PosixError &error) {
   lastSerialError_ = error;
   desktop_.log.warn(error.logLine(port->description()));
-}
-
-// ------------------------------------------------------------------------------------ ports that come and go
-
-void AppDelegate::serialPortsWereConnected(const Notification &notification) {
-  const SerialPortList ports = portsOf(notification, ConnectedSerialPortsKey);
-  desktop_.log.write(QStringLiteral("Ports were connected: ") + portsText(ports));
-  postUserNotificationForConnectedPorts(ports);
-  // Kept: C31.
-  if (ports.empty() || !ports.front()->name().startsWith(u"usb")) return;
-
-  if (alertUser(QStringLiteral("Serial Port Was Connected From PC.")) != ModalAlert::firstButton) return;
-  const auto &port = ports.front();
-  auto &known = state_.allSerialPortsInfo;
-  if (std::ranges::none_of(known, [&](const auto &other) { return other->isEqual(port.get()); })) {
-    known.push_back(port);
-  }
-  desktop_.log.write(QStringLiteral("Find Serial port ") + port->description());
-}
-
-void AppDelegate::serialPortsWereDisconnected(const Notification &notification) {
-  const SerialPortList ports = portsOf(notification, DisconnectedSerialPortsKey);
-  desktop_.log.write(QStringLiteral("Ports were disconnected: ") + portsText(ports));
-  postUserNotificationForDisconnectedPorts(ports);
-}
-
-void AppDelegate::postUserNotificationForConnectedPorts(const SerialPortList &ports) {
-  if (!desktop_.userNotifications) return;
-  for (const auto &port : ports) {
-    // Kept: C34.
-    deliver(QStringLiteral("Serial Port Connected"),
-            QStringLiteral("Serial Port %@ was connected to your Mac."), *port);
-  }
-}
-
-void AppDelegate::postUserNotificationForDisconnectedPorts(const SerialPortList &ports) {
-  if (!desktop_.userNotifications) return;
-  for (std::size_t k = 0; k < ports.size(); ++k) {
-    deliver(QStringLiteral("Serial Port Disconnected"),
-            QStringLiteral("Serial Port %@ was disconnected from your Mac."), *ports[k]);
-    forgetDisconnected(*ports[k], k);
-  }
-}
-
-void AppDelegate::forgetDisconnected(const SerialPort &port, std::size_t position) {
-  auto &known = state_.allSerialPortsInfo;
-  // Kept: C30.
-  if (position >= known.size() || !known[position]->isEqual(&port)) return;
-  known.erase(known.begin() + static_cast<std::ptrdiff_t>(position));
-  clearSettings(true);
-}
-
-void AppDelegate::clearSettings(bool disable) const {
-  for (const RegisterRow &row : settingRegisters()) {
-    ScreenElement &element = state_.ObjectDictionaryArray.element(row.valueKey);
-    element.setText(QString());
-    if (disable) element.setEnabled(false);
-  }
-}
-
-void AppDelegate::deliver(const QString &titleKey, const QString &formatKey, const SerialPort &port) {
-  UserNotification notification;
-  notification.title = desktop_.strings.text(titleKey);
-  notification.informativeText = desktop_.strings.text(formatKey).replace(QStringLiteral("%@"), port.name());
-  notification.soundName = std::nullopt;
-  desktop_.userNotifications->deliver(notification);
-}
-
-void AppDelegate::didDeliverNotification(UserNotificationCenter &center,
-                                         const UserNotification &notification) {
-  desktop_.timers.oneShot(notificationStays,
-                          [&center, notification] { center.removeDeliveredNotification(notification); });
-}
-
-bool AppDelegate::shouldPresentNotification(UserNotificationCenter &, const UserNotification &) {
-  return true;
 }
 
 // --------------------------------------------------------------------------------------------- menu actions
@@ -342,16 +253,6 @@ void AppDelegate::DetectionMotro() {
 
 void AppDelegate::request(const QString &word) {
   if (state_.ToolbarFlag.isEmpty()) state_.ToolbarFlag = word;
-}
-
-// -------------------------------------------------------------------------------------------------- helpers
-
-// Kept: C33.
-int AppDelegate::alertUser(const QString &informativeText) {
-  const int answer =
-      desktop_.alert.run({QStringLiteral("Serial Notice"), informativeText, {QStringLiteral("OK")}});
-  if (answer == ModalAlert::firstButton) desktop_.log.write(QStringLiteral("OK"));
-  return answer;
 }
 
 }  // namespace tavril

@@ -1,12 +1,13 @@
 #pragma once
 
-#include "app/StoreController.h"
+#include "app/PortAnnouncements.h"
 #include "platform/UserNotifications.h"
 #include "protocol/CommandSender.h"
 #include "serial/LinkOpener.h"
 #include "serial/PosixError.h"
 #include "serial/SerialPortDelegate.h"
 #include "serial/SerialPortManager.h"
+#include "store/StoreController.h"
 
 #include <QByteArray>
 #include <QString>
@@ -57,7 +58,7 @@ inline constexpr MenuTitle menuTitles[]{
 };
 
 /// The application's delegate: start-up, menu actions, and the one link to the servo. It opens the port,
-/// sends the commands, accepts the replies and reports ports that come, go or fail. Main thread only.
+/// sends the commands and accepts the replies.
 class AppDelegate final : public SerialPortDelegate,
                           public CommandSender,
                           public LinkOpener,
@@ -69,7 +70,6 @@ class AppDelegate final : public SerialPortDelegate,
   /// How long the bridge behind a port needs after the port was opened, before it answers. Kept: C32.
   static constexpr std::chrono::milliseconds bridgeStartUp{5000};
 
-  /// Owns nothing it is given; all of it must outlive the delegate.
   static std::shared_ptr<AppDelegate> make(SharedState &state, const Desktop &desktop,
                                            const SerialEnvironment &serial, StoreController &store,
                                            std::chrono::milliseconds startUpWait = bridgeStartUp);
@@ -134,30 +134,37 @@ class AppDelegate final : public SerialPortDelegate,
   void serialPortWasOpened(const Port &port) override;
   void serialPortWasClosed(const Port &port) override;
 
-  void serialPortsWereConnected(const Notification &notification);
-  void serialPortsWereDisconnected(const Notification &notification);
-  void postUserNotificationForConnectedPorts(const SerialPortList &ports);
-  void postUserNotificationForDisconnectedPorts(const SerialPortList &ports);
-  void didDeliverNotification(UserNotificationCenter &center, const UserNotification &notification) override;
-  bool shouldPresentNotification(UserNotificationCenter &center,
-                                 const UserNotification &notification) override;
+  /// Ports that come and go, and what the user is told of them, see PortAnnouncements.
+  void serialPortsWereConnected(const Notification &notification) {
+    announcements_.serialPortsWereConnected(notification);
+  }
+  void serialPortsWereDisconnected(const Notification &notification) {
+    announcements_.serialPortsWereDisconnected(notification);
+  }
+  void postUserNotificationForConnectedPorts(const SerialPortList &ports) {
+    announcements_.postUserNotificationForConnectedPorts(ports);
+  }
+  void postUserNotificationForDisconnectedPorts(const SerialPortList &ports) {
+    announcements_.postUserNotificationForDisconnectedPorts(ports);
+  }
+  void didDeliverNotification(UserNotificationCenter &center, const UserNotification &notification) override {
+    announcements_.didDeliverNotification(center, notification);
+  }
+  bool shouldPresentNotification(UserNotificationCenter &, const UserNotification &) override { return true; }
 
  private:
   bool acceptFrame(const QByteArray &data, const QStringList &decimal, const QStringList &hexadecimal);
   void remember(const QByteArray &data);
   void restartReading(const QStringList &decimal);
-  void clearSettings(bool disable) const;
-  void forgetDisconnected(const SerialPort &port, std::size_t position);
-  int alertUser(const QString &informativeText);
   void request(const QString &word);
   void showWhetherGuestsAreServed();
-  void deliver(const QString &titleKey, const QString &formatKey, const SerialPort &port);
 
   SharedState &state_;
   const Desktop &desktop_;
   const SerialEnvironment &serial_;
   StoreController &store_;
   const std::chrono::milliseconds startUpWait_;
+  PortAnnouncements announcements_;
   std::shared_ptr<SerialPortManager> serialPortManager_;
   std::shared_ptr<SerialPort> serialPort_;
   const std::shared_ptr<ServoLink> link_;

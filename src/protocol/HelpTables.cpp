@@ -6,6 +6,7 @@
 
 #include <QString>
 #include <QStringList>
+#include <QStringView>
 
 #include <array>
 
@@ -13,40 +14,46 @@ namespace tavril {
 
 namespace {
 
+// One text, or the texts of the register's choices.
+using HelpText = std::array<QStringView, 3>;
+
 // Kept: C2.
-std::array<HelpEntry, wire::settingCount> helpTexts() {
-  return {{
-      // Kept: C3.
-      QStringList{QStringLiteral("系統沒有馬達"), QStringLiteral("系統有兩顆以上的馬達")},
-      QStringList{QStringLiteral("Only STAT command reply"),
-                  QStringLiteral("Only EEPROM/RAM RAED and STAT commands reply"),
-                  QStringLiteral("All commands reply")},
-      QStringList{QStringLiteral("Show System Error Alarm LED"), QStringLiteral("User Control LED")},
-      QStringList{QStringLiteral("Disable Shut Down Operation"),
-                  QStringLiteral("Shut Down Servo When Voltage/Current/Temperature Is Over The Setting "
-                                 "Value")},
-      QStringLiteral("The limitation of Orvane servo operating temperature. The value is in degrees "
-                     "Celsius."),
-      QStringLiteral("The minimum value of Orvane servo operating voltage."),
-      QStringLiteral("The maximum value of Orvane servo operating voltage."),
-      QStringLiteral("The max value of Orvane servo operating current."),
-      QStringLiteral("Servo position control parameter, proportional gain constant Kp. Output torque "
-                     "applied to motor is adjusted by multiplying Kp and current position error"),
-      QStringLiteral("Servo position control parameter, integral gain constant Ki. Output torque applied "
-                     "to motor is adjusted by multiplying Ki and summation of error over operating time."),
-      // Kept: C4.
-      QStringLiteral("Servo position control parameter, derivative gain constant Ki. Output torque applied "
-                     "to motor is adjusted by multiplying Kd and slope of error over operating time."),
-      QStringLiteral("Over temperature error check period. The value is 10ms/Tick. For example, 120 ms is "
-                     "represented as value 12."),
-      QStringLiteral("Over/under voltage error check period. The value is 10ms/Tick. For example, 120 ms "
-                     "is represented as value 12."),
-      QStringLiteral("Over current error check period. The value is 10ms/Tick. For example, 120 ms is "
-                     "represented as value 12."),
-      // Kept: C5.
-      QStringLiteral("This value shows present supplying current. The value is 200 times the actual "
-                     "current."),
-  }};
+constexpr std::array<HelpText, wire::settingCount> helpTexts{{
+    // Kept: C3.
+    {u"系統沒有馬達", u"系統有兩顆以上的馬達"},
+    {u"Only STAT command reply", u"Only EEPROM/RAM RAED and STAT commands reply", u"All commands reply"},
+    {u"Show System Error Alarm LED", u"User Control LED"},
+    {u"Disable Shut Down Operation",
+     u"Shut Down Servo When Voltage/Current/Temperature Is Over The Setting Value"},
+    {u"The limitation of Orvane servo operating temperature. The value is in degrees Celsius."},
+    {u"The minimum value of Orvane servo operating voltage."},
+    {u"The maximum value of Orvane servo operating voltage."},
+    {u"The max value of Orvane servo operating current."},
+    {u"Servo position control parameter, proportional gain constant Kp. Output torque applied to motor is "
+     u"adjusted by multiplying Kp and current position error"},
+    {u"Servo position control parameter, integral gain constant Ki. Output torque applied to motor is "
+     u"adjusted by multiplying Ki and summation of error over operating time."},
+    // Kept: C4.
+    {u"Servo position control parameter, derivative gain constant Ki. Output torque applied to motor is "
+     u"adjusted by multiplying Kd and slope of error over operating time."},
+    {u"Over temperature error check period. The value is 10ms/Tick. For example, 120 ms is represented as "
+     u"value 12."},
+    {u"Over/under voltage error check period. The value is 10ms/Tick. For example, 120 ms is represented as "
+     u"value 12."},
+    {u"Over current error check period. The value is 10ms/Tick. For example, 120 ms is represented as "
+     u"value 12."},
+    // Kept: C5.
+    {u"This value shows present supplying current. The value is 200 times the actual current."},
+}};
+static_assert(!helpTexts.back().front().isEmpty(), "each setting has a help text");
+
+HelpEntry entryOf(const HelpText &help) {
+  QStringList texts;
+  for (const QStringView text : help) {
+    if (!text.isEmpty()) texts.append(text.toString());
+  }
+  if (texts.size() == 1) return texts.front();
+  return texts;
 }
 
 }  // namespace
@@ -57,10 +64,9 @@ void buildHelpTables(SharedState &state, Log &log) {
   log.write(QStringLiteral("Key count=%1").arg(state.Key.size()));
 
   state.Msg.clear();
-  const auto texts = helpTexts();
-  for (std::size_t i = 0; i < texts.size(); ++i) {
+  for (std::size_t i = 0; i < helpTexts.size(); ++i) {
     const QString &key = state.Key.at(static_cast<qsizetype>(i));
-    state.Msg.insert(key, texts[i]);
+    state.Msg.insert(key, entryOf(helpTexts[i]));
     log.write(QStringLiteral("i=%1,%2").arg(QString::number(i), key));
   }
 }

@@ -1,7 +1,7 @@
-#include "platform/ManagedObjectContext.h"
-#include "platform/PersistentStoreCoordinator.h"
 #include "protocol/RegisterCatalogue.h"
 #include "serial/DeliveryRule.h"
+#include "store/ManagedObjectContext.h"
+#include "store/PersistentStoreCoordinator.h"
 #include "tests/app/LinkBench.h"
 #include "tests/support/WaitFor.h"
 

@@ -1,12 +1,12 @@
 #pragma once
 
 #include "app/AppDelegate.h"
-#include "platform/AlertErrorPresenter.h"
 #include "platform/Desktop.h"
 #include "platform/linux/PosixPrivateFiles.h"
 #include "protocol/Function.h"
 #include "protocol/PlainScreen.h"
 #include "protocol/SharedState.h"
+#include "store/AlertErrorPresenter.h"
 #include "tests/support/AnsweringAlert.h"
 #include "tests/support/KeyTable.h"
 #include "tests/support/ManualTimers.h"

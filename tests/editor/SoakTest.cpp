@@ -1,18 +1,18 @@
 #include "app/AppDelegate.h"
-#include "app/StoreController.h"
-#include "platform/AlertErrorPresenter.h"
 #include "platform/linux/PosixTerminalCalls.h"
+#include "platform/linux/ThreadBackground.h"
 #include "protocol/Function.h"
 #include "protocol/RegisterCatalogue.h"
 #include "simulator/FrameEndpoint.h"
 #include "simulator/ServoModel.h"
+#include "store/AlertErrorPresenter.h"
+#include "store/StoreController.h"
 #include "tests/editor/EditorBench.h"
 #include "tests/support/FakeDevices.h"
 #include "tests/support/MemoryFiles.h"
 #include "tests/support/MemoryTerminal.h"
 #include "tests/support/ProcessCounts.h"
 #include "tests/support/SerialBench.h"
-#include "tests/support/VirtualTimeBackground.h"
 #include "tests/support/Watchdog.h"
 
 #include <gtest/gtest.h>
@@ -42,6 +42,33 @@ class CountingNotifications final : public UserNotificationCenter {
 
  private:
   std::weak_ptr<UserNotificationCenterDelegate> delegate_;
+};
+
+/// Background work on a virtual clock: what repeats ticks on the clock's thread, all else has real threads.
+class VirtualTimeBackground final : public Background {
+ public:
+  explicit VirtualTimeBackground(Timers &timers) : timers_(timers) {}
+
+  void run(Job job) override { threads_.run(std::move(job)); }
+  std::shared_ptr<RepeatingWork> repeat(std::chrono::milliseconds interval, Job tick) override {
+    auto repeat = std::make_shared<Repeat>();
+    repeat->timer = timers_.repeating(interval, tick);
+    tick();
+    return repeat;
+  }
+  std::shared_ptr<SerialQueue> serialQueue(const QString &label) override {
+    return threads_.serialQueue(label);
+  }
+
+ private:
+  struct Repeat final : RepeatingWork {
+    void cancel() override { timer->stop(); }
+    std::shared_ptr<Timer> timer;
+  };
+
+  Timers &timers_;
+  // A queue's thread ends at once when it has nothing to do, so that none is left over from the last session.
+  ThreadBackground threads_{std::chrono::milliseconds(0)};
 };
 
 /// Counts the alerts, and answers each with its first button.

@@ -1,4 +1,4 @@
-#include "platform/ManagedObjectModel.h"
+#include "store/ManagedObjectModel.h"
 #include "tests/fuzz/FuzzTarget.h"
 #include "tests/fuzz/Invariant.h"
 

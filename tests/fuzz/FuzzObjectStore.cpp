@@ -1,9 +1,9 @@
-#include "platform/PersistentStoreCoordinator.h"
-#include "platform/StoreDocument.h"
+#include "store/PersistentStoreCoordinator.h"
+#include "store/StoreDocument.h"
 #include "tests/fuzz/FuzzTarget.h"
 #include "tests/fuzz/Invariant.h"
+#include "tests/store/NotesModel.h"
 #include "tests/support/MemoryFiles.h"
-#include "tests/support/NotesModel.h"
 
 // Any bytes as a store file: it is refused, with words and left as it is, or it is understood, and then what
 // is saved again reads back the same and is the same file from then on.

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "app/AppDelegate.h"
-#include "app/StoreController.h"
-#include "platform/AlertErrorPresenter.h"
 #include "protocol/PlainScreen.h"
 #include "protocol/SharedState.h"
+#include "store/AlertErrorPresenter.h"
+#include "store/StoreController.h"
 #include "tests/fuzz/Invariant.h"
 #include "tests/support/ManualBackground.h"
 #include "tests/support/MemoryFiles.h"

@@ -1,6 +1,6 @@
 // What the program connects with each other, as it really does so.
 #include "editor/windows/DoctorWindow.h"
-#include "platform/ManagedObjectContext.h"
+#include "store/ManagedObjectContext.h"
 #include "tests/gui/GuiBench.h"
 #include "tools/ConverterWindow.h"
 #include "tools/FileListWindow.h"

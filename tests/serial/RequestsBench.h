@@ -2,7 +2,7 @@
 
 #include "platform/linux/ThreadBackground.h"
 #include "serial/SerialRequest.h"
-#include "tests/support/ManualQueue.h"
+#include "tests/support/ManualSerialQueue.h"
 #include "tests/support/SerialBench.h"
 #include "tests/support/WaitFor.h"
 
@@ -23,12 +23,12 @@ class ManualQueueBackground final : public Background {
     return threads_.repeat(interval, std::move(tick));
   }
   std::shared_ptr<SerialQueue> serialQueue(const QString &label) override {
-    queue = std::make_shared<ManualQueue>(label);
+    queue = std::make_shared<ManualSerialQueue>(label);
     return queue;
   }
 
   /// The one that was made last.
-  std::shared_ptr<ManualQueue> queue;
+  std::shared_ptr<ManualSerialQueue> queue;
 
  private:
   ThreadBackground threads_;
@@ -100,7 +100,7 @@ class RequestsBench : public testing::Test {
   Pty pty;
   SerialBench<ManualQueueBackground> bench;
   std::shared_ptr<SerialPort> port = bench.port("usbport-test", pty.path());
-  std::shared_ptr<ManualQueue> queue = bench.background.queue;
+  std::shared_ptr<ManualSerialQueue> queue = bench.background.queue;
   std::shared_ptr<RecordingDelegate> delegate = std::make_shared<RecordingDelegate>();
   QByteArray wasSent;
 };

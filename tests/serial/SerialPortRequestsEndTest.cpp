@@ -131,7 +131,7 @@ TEST_F(SerialPortRequestsEnd, TheTimeOutOfARequestThatClosingForgotEndsWithIt) {
   port->sendRequest(request("one", 1));
   port->close();
   queue->runAll();
-  EXPECT_EQ(queue->timersRunning(), 0);
+  EXPECT_EQ(queue->timers().running(), 0u);
   ASSERT_TRUE(port->open());
   const auto patient = request("two");
   port->sendRequest(patient);
@@ -304,7 +304,7 @@ TEST_F(SerialPortRequestsEnd, APortThatIsDroppedGoesWithItsRequestsAndTimeOutAnd
   bench.allSerialPortsInfo.clear();
   port.reset();
   EXPECT_TRUE(waitFor([&] { return weak.expired() && waiting.expired(); }));
-  EXPECT_EQ(queue->timersRunning(), 0);
+  EXPECT_EQ(queue->timers().running(), 0u);
   queue->advance(10s);
   runAll();
   EXPECT_TRUE(delegate->events.isEmpty());

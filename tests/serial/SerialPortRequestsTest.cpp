@@ -155,7 +155,7 @@ TEST_F(SerialPortRequests, ARequestWithoutAnEvaluatorCompletesByItsOwnSendingAnd
 
 TEST_F(SerialPortRequests, ARequestWithoutAnEvaluatorHasNoTimeLeftToRunOut) {
   port->sendRequest(SerialRequest::requestWithDataToSend("x", {}, 0.1, {}));
-  EXPECT_EQ(queue->timersRunning(), 0);
+  EXPECT_EQ(queue->timers().running(), 0u);
   queue->advance(1s);
   runAll();
   EXPECT_TRUE(delegate->events.isEmpty());
@@ -280,16 +280,17 @@ TEST_F(SerialPortRequests, AnyNumberMayCompleteInOneGo) {
 
 TEST_F(SerialPortRequests, ATimeOutIsATimerOfThatIntervalWithATenthOfItAsLeeway) {
   port->sendRequest(request("ask", 1.5));
-  ASSERT_EQ(queue->repeats.size(), 1u);
-  EXPECT_EQ(queue->repeats[0]->interval, 1500000000ns);
-  EXPECT_EQ(queue->repeats[0]->leeway, 150000000ns);
+  const auto &timers = queue->timers().entries();
+  ASSERT_EQ(timers.size(), 1u);
+  EXPECT_EQ(timers[0]->interval, 1500000000ns);
+  EXPECT_EQ(timers[0]->leeway, 150000000ns);
 }
 
 TEST_F(SerialPortRequests, TimeOutsOfNothingAndLessAndOfNoNumberAreNone) {
   for (const double none : {0.0, -0.0, -1.0, std::numeric_limits<double>::quiet_NaN(),
                             -std::numeric_limits<double>::infinity()}) {
     port->sendRequest(request("ask", none));
-    EXPECT_EQ(queue->timersRunning(), 0) << none;
+    EXPECT_EQ(queue->timers().running(), 0u) << none;
     answer("!");
   }
 }
@@ -297,8 +298,8 @@ TEST_F(SerialPortRequests, TimeOutsOfNothingAndLessAndOfNoNumberAreNone) {
 TEST_F(SerialPortRequests, TimeOutsBeyondCountingLastAsLongAsAnybodyWaits) {
   for (const double endless : {1e10, 1e300, std::numeric_limits<double>::infinity()}) {
     port->sendRequest(request("ask", endless));
-    ASSERT_EQ(queue->timersRunning(), 1) << endless;
-    EXPECT_GT(queue->repeats.back()->interval, std::chrono::years(99));
+    ASSERT_EQ(queue->timers().running(), 1u) << endless;
+    EXPECT_GT(queue->timers().entries().back()->interval, std::chrono::years(99));
     answer("!");
   }
 }
@@ -325,7 +326,7 @@ TEST_F(SerialPortRequests, AResponseInTimeStopsTheTimer) {
   port->sendRequest(request("ask", 1));
   queue->advance(999ms);
   answer("ok!");
-  EXPECT_EQ(queue->timersRunning(), 0);
+  EXPECT_EQ(queue->timers().running(), 0u);
   queue->advance(10s);
   runAll();
   EXPECT_EQ(delegate->events, QStringList{"response"});
@@ -337,7 +338,7 @@ TEST_F(SerialPortRequests, EachRequestHasATimeOutOfItsOwnFromWhenItIsSent) {
   port->sendRequest(first);
   queue->advance(600ms);
   port->sendRequest(second);
-  EXPECT_EQ(queue->timersRunning(), 1);
+  EXPECT_EQ(queue->timers().running(), 1u);
   answer("ok!");
   queue->advance(900ms);
   runAll();
@@ -345,7 +346,7 @@ TEST_F(SerialPortRequests, EachRequestHasATimeOutOfItsOwnFromWhenItIsSent) {
   queue->advance(100ms);
   runAll();
   EXPECT_EQ(delegate->timeouts, Requests{second});
-  EXPECT_EQ(queue->timersRunning(), 0) << "a timer repeats, but a time-out is told once";
+  EXPECT_EQ(queue->timers().running(), 0u) << "a timer repeats, but a time-out is told once";
   queue->advance(10s);
   runAll();
   EXPECT_EQ(delegate->timeouts.size(), 1u);

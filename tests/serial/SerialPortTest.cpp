@@ -361,14 +361,14 @@ TEST(SerialPortPins, AreLookedAtEveryTenMillisecondsAsLongAsThePortIsOpen) {
   SerialBench<ManualBackground> bench;
   const auto port = bench.port("usbport-test", pty.path());
   ASSERT_TRUE(port->open());
-  const auto &repeats = bench.background.repeats;
+  const auto &repeats = bench.background.repeats();
   ASSERT_EQ(repeats.size(), 1u);
   EXPECT_EQ(repeats[0]->interval, 10ms);
   const int before = bench.terminal.count(Call::Pins);
   bench.background.tick();
   EXPECT_EQ(bench.terminal.count(Call::Pins), before + 1);
   EXPECT_TRUE(port->close());
-  EXPECT_TRUE(repeats[0]->cancelled);
+  EXPECT_TRUE(repeats[0]->stopped);
 }
 
 TEST_F(SerialPortOnPty, InputPinsArePolledAndToldOnTheMainThread) {

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "platform/Background.h"
-#include "tests/support/ManualQueue.h"
+#include "tests/support/ManualSerialQueue.h"
+#include "tests/support/ManualTimers.h"
 
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace tavril {
@@ -12,37 +14,30 @@ namespace tavril {
 /// and can be looked at and ticked.
 class ManualBackground final : public Background {
  public:
-  struct Repeat final : RepeatingWork {
-    void cancel() override { cancelled = true; }
-    bool cancelled = false;
-    std::chrono::milliseconds interval{};
-    Job job;
-  };
-
   void run(Job job) override { jobs.push_back(std::move(job)); }
   std::shared_ptr<RepeatingWork> repeat(std::chrono::milliseconds interval, Job tick) override {
-    auto made = std::make_shared<Repeat>();
-    made->interval = interval;
-    made->job = std::move(tick);
-    repeats.push_back(made);
-    return made;
+    return timers_.start(interval, true, std::move(tick));
   }
   std::shared_ptr<SerialQueue> serialQueue(const QString &label) override {
-    queues.push_back(std::make_shared<ManualQueue>(label));
-    return queues.back();
+    queues_.push_back(std::make_shared<ManualSerialQueue>(label));
+    return queues_.back();
   }
 
   /// One tick of everything that repeats and is not cancelled.
   void tick() {
-    const auto all = repeats;
+    const auto all = repeats();
     for (const auto &repeat : all) {
-      if (!repeat->cancelled) repeat->job();
+      if (!repeat->stopped) repeat->job();
     }
   }
 
+  const ManualTimers::Entries &repeats() const { return timers_.entries(); }
+
   std::vector<Job> jobs;
-  std::vector<std::shared_ptr<Repeat>> repeats;
-  std::vector<std::shared_ptr<ManualQueue>> queues;
+
+ private:
+  ManualTimers timers_;
+  std::vector<std::shared_ptr<ManualSerialQueue>> queues_;
 };
 
 }  // namespace tavril

@@ -1,99 +1,93 @@
 #pragma once
 
-#include "platform/Background.h"
-#include "tests/support/ManualJobs.h"
-
-#include <algorithm>
-#include <atomic>
 #include <chrono>
-#include <memory>
+#include <condition_variable>
+#include <cstddef>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <thread>
 #include <utility>
-#include <vector>
 
 namespace tavril {
 
-/// A serial queue without a thread: its jobs run when the test says so, on the thread that made the queue,
-/// and its timers go by a clock that moves only when it is told to. Any thread may bring a job.
-class ManualQueue final : public SerialQueue {
+/// Jobs that run when the test says so, on the thread that made the queue, in the order in which they were
+/// added. Any thread may add one. The base of the other queues.
+class ManualQueue {
  public:
-  using Duration = std::chrono::nanoseconds;
+  /// Long enough never to be reached by a test that works.
+  static constexpr std::chrono::seconds patience{30};
 
-  struct Repeat final : RepeatingWork {
-    void cancel() override { cancelled = true; }
-    std::atomic<bool> cancelled = false;
-    Duration interval{};
-    Duration leeway{};
-    Duration due{};
-    Job tick;
-  };
-
-  explicit ManualQueue(QString label) : label_(std::move(label)) {}
-
-  void async(Job job) override {
-    jobs_.add(std::move(job));
-    if (!jobs_.isOwnThread()) ++broughtByOthers_;
+  void add(std::function<void()> job) {
+    const std::lock_guard lock(mutex_);
+    if (isDropped_) return;
+    jobs_.push_back(std::move(job));
+    added_.notify_all();
   }
-  /// Only on the thread that made the queue: runs what came before as well.
-  void sync(Job job) override {
-    async(std::move(job));
-    runAll();
+  std::size_t pending() const {
+    const std::lock_guard lock(mutex_);
+    return jobs_.size();
   }
-  std::shared_ptr<RepeatingWork> repeat(Duration interval, Duration leeway, Job tick) override {
-    auto made = std::make_shared<Repeat>();
-    made->interval = interval;
-    made->leeway = leeway;
-    made->due = now_ + interval;
-    made->tick = std::move(tick);
-    repeats.push_back(made);
-    return made;
-  }
-  bool isCurrent() const override { return jobs_.isOwnThread() && jobs_.isRunning(); }
-  QString label() const override { return label_; }
 
-  void runAll() { jobs_.runAll(); }
+  /// Runs the jobs that are there and those that they add; returns how many ran.
+  std::size_t runAll() {
+    std::size_t ran = 0;
+    std::unique_lock lock(mutex_);
+    for (; !jobs_.empty(); ++ran) runFirst(lock);
+    return ran;
+  }
+  /// Waits for a job, if there is none yet, and runs it. False when none came.
+  bool runNext() {
+    std::unique_lock lock(mutex_);
+    if (!added_.wait_for(lock, patience, [this] { return !jobs_.empty(); })) return false;
+    runFirst(lock);
+    return true;
+  }
+  /// Runs jobs as they come until the condition, which is looked at after each, holds. False when it never
+  /// does.
   template <typename Condition>
   bool runUntil(Condition condition) {
-    return jobs_.runUntil(condition);
-  }
-  /// Moves the clock and runs what is there; a tick runs when it comes due.
-  void advance(Duration time) {
-    const Duration end = now_ + time;
-    runAll();
-    while (const std::shared_ptr<Repeat> next = nextDue(end)) {
-      now_ = next->due;
-      next->due += next->interval;
-      async([next] {
-        if (!next->cancelled) next->tick();
-      });
-      runAll();
+    while (!condition()) {
+      if (!runNext()) return false;
     }
-    now_ = end;
+    return true;
+  }
+  /// Drops the jobs that have not run. No others are taken from now on.
+  void drop() {
+    std::deque<std::function<void()>> dropped;  // go without the lock: what they hold may add jobs
+    const std::lock_guard lock(mutex_);
+    isDropped_ = true;
+    dropped.swap(jobs_);
   }
 
-  /// How many jobs have come from other threads.
-  int broughtByOthers() const { return broughtByOthers_; }
-
-  /// How many timers have not been cancelled.
-  long timersRunning() const {
-    return std::ranges::count_if(repeats, [](const auto &repeat) { return !repeat->cancelled; });
+ protected:
+  bool isDropped() const {
+    const std::lock_guard lock(mutex_);
+    return isDropped_;
   }
 
-  std::vector<std::shared_ptr<Repeat>> repeats;
+  bool isOwnThread() const { return std::this_thread::get_id() == thread_; }
+  /// Only on the thread that made the queue.
+  bool isRunning() const { return isRunning_; }
 
  private:
-  std::shared_ptr<Repeat> nextDue(Duration end) const {
-    std::shared_ptr<Repeat> next;
-    for (const auto &repeat : repeats) {
-      if (repeat->cancelled || repeat->due > end) continue;
-      if (!next || repeat->due < next->due) next = repeat;
-    }
-    return next;
+  void runFirst(std::unique_lock<std::mutex> &lock) {
+    std::function<void()> job = std::move(jobs_.front());
+    jobs_.pop_front();
+    lock.unlock();
+    isRunning_ = true;
+    job();
+    isRunning_ = false;
+    job = nullptr;
+    lock.lock();
   }
 
-  const QString label_;
-  ManualJobs jobs_;
-  std::atomic<int> broughtByOthers_ = 0;
-  Duration now_{};
+  const std::thread::id thread_ = std::this_thread::get_id();
+  mutable std::mutex mutex_;
+  std::condition_variable added_;
+  std::deque<std::function<void()>> jobs_;
+  bool isDropped_ = false;
+  bool isRunning_ = false;
 };
 
 }  // namespace tavril

@@ -1,8 +1,10 @@
 #pragma once
 
+#include "platform/Background.h"
 #include "platform/Timers.h"
 
 #include <algorithm>
+#include <atomic>
 #include <utility>
 #include <vector>
 
@@ -12,6 +14,21 @@ namespace tavril {
 /// the same time in the order in which they were started.
 class ManualTimers final : public Timers {
  public:
+  using Duration = std::chrono::nanoseconds;
+
+  struct Entry final : Timer, RepeatingWork {
+    void stop() override { stopped = true; }
+    void cancel() override { stopped = true; }
+
+    Duration interval{};
+    Duration leeway{};
+    Duration due{};
+    bool repeats = false;
+    std::atomic<bool> stopped = false;
+    Job job;
+  };
+  using Entries = std::vector<std::shared_ptr<Entry>>;
+
   std::shared_ptr<Timer> repeating(Interval interval, Job job) override {
     return start(std::max(interval, Interval(1)), true, std::move(job));
   }
@@ -20,9 +37,19 @@ class ManualTimers final : public Timers {
     return start(std::max(delay, Interval(0)), false, std::move(job));
   }
 
+  std::shared_ptr<Entry> start(Duration interval, bool repeats, Job job) {
+    auto entry = std::make_shared<Entry>();
+    entry->interval = interval;
+    entry->due = now_ + interval;
+    entry->repeats = repeats;
+    entry->job = std::move(job);
+    entries_.push_back(entry);
+    return entry;
+  }
+
   /// Moves the clock; a job sees the clock at the time for which it was due.
-  void advance(Interval time) {
-    const Interval end = now_ + time;
+  void advance(Duration time) {
+    const Duration end = now_ + time;
     while (const std::shared_ptr<Entry> next = nextDue(end)) {
       now_ = std::max(now_, next->due);
       if (next->repeats) {
@@ -34,39 +61,21 @@ class ManualTimers final : public Timers {
       job();
     }
     now_ = end;
-    std::erase_if(entries_, [](const std::shared_ptr<Entry> &entry) { return entry->stopped; });
+    std::erase_if(entries_, [](const std::shared_ptr<Entry> &entry) { return entry->stopped.load(); });
   }
 
-  Interval now() const { return now_; }
+  Interval now() const { return std::chrono::duration_cast<Interval>(now_); }
 
+  /// The timers in the order in which they were started; those that have stopped go when the clock moves.
+  const Entries &entries() const { return entries_; }
   /// How many timers have neither ended nor been stopped.
   std::size_t running() const {
     return static_cast<std::size_t>(
-        std::count_if(entries_.begin(), entries_.end(), [](const auto &entry) { return !entry->stopped; }));
+        std::ranges::count_if(entries_, [](const auto &entry) { return !entry->stopped; }));
   }
 
  private:
-  struct Entry final : Timer {
-    void stop() override { stopped = true; }
-
-    Interval interval{};
-    Interval due{};
-    bool repeats = false;
-    bool stopped = false;
-    Job job;
-  };
-
-  std::shared_ptr<Timer> start(Interval interval, bool repeats, Job job) {
-    auto entry = std::make_shared<Entry>();
-    entry->interval = interval;
-    entry->due = now_ + interval;
-    entry->repeats = repeats;
-    entry->job = std::move(job);
-    entries_.push_back(entry);
-    return entry;
-  }
-
-  std::shared_ptr<Entry> nextDue(Interval end) const {
+  std::shared_ptr<Entry> nextDue(Duration end) const {
     std::shared_ptr<Entry> next;
     for (const std::shared_ptr<Entry> &entry : entries_) {
       if (entry->stopped || entry->due > end) continue;
@@ -75,8 +84,8 @@ class ManualTimers final : public Timers {
     return next;
   }
 
-  Interval now_{};
-  std::vector<std::shared_ptr<Entry>> entries_;
+  Duration now_{};
+  Entries entries_;
 };
 
 }  // namespace tavril

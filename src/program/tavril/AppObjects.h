@@ -2,13 +2,13 @@
 
 #include "app/AppDelegate.h"
 #include "app/LanguageChoice.h"
-#include "app/StoreController.h"
-#include "platform/AlertErrorPresenter.h"
 #include "platform/Desktop.h"
 #include "platform/NotificationCenter.h"
 #include "program/SerialObjects.h"
 #include "program/tavril/AppServices.h"
 #include "protocol/SharedState.h"
+#include "store/AlertErrorPresenter.h"
+#include "store/StoreController.h"
 
 #include <chrono>
 #include <memory>

@@ -1,7 +1,7 @@
-#include "platform/ManagedObjectContext.h"
-#include "platform/PersistentStoreCoordinator.h"
+#include "store/ManagedObjectContext.h"
+#include "store/PersistentStoreCoordinator.h"
+#include "tests/store/NotesModel.h"
 #include "tests/support/MemoryFiles.h"
-#include "tests/support/NotesModel.h"
 
 #include <gtest/gtest.h>
 

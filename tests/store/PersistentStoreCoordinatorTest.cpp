@@ -1,8 +1,8 @@
-#include "platform/ObjectStoreError.h"
-#include "platform/PersistentStoreCoordinator.h"
-#include "platform/StoreDocument.h"
+#include "store/ObjectStoreError.h"
+#include "store/PersistentStoreCoordinator.h"
+#include "store/StoreDocument.h"
+#include "tests/store/NotesModel.h"
 #include "tests/support/MemoryFiles.h"
-#include "tests/support/NotesModel.h"
 
 #include <gtest/gtest.h>
 

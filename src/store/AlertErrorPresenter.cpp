@@ -1,4 +1,4 @@
-#include "platform/AlertErrorPresenter.h"
+#include "store/AlertErrorPresenter.h"
 
 #include "platform/Error.h"
 #include "platform/ModalAlert.h"

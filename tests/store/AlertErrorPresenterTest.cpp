@@ -1,5 +1,5 @@
-#include "platform/AlertErrorPresenter.h"
 #include "platform/Error.h"
+#include "store/AlertErrorPresenter.h"
 #include "tests/support/AnsweringAlert.h"
 
 #include <gtest/gtest.h>

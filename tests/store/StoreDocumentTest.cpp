@@ -1,5 +1,5 @@
-#include "platform/StoreDocument.h"
-#include "tests/support/NotesModel.h"
+#include "store/StoreDocument.h"
+#include "tests/store/NotesModel.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
-#include "platform/ManagedObjectContext.h"
+#include "store/ManagedObjectContext.h"
 
-#include "platform/PersistentStoreCoordinator.h"
+#include "store/PersistentStoreCoordinator.h"
 
 #include <algorithm>
 #include <utility>

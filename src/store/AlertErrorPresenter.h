@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/ErrorPresenter.h"
+#include "store/ErrorPresenter.h"
 
 namespace tavril {
 

@@ -1,7 +1,7 @@
-#include "platform/StoreDocument.h"
+#include "store/StoreDocument.h"
 
-#include "platform/ManagedObjectModel.h"
-#include "platform/StrictXml.h"
+#include "store/ManagedObjectModel.h"
+#include "store/StrictXml.h"
 
 #include <QLocale>
 #include <QMetaType>

@@ -1,13 +1,13 @@
-#include "app/StoreController.h"
+#include "store/StoreController.h"
 
 #include "platform/Desktop.h"
-#include "platform/ErrorPresenter.h"
 #include "platform/Log.h"
-#include "platform/ManagedObjectContext.h"
 #include "platform/ModalAlert.h"
-#include "platform/PersistentStoreCoordinator.h"
 #include "platform/PrivateFiles.h"
 #include "platform/StringTable.h"
+#include "store/ErrorPresenter.h"
+#include "store/ManagedObjectContext.h"
+#include "store/PersistentStoreCoordinator.h"
 
 #include <QFileInfo>
 #include <QStandardPaths>

@@ -1,8 +1,8 @@
-#include "platform/PersistentStoreCoordinator.h"
+#include "store/PersistentStoreCoordinator.h"
 
-#include "platform/ObjectStoreError.h"
 #include "platform/PrivateFiles.h"
-#include "platform/StoreDocument.h"
+#include "store/ObjectStoreError.h"
+#include "store/StoreDocument.h"
 
 #include <QByteArray>
 

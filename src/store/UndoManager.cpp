@@ -1,4 +1,4 @@
-#include "platform/UndoManager.h"
+#include "store/UndoManager.h"
 
 #include <utility>
 

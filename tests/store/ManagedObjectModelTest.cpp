@@ -1,6 +1,6 @@
-#include "platform/ManagedObjectModel.h"
-#include "platform/ObjectStoreError.h"
-#include "tests/support/NotesModel.h"
+#include "store/ManagedObjectModel.h"
+#include "store/ObjectStoreError.h"
+#include "tests/store/NotesModel.h"
 
 #include <QTemporaryDir>
 

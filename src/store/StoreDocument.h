@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/ManagedObject.h"
+#include "store/ManagedObject.h"
 
 #include <QByteArray>
 #include <QString>

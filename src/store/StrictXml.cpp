@@ -1,4 +1,4 @@
-#include "platform/StrictXml.h"
+#include "store/StrictXml.h"
 
 #include <QXmlStreamAttributes>
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "platform/Error.h"
-#include "platform/ManagedObject.h"
-#include "platform/UndoManager.h"
+#include "store/ManagedObject.h"
+#include "store/UndoManager.h"
 
 #include <QString>
 #include <QVariant>

@@ -1,7 +1,7 @@
-#include "platform/ManagedObjectModel.h"
+#include "store/ManagedObjectModel.h"
 
-#include "platform/ObjectStoreError.h"
-#include "platform/StrictXml.h"
+#include "store/ObjectStoreError.h"
+#include "store/StrictXml.h"
 
 #include <QFile>
 #include <QIODevice>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/ManagedObjectModel.h"
+#include "store/ManagedObjectModel.h"
 
 #include <QString>
 
@@ -19,9 +19,10 @@ struct Desktop;
 /// What the program does when it is asked to quit.
 enum class TerminateReply { TerminateNow, TerminateCancel };
 
-/// The application's object store, and its saving at quit. Each piece is made when it is first asked for;
-/// before that nothing is read or made on the disk. What could not be made is tried anew when it is asked for
-/// again. Pointers returned belong to the controller. Main thread only.
+/// The application's object store, which is required. It is reached through the application delegate, and
+/// Tavril itself keeps nothing in it. Each piece is made when it is first asked for; until then nothing is
+/// read from or written to the disk. A piece that could not be made is tried again at the next request.
+/// Pointers returned belong to the controller.
 class StoreController {
  public:
   static constexpr const char16_t *bundleIdentifier = u"org.tavril.Tavril";
@@ -37,7 +38,6 @@ class StoreController {
     static Places standard();
   };
 
-  /// All but the places must outlive the controller.
   StoreController(PrivateFiles &files, const Desktop &desktop, ErrorPresenter &errors,
                   Places places = Places::standard());
   ~StoreController();

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "platform/Error.h"
-#include "platform/ManagedObject.h"
-#include "platform/ManagedObjectModel.h"
+#include "store/ManagedObject.h"
+#include "store/ManagedObjectModel.h"
 
 #include <QString>
 

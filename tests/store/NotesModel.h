@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/ManagedObjectModel.h"
+#include "store/ManagedObjectModel.h"
 
 namespace tavril {
 
