@@ -24,14 +24,6 @@ struct Failure {
   QString text;
 };
 
-/// The bridge has not answered, or not in a way that can be trusted; the next try may go better.
-struct NoAnswer : Failure {};
-
-/// The bridge has answered with an error report.
-struct Refusal : Failure {
-  int error = 0;
-};
-
 /// "1 byte", "2 bytes".
 inline QString counted(qsizetype count, const char *one, const char *several) {
   return QStringLiteral("%1 %2").arg(count).arg(QString::fromLatin1(count == 1 ? one : several));

@@ -2,6 +2,9 @@
 
 #include "cli/RegisterFacts.h"
 #include "platform/Bytes.h"
+#include "servo/Conversation.h"
+
+#include <chrono>
 
 namespace tavril::cli {
 
@@ -105,6 +108,26 @@ QString errorInWords(int error) {
     default:
       return QStringLiteral("unknown error %1").arg(error);
   }
+}
+
+QString eventInWords(const servo::Event &event) {
+  using Kind = servo::Event::Kind;
+  switch (event.kind) {
+    case Kind::Sent:
+      return QStringLiteral("-> %1  %2").arg(inHex(event.command), commandInWords(event.command));
+    case Kind::Replied:
+      return QStringLiteral("<- %1  %2").arg(inHex(event.reply.frame), replyInWords(event.reply));
+    case Kind::Late:
+      return QStringLiteral("<- %1  %2 (late)").arg(inHex(event.reply.frame), replyInWords(event.reply));
+    case Kind::Noise:
+      return QStringLiteral("<- %1  noise").arg(inHex(event.bytes));
+    case Kind::Invalid:
+      return QStringLiteral("<- %1  not a valid reply").arg(inHex(event.bytes));
+    case Kind::Silence:
+      break;
+  }
+  return QStringLiteral("   no reply within %1 ms")
+      .arg(std::chrono::duration_cast<std::chrono::milliseconds>(event.timeout).count());
 }
 
 }  // namespace tavril::cli

@@ -4,6 +4,10 @@
 
 #include <QString>
 
+namespace tavril::servo {
+struct Event;
+}
+
 namespace tavril::cli {
 
 /// "FF 05 91 08 FE"
@@ -17,5 +21,7 @@ QString commandInWords(const wire::Command &command);
 QString replyInWords(const wire::Reply &reply);
 /// What an error report means: "value out of range (error 3)".
 QString errorInWords(int error);
+/// What was sent or came: "-> FF 04 90 FE  detect the servo".
+QString eventInWords(const servo::Event &event);
 
 }  // namespace tavril::cli

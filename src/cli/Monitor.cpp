@@ -4,9 +4,10 @@
 #include "cli/Failure.h"
 #include "cli/Files.h"
 #include "cli/JsonText.h"
+#include "cli/ProblemWords.h"
 #include "cli/RegisterFacts.h"
-#include "cli/Servo.h"
 #include "cli/Session.h"
+#include "servo/Servo.h"
 #include "wire/Range.h"
 
 #include <QByteArray>
@@ -16,6 +17,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <memory>
 
 namespace tavril::cli {
@@ -37,25 +39,30 @@ constexpr auto columns = [] {
 }();
 
 struct Sample {
-  Line::Time time{0};
+  servo::Time time{0};
   QDateTime moment;
   int position = 0;
   std::array<int, columns.size()> values{};
 };
 
-Sample take(Session &session, Line::Time begun) {
+servo::Outcome<Sample> take(Session &session, servo::Time begun) {
   Sample sample;
   sample.time = session.line.now() - begun;
   sample.moment = QDateTime::currentDateTimeUtc();
-  sample.position = session.servo.position();
+  const servo::Outcome<int> position = session.servo.position();
+  if (!position) return position.problem();
+  sample.position = *position;
   for (std::size_t i = 0; i < columns.size(); ++i) {
-    sample.values[i] = session.servo.read(*columns[i]);
+    const servo::Outcome<int> value = session.servo.read(*columns[i]);
+    if (!value) return value.problem();
+    sample.values[i] = *value;
   }
   return sample;
 }
 
 QString secondsOf(const Sample &sample) {
-  return QString::number(static_cast<double>(sample.time.count()) / 1000.0, 'f', 3);
+  const auto whole = std::chrono::floor<std::chrono::milliseconds>(sample.time);
+  return QString::number(std::chrono::duration<double>(whole).count(), 'f', 3);
 }
 
 /// "voltage" for present_voltage, "error" for status_error
@@ -111,28 +118,31 @@ void monitor(Session &session, const Options &options) {
     csv->add(csvTitles());
   }
   if (csvToOutput) session.console.data(QString::fromUtf8(csvTitles()));
-  const int torquePolicy = session.servo.read(*wire::findRegister(wire::RegisterNumber::TorquePolicy));
-  const Line::Time begun = session.line.now();
-  Line::Time due = begun;
+  const int torquePolicy =
+      session.expect(session.servo.read(*wire::findRegister(wire::RegisterNumber::TorquePolicy)));
+  const servo::Time begun = session.line.now();
+  servo::Time due = begun;
   int taken = 0;
   int missed = 0;
   while (true) {
-    try {
-      const Sample sample = take(session, begun);
-      session.console.data(csvToOutput    ? QString::fromUtf8(csvLine(sample))
-                           : options.json ? jsonOf(sample, torquePolicy, session.strings)
-                                          : lineOf(sample, torquePolicy, session.strings));
-      if (csv) csv->add(csvLine(sample));
+    if (const servo::Outcome<Sample> sample = take(session, begun)) {
+      session.console.data(csvToOutput    ? QString::fromUtf8(csvLine(*sample))
+                           : options.json ? jsonOf(*sample, torquePolicy, session.strings)
+                                          : lineOf(*sample, torquePolicy, session.strings));
+      if (csv) csv->add(csvLine(*sample));
       missed = 0;
       ++taken;
-    } catch (const NoAnswer &failure) {
-      if (++missed == mostMissed) throw;
-      session.console.status(QStringLiteral("a sample was left out: ") + failure.text);
+    } else {
+      const servo::Problem &problem = sample.problem();
+      if (!problem.isNoAnswer() || ++missed == mostMissed) session.fail(problem);
+      session.console.status(QStringLiteral("a sample was left out: ") +
+                             failureFrom(problem, session.portName).text);
     }
     if (options.count && taken >= *options.count) return;
     // Not counted from the end of the sample, so that the times do not drift; what was overrun is left out.
     due = std::max(due + options.interval, session.line.now());
-    session.line.pause(due - session.line.now());
+    if (const auto problem = servo::problemOf(session.line.pause(due - session.line.now())))
+      session.fail(*problem);
   }
 }
 

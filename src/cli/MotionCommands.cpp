@@ -4,9 +4,10 @@
 #include "cli/Failure.h"
 #include "cli/Files.h"
 #include "cli/JsonText.h"
+#include "cli/ProblemWords.h"
 #include "cli/RegisterFacts.h"
-#include "cli/Servo.h"
 #include "cli/Session.h"
+#include "servo/Servo.h"
 #include "wire/Range.h"
 
 #include <QRegularExpression>
@@ -15,25 +16,16 @@
 #include <chrono>
 #include <cmath>
 #include <cstdlib>
+#include <optional>
 
 namespace tavril::cli {
 
 namespace {
 
-constexpr Line::Time pollInterval{50};
-constexpr Line::Time longestMove = std::chrono::seconds(30);
 /// Counts, 1.5 degrees: a servo under load does not come nearer than its gains make it.
 constexpr int nearEnough = 5;
 
 }  // namespace
-
-bool RestWatch::saw(int position, Line::Time at) {
-  if (!position_ || std::abs(position - *position_) > 1) {
-    position_ = position;
-    since_ = at;
-  }
-  return at - since_ >= restTime;
-}
 
 int positionFrom(const QString &text) {
   bool isNumber = false;
@@ -61,74 +53,53 @@ namespace {
 
 void print(Session &session, int position, bool json) {
   session.console.data(json ? QStringLiteral("{\"port\": %1, \"position\": %2, \"degrees\": %3}\n")
-                                  .arg(jsonText(session.line.name()), QString::number(position),
+                                  .arg(jsonText(session.portName), QString::number(position),
                                        QString::number(position / wire::positionsPerDegree, 'f', 1))
                             : QString::number(position) + u'\n');
 }
 
-/// The wait was long enough.
-struct StillMoving : Failure {};
-
-/// Where it came to rest.
-int restOf(Session &session, int position, std::optional<int> &seen) {
-  RestWatch watch;
-  const Line::Time begun = session.line.now();
-  while (true) {
-    const int reached = session.servo.position();
-    seen = reached;
-    const Line::Time now = session.line.now();
-    if (session.console.isTerminal() && now - begun > std::chrono::seconds(1)) {
-      session.console.transient(QStringLiteral("at %1, going to %2").arg(reached).arg(position));
-    }
-    if (watch.saw(reached, now)) return reached;
-    if (now - begun > longestMove) {
-      throw StillMoving{
-          ExitCode::Failed,
-          QStringLiteral("the servo was still moving after %1 s; it is at %2. \"tavrilctl monitor\" "
-                         "shows what it does, \"tavrilctl stop\" stops it.")
-              .arg(longestMove.count() / 1000)
-              .arg(reached)};
-    }
-    session.line.pause(pollInterval);
-  }
+/// What to say where it is not known whether the servo has come to rest.
+Failure stillMoving(const Session &session, const servo::Problem &problem, int position,
+                    std::optional<int> seen) {
+  Failure failure = failureFrom(problem, session.portName);
+  if (problem.kind == servo::Problem::Kind::StillMoving) return failure;
+  const bool isInterrupted = problem.kind == servo::Problem::Kind::Cancelled;
+  const QString last = seen ? QStringLiteral(" It was at %1.").arg(*seen) : QString();
+  const QString text = isInterrupted
+                           ? QStringLiteral("interrupted; the servo goes on to %1.%2")
+                           : failure.text + QStringLiteral("\nThe servo may still be moving to %1.%2");
+  failure.text = text.arg(QString::number(position), last) + QStringLiteral(" \"tavrilctl stop\" stops it.");
+  return failure;
 }
 
 }  // namespace
 
 void printPosition(Session &session, bool json) {
-  print(session, session.servo.position(), json);
+  print(session, session.expect(session.servo.position()), json);
 }
 
 void moveTo(Session &session, int position, bool wait, bool json) {
-  session.servo.move(position);
+  session.expect(session.servo.move(position));
   if (!wait) return;
   std::optional<int> seen;
-  int reached = 0;
-  try {
-    reached = restOf(session, position, seen);
-  } catch (const StillMoving &) {
-    throw;
-  } catch (const Failure &failure) {
-    const QString last = seen ? QStringLiteral(" It was at %1.").arg(*seen) : QString();
-    const QString text = failure.code == ExitCode::Interrupted
-                             ? QStringLiteral("interrupted; the servo goes on to %1.%2")
-                             : QStringLiteral("The servo may still be moving to %1.%2");
-    const QString cause = failure.code == ExitCode::Interrupted ? QString() : failure.text + u'\n';
-    throw Failure{failure.code, cause + text.arg(QString::number(position), last) +
-                                    QStringLiteral(" \"tavrilctl stop\" stops it.")};
-  }
-  print(session, reached, json);
-  if (std::abs(reached - position) <= nearEnough) return;
+  const servo::Outcome<int> reached = session.servo.waitForRest([&](int at, servo::Time waited) {
+    seen = at;
+    if (session.console.isTerminal() && waited > std::chrono::seconds(1))
+      session.console.transient(QStringLiteral("at %1, going to %2").arg(at).arg(position));
+  });
+  if (!reached) throw stillMoving(session, reached.problem(), position, seen);
+  print(session, *reached, json);
+  if (std::abs(*reached - position) <= nearEnough) return;
   throw Failure{ExitCode::Failed,
                 QStringLiteral("the servo came to rest at %1 and not at %2. \"tavrilctl read "
                                "status_error status_detail\" may say why.")
-                    .arg(reached)
+                    .arg(*reached)
                     .arg(position)};
 }
 
 void stopMoving(Session &session, bool json) {
-  const int position = session.servo.position();
-  session.servo.move(position);
+  const int position = session.expect(session.servo.position());
+  session.expect(session.servo.move(position));
   print(session, position, json);
   session.console.note(QStringLiteral(
       "The goal is now the position just read. A moving servo overruns it a little and returns."));

@@ -9,9 +9,9 @@
 #include "cli/RegisterFacts.h"
 #include "cli/Script.h"
 #include "cli/SendCommand.h"
-#include "cli/Servo.h"
 #include "cli/Session.h"
 #include "cli/SettingsCommands.h"
+#include "servo/Servo.h"
 
 #include <QStringList>
 
@@ -25,7 +25,7 @@ namespace {
 /// Work with the one servo, which is looked for first: replies of several at once would be no replies.
 Plan withServo(Plan::Work work) {
   return {[work = std::move(work)](Session &session) {
-    session.servo.expectOne();
+    session.expect(session.servo.expectOne());
     work(session);
   }};
 }
@@ -123,11 +123,11 @@ Plan planFor(const Options &options, Console &console) {
     case Verb::Stop:
       return withServo([json](Session &session) { stopMoving(session, json); });
     case Verb::Release:
-      return withServo([](Session &session) { session.servo.release(); });
+      return withServo([](Session &session) { session.expect(session.servo.release()); });
     case Verb::Reboot:
-      return withServo([](Session &session) { session.servo.reboot(); });
+      return withServo([](Session &session) { session.expect(session.servo.reboot()); });
     case Verb::Reset:
-      return withServo([](Session &session) { session.servo.restoreFactorySettings(); });
+      return withServo([](Session &session) { session.expect(session.servo.restoreFactorySettings()); });
     case Verb::Monitor: {
       if (!options.csv.isEmpty() && options.csv != u"-") expectNewFile(options.csv, options.force);
       return withServo([options](Session &session) { monitor(session, options); });

@@ -19,7 +19,7 @@ QString progressBar(int done, int total, const QString &what) {
          QStringLiteral("] %1/%2 ").arg(done).arg(total) + what;
 }
 
-Progress::Progress(Console &console, const Line &line, QString what, int total)
+Progress::Progress(Console &console, const servo::Line &line, QString what, int total)
     : console_(console), line_(line), what_(std::move(what)), total_(total), begun_(line.now()) {}
 
 Progress::~Progress() {
@@ -28,7 +28,7 @@ Progress::~Progress() {
 
 void Progress::done(int count) {
   if (!console_.isTerminal()) return;
-  const Line::Time spent = line_.now() - begun_;
+  const servo::Time spent = line_.now() - begun_;
   // Also when it is plain already that it will take that long.
   const bool isSlow = spent > shownAfter || (count > 0 && spent * total_ / count > shownAfter);
   if (isSlow) console_.transient(progressBar(count, total_, what_));

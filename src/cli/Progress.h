@@ -1,8 +1,10 @@
 #pragma once
 
-#include "cli/Line.h"
+#include "servo/Line.h"
 
 #include <QString>
+
+#include <chrono>
 
 namespace tavril::cli {
 
@@ -14,9 +16,9 @@ QString progressBar(int done, int total, const QString &what);
 /// A bar for work that takes more than a second, on a terminal; nothing otherwise. Taken away at its end.
 class Progress {
  public:
-  static constexpr Line::Time shownAfter{1000};
+  static constexpr servo::Time shownAfter = std::chrono::seconds(1);
 
-  Progress(Console &console, const Line &line, QString what, int total);
+  Progress(Console &console, const servo::Line &line, QString what, int total);
   ~Progress();
   Progress(const Progress &) = delete;
   Progress &operator=(const Progress &) = delete;
@@ -25,10 +27,10 @@ class Progress {
 
  private:
   Console &console_;
-  const Line &line_;
+  const servo::Line &line_;
   const QString what_;
   const int total_;
-  const Line::Time begun_;
+  const servo::Time begun_;
 };
 
 }  // namespace tavril::cli

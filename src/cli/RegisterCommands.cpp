@@ -7,10 +7,10 @@
 #include "cli/JsonText.h"
 #include "cli/Progress.h"
 #include "cli/RegisterFacts.h"
-#include "cli/Servo.h"
 #include "cli/Session.h"
 #include "cli/SettingsCommands.h"
 #include "cli/Table.h"
+#include "servo/Servo.h"
 
 #include <QChar>
 
@@ -108,14 +108,16 @@ std::vector<Assignment> assignmentsFrom(const QStringList &texts) {
 }
 
 void tellDetection(Session &session, bool json) {
-  const Servo::Count count = session.servo.detect();
-  const QString name = count == Servo::Count::None  ? QStringLiteral("none")
-                       : count == Servo::Count::One ? QStringLiteral("one")
-                                                    : QStringLiteral("several");
-  session.console.data(json ? QStringLiteral("{\"port\": %1, \"servos\": %2}\n")
-                                  .arg(jsonText(session.line.name()), jsonText(name))
-                            : name + u'\n');
-  if (count != Servo::Count::One) throw Servo::wrongCount(count, session.line.name());
+  using servo::Count;
+  const Count count = session.expect(session.servo.detect());
+  const QString name = count == Count::None  ? QStringLiteral("none")
+                       : count == Count::One ? QStringLiteral("one")
+                                             : QStringLiteral("several");
+  session.console.data(
+      json
+          ? QStringLiteral("{\"port\": %1, \"servos\": %2}\n").arg(jsonText(session.portName), jsonText(name))
+          : name + u'\n');
+  if (count != Count::One) session.fail({.kind = servo::Problem::Kind::NotOneServo, .count = count});
 }
 
 void readRegisters(Session &session, const std::vector<const wire::Register *> &rows, bool json) {
@@ -124,7 +126,7 @@ void readRegisters(Session &session, const std::vector<const wire::Register *> &
   std::vector<Reading> readings;
   std::optional<int> torquePolicy;
   for (const wire::Register *row : rows) {
-    const int value = session.servo.read(*row);
+    const int value = session.expect(session.servo.read(*row));
     if (row->number == wire::RegisterNumber::TorquePolicy) torquePolicy = value;
     readings.push_back({row, value, {}});
     progress.done(static_cast<int>(readings.size()));
@@ -132,11 +134,12 @@ void readRegisters(Session &session, const std::vector<const wire::Register *> &
   const bool needsPolicy = std::ranges::any_of(
       rows, [](const wire::Register *row) { return row->reply == wire::ReplyValue::DetailBits; });
   if (needsPolicy && !torquePolicy)
-    torquePolicy = session.servo.read(*wire::findRegister(wire::RegisterNumber::TorquePolicy));
+    torquePolicy =
+        session.expect(session.servo.read(*wire::findRegister(wire::RegisterNumber::TorquePolicy)));
   for (Reading &reading : readings) {
     reading.meaning = meaningOf(*reading.row, reading.value, torquePolicy, session.strings);
   }
-  session.console.data(json ? readingsJson(session.line.name(), readings) : readingsTable(readings));
+  session.console.data(json ? readingsJson(session.portName, readings) : readingsTable(readings));
 }
 
 void writeRegisters(Session &session, const std::vector<Assignment> &assignments, const WriteMode &mode) {
@@ -144,17 +147,17 @@ void writeRegisters(Session &session, const std::vector<Assignment> &assignments
   numbers.reserve(assignments.size());
   for (const Assignment &assignment : assignments) numbers.push_back(assignment.row->number);
   const Settings held = readBeforeWriting(session, numbers, mode);
-  std::vector<Change> changes;
+  std::vector<servo::Change> changes;
   changes.reserve(assignments.size());
   for (const auto &[row, value] : assignments) {
     changes.push_back({.number = row->number, .from = held.at(row->number), .to = value});
   }
-  makeChanges(session, inSafeOrder(std::move(changes)), mode);
+  makeChanges(session, servo::inSafeOrder(std::move(changes)), mode);
 }
 
 void setServoId(Session &session, const Assignment &id, const WriteMode &mode) {
   writeRegisters(session, {id}, mode);
-  if (!mode.dryRun) session.servo.expectOne();
+  if (!mode.dryRun) session.expect(session.servo.expectOne());
 }
 
 void showFrames(Console &console, const std::vector<Assignment> &assignments, bool json) {

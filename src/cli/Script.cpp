@@ -5,8 +5,8 @@
 #include "cli/Failure.h"
 #include "cli/Files.h"
 #include "cli/Plan.h"
-#include "cli/Servo.h"
 #include "cli/Session.h"
+#include "servo/Servo.h"
 
 #include <QByteArray>
 #include <QChar>

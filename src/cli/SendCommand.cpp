@@ -1,16 +1,16 @@
 #include "cli/SendCommand.h"
 
-#include "cli/Changes.h"
+#include "cli/ChangeWords.h"
 #include "cli/Console.h"
-#include "cli/Conversation.h"
 #include "cli/Failure.h"
 #include "cli/Files.h"
 #include "cli/FrameWords.h"
 #include "cli/JsonText.h"
+#include "cli/ProblemWords.h"
 #include "cli/RegisterFacts.h"
-#include "cli/Servo.h"
 #include "cli/Session.h"
 #include "platform/Bytes.h"
+#include "servo/Servo.h"
 #include "wire/Frames.h"
 
 #include <QByteArray>
@@ -115,7 +115,7 @@ wire::Command commandFromHex(const QStringList &texts) {
 void expectConfirmed(const wire::Command &command, bool isConfirmed) {
   if (isConfirmed) return;
   if (command.code == CommandCode::WriteServoSettingValue) {
-    const QStringList dangers = dangersOf({{command.registerNumber(), command.word()}}, {});
+    const QStringList dangers = dangersInWords({{command.registerNumber(), command.word()}}, {});
     if (dangers.isEmpty()) return;
     throw Failure{ExitCode::BadValue,
                   dangers.join(u'\n') + QStringLiteral("\nNothing was sent. Confirm with --yes.")};
@@ -126,9 +126,9 @@ void expectConfirmed(const wire::Command &command, bool isConfirmed) {
 }
 
 void sendCommand(Session &session, const wire::Command &command, bool json) {
-  const wire::Reply reply = session.servo.send(command);
+  const wire::Reply reply = session.expect(session.servo.send(command));
   session.console.data(json ? QStringLiteral("{\"port\": %1, \"sent\": %2, \"reply\": %3, \"meaning\": %4}\n")
-                                  .arg(jsonText(session.line.name()), jsonText(inHex(command)),
+                                  .arg(jsonText(session.portName), jsonText(inHex(command)),
                                        jsonText(inHex(reply.frame)), jsonText(replyInWords(reply)))
                             : QStringLiteral("%1  %2\n").arg(inHex(reply.frame), replyInWords(reply)));
   if (reply.code() == CommandCode::ErrorMessage && command.code != CommandCode::ErrorMessage) {

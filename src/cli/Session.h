@@ -1,6 +1,9 @@
 #pragma once
 
 #include "cli/Options.h"
+#include "servo/Problem.h"
+
+#include <QString>
 
 #include <functional>
 
@@ -8,28 +11,36 @@ namespace tavril {
 class StringTable;
 }
 
+namespace tavril::servo {
+class Line;
+class Servo;
+}  // namespace tavril::servo
+
 namespace tavril::cli {
 
 class Console;
-class Line;
-class Servo;
 
-/// What a command works with once the port is open. Owns nothing.
+/// What a command works with once the port is open. Owns nothing but its name.
 struct Session {
-  Servo &servo;
-  Line &line;
+  servo::Servo &servo;
+  servo::Line &line;
+  QString portName;
   Console &console;
   const StringTable &strings;
   /// Whether commands may go on after one that the user has interrupted, as in the shell; forgets the
   /// interruption. Empty: they may not.
   std::function<bool()> resume = nullptr;
+
+  /// What came of asking the servo; throws a Failure where that is a problem.
+  template <typename Value>
+  Value expect(const servo::Outcome<Value> &outcome) const {
+    if (!outcome) fail(outcome.problem());
+    return *outcome;
+  }
+  [[noreturn]] void fail(const servo::Problem &problem) const;
 };
 
-/// Returns when the bridge answers, or after `bootWait` at the latest. It is asked at once. Where it does not
-/// answer, opening the port may have restarted it, and a boot loader may listen: it is left in peace until
-/// bootLoaderTime, and then asked every askInterval. With no `bootWait` it is not asked at all.
+/// Waits for the bridge, and shows how long it has waited.
 void waitForBridge(Session &session, Options::Time bootWait);
-inline constexpr Options::Time bootLoaderTime{2000};
-inline constexpr Options::Time askInterval{500};
 
 }  // namespace tavril::cli

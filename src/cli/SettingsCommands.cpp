@@ -1,15 +1,15 @@
 #include "cli/SettingsCommands.h"
 
-#include "cli/Changes.h"
+#include "cli/ChangeWords.h"
 #include "cli/Console.h"
 #include "cli/Failure.h"
 #include "cli/Files.h"
 #include "cli/JsonText.h"
 #include "cli/Progress.h"
 #include "cli/RegisterFacts.h"
-#include "cli/Servo.h"
 #include "cli/Session.h"
 #include "cli/Table.h"
+#include "servo/Servo.h"
 
 #include <QByteArray>
 #include <QStringList>
@@ -21,6 +21,8 @@
 #include <vector>
 
 namespace tavril::cli {
+
+using servo::Change;
 
 namespace {
 
@@ -36,12 +38,12 @@ std::vector<Change> changesBetween(const Settings &held, const Settings &wanted)
   for (const auto &[number, value] : wanted) {
     if (held.at(number) != value) changes.push_back({.number = number, .from = held.at(number), .to = value});
   }
-  return inSafeOrder(std::move(changes));
+  return servo::inSafeOrder(std::move(changes));
 }
 
 QString changesText(const std::vector<Change> &changes) {
   QString text;
-  for (const Change &change : changes) text += change.text() + u'\n';
+  for (const Change &change : changes) text += changeInWords(change) + u'\n';
   return text;
 }
 
@@ -66,7 +68,7 @@ Settings readValues(Session &session, const std::vector<int> &numbers) {
                     static_cast<int>(numbers.size()));
   Settings settings;
   for (const int number : numbers) {
-    settings[number] = session.servo.read(*wire::findRegister(number));
+    settings[number] = session.expect(session.servo.read(*wire::findRegister(number)));
     progress.done(static_cast<int>(settings.size()));
   }
   return settings;
@@ -84,7 +86,7 @@ Settings readBeforeWriting(Session &session, const std::vector<int> &numbers, co
 }
 
 void judge(Console &console, const Settings &wanted, const Settings &present, bool force) {
-  const QStringList dangers = dangersOf(wanted, present);
+  const QStringList dangers = dangersInWords(wanted, present);
   if (dangers.isEmpty()) return;
   if (force) {
     for (const QString &danger : dangers) console.note(QStringLiteral("Warning: ") + danger);
@@ -98,13 +100,13 @@ void judge(Console &console, const Settings &wanted, const Settings &present, bo
 void makeChanges(Session &session, std::vector<Change> changes, const WriteMode &mode) {
   Settings wanted;
   for (const Change &change : changes) wanted[change.number] = change.to;
-  const std::set<int> needed = neededToJudge(wanted);
+  const std::set<int> needed = servo::neededToJudge(wanted);
   Settings present;
   const auto readPresent = [&] { present = readValues(session, {needed.begin(), needed.end()}); };
   mode.dryRun ? readPresent() : reportingEach(changes, readPresent);
   judge(session.console, wanted, present, mode.force || mode.dryRun);
   const auto print = [&] {
-    session.console.data(mode.json ? changesJson(session.line.name(), changes) : changesText(changes));
+    session.console.data(mode.json ? changesJson(session.portName, changes) : changesText(changes));
   };
   if (mode.dryRun) {
     print();
@@ -114,7 +116,7 @@ void makeChanges(Session &session, std::vector<Change> changes, const WriteMode 
     {
       Progress progress(session.console, session.line, QStringLiteral("settings written"),
                         static_cast<int>(changes.size()));
-      carryOut(session.servo, changes, [&](int done) { progress.done(done); });
+      session.expect(servo::carryOut(session.servo, changes, [&](int done) { progress.done(done); }));
     }
     expectAllChanged(changes);
     print();
@@ -136,7 +138,7 @@ void restore(Session &session, const Settings &wanted, const WriteMode &mode) {
   const std::vector<Change> changes =
       changesBetween(readBeforeWriting(session, numbersOf(wanted), mode), wanted);
   if (changes.empty()) {
-    if (mode.json) session.console.data(changesJson(session.line.name(), changes));
+    if (mode.json) session.console.data(changesJson(session.portName, changes));
     session.console.note(QStringLiteral("The servo has these settings already."));
     return;
   }

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "cli/Changes.h"
 #include "cli/RegisterCommands.h"
 #include "cli/SettingsFile.h"
+#include "servo/Changes.h"
 
 #include <QString>
 
@@ -30,7 +30,7 @@ void showDifferences(Console &console, const NamedSettings &one, const NamedSett
 
 /// Asks before what may hurt, makes the changes, and prints them; for `write` and `restore`. Throws a Failure
 /// that says of each change what has become of it.
-void makeChanges(Session &session, std::vector<Change> changes, const WriteMode &mode);
+void makeChanges(Session &session, std::vector<servo::Change> changes, const WriteMode &mode);
 /// What the servo holds in these registers.
 Settings readValues(Session &session, const std::vector<int> &numbers);
 /// The same for the settings that are to be written; a Failure says of each that it is not changed.

@@ -1,6 +1,5 @@
 // What the commands make of what was typed, and what they decide by themselves.
-#include "cli/Changes.h"
-#include "cli/Conversation.h"
+#include "cli/ChangeWords.h"
 #include "cli/FrameWords.h"
 #include "cli/Monitor.h"
 #include "cli/MotionCommands.h"
@@ -8,13 +7,13 @@
 #include "cli/RegisterCommands.h"
 #include "cli/Script.h"
 #include "cli/SendCommand.h"
-#include "cli/Servo.h"
 #include "cli/Session.h"
 #include "cli/SettingsCommands.h"
 #include "cli/Table.h"
-#include "tests/cli/BridgeInTime.h"
+#include "servo/Servo.h"
 #include "tests/cli/FailureOf.h"
 #include "tests/cli/ScreenConsole.h"
+#include "tests/servo/BridgeInTime.h"
 #include "tests/support/KeyTable.h"
 #include "wire/Registers.h"
 
@@ -23,6 +22,8 @@
 namespace tavril::cli {
 namespace {
 
+using servo::BridgeInTime;
+using servo::Change;
 using std::chrono::milliseconds;
 
 Failure assigning(const QStringList &texts) {
@@ -108,22 +109,6 @@ TEST(Positions, GoFrom0To1023) {
   EXPECT_EQ(failureOf([] { positionFrom(QStringLiteral("1024")); }).code, ExitCode::BadValue);
   EXPECT_EQ(failureOf([] { positionFrom(QStringLiteral("-1")); }).code, ExitCode::BadValue);
   EXPECT_EQ(failureOf([] { positionFrom(QStringLiteral("middle")); }).code, ExitCode::Usage);
-}
-
-TEST(Rest, IsAPositionThatStaysForHalfASecond) {
-  RestWatch watch;
-  EXPECT_FALSE(watch.saw(512, milliseconds(0)));
-  EXPECT_FALSE(watch.saw(520, milliseconds(400)));
-  EXPECT_FALSE(watch.saw(521, milliseconds(600)));  // a count is only the reading
-  EXPECT_FALSE(watch.saw(520, milliseconds(899)));
-  EXPECT_TRUE(watch.saw(520, milliseconds(900)));
-}
-
-TEST(Rest, IsNotACreep) {
-  RestWatch watch;
-  for (int step = 0; step < 20; ++step) {
-    EXPECT_FALSE(watch.saw(500 + step, milliseconds(step * 200))) << step;
-  }
 }
 
 TEST(FrameToSend, IsTakenInAnyUsualWriting) {
@@ -214,16 +199,13 @@ TEST(ProgressBar, DoesNotShowForShortWorkOrWithoutATerminal) {
   EXPECT_EQ(barsOf(false, milliseconds(400)), QStringList());
 }
 
-template <typename LineKind>
-struct CommandBenchOn {
-  LineKind bridge;
+struct CommandBench {
+  BridgeInTime bridge;
   ScreenConsole console{false};
   KeyTable strings;
-  Conversation conversation{bridge, {milliseconds(300), 2}};
-  Servo servo{conversation, bridge.name()};
-  Session session{servo, bridge, console, strings};
+  servo::Servo servo{bridge};
+  Session session{servo, bridge, QStringLiteral("usbserial-test"), console, strings};
 };
-using CommandBench = CommandBenchOn<BridgeInTime>;
 
 std::vector<Assignment> assignmentsOf(const char *text) {
   return assignmentsFrom(QString::fromLatin1(text).split(u' '));
@@ -292,7 +274,7 @@ TEST(Writing, TellsTheValueThatTheServoTookInstead) {
   Change change{.number = 9, .from = 440, .to = 5};
   change.state = Change::State::NotKept;
   change.held = 7;
-  EXPECT_EQ(change.outcome().toStdString(), "kp: changed, 440 -> 7 (5 was sent)");
+  EXPECT_EQ(outcomeInWords(change).toStdString(), "kp: changed, 440 -> 7 (5 was sent)");
 }
 
 TEST(Writing, SaysOfEachValueWhatBecameOfItWhenTheDiskIsFull) {
@@ -349,43 +331,6 @@ TEST(SettingTheId, LooksForTheServoUnderItsNewOne) {
             ExitCode::NoServo);
 }
 
-std::vector<QString> dangers(const Settings &wanted, const Settings &present) {
-  const QStringList texts = dangersOf(wanted, present);
-  return {texts.begin(), texts.end()};
-}
-
-TEST(Dangers, AreValuesThatMayLockTheServoUp) {
-  EXPECT_EQ(dangers({{2, 0}}, {}).size(), 1U);
-  EXPECT_EQ(dangers({{2, 1}}, {}).size(), 0U);
-  for (const int limit : {5, 7, 8}) EXPECT_EQ(dangers({{limit, 0}}, {}).size(), 1U) << limit;
-  EXPECT_EQ(dangers({{6, 0}}, {}).size(), 0U);
-}
-
-TEST(Dangers, AreVoltagesTheWrongWayRound) {
-  EXPECT_EQ(dangers({{6, 85}}, {{7, 84}}).size(), 1U);
-  EXPECT_EQ(dangers({{7, 59}}, {{6, 60}}).size(), 1U);
-  EXPECT_EQ(dangers({{6, 70}, {7, 60}}, {{6, 10}, {7, 90}}).size(), 1U);
-  EXPECT_EQ(dangers({{6, 60}, {7, 60}}, {}).size(), 0U);
-  // What was so before is not this change's doing.
-  EXPECT_EQ(dangers({{9, 5}}, {{6, 85}, {7, 60}}).size(), 0U);
-}
-
-TEST(Dangers, AreLimitsThatArePassedNow) {
-  EXPECT_EQ(dangers({{5, 40}}, {{19, 41}}).size(), 1U);
-  EXPECT_EQ(dangers({{5, 40}}, {{19, 40}}).size(), 0U);
-  EXPECT_EQ(dangers({{6, 75}}, {{18, 74}}).size(), 1U);
-  EXPECT_EQ(dangers({{8, 5}}, {{20, 10}}).size(), 1U);
-}
-
-TEST(SafeOrder, HasWiderLimitsFirstAndTheReplyPolicyLast) {
-  std::vector<Change> changes;
-  for (int number = 1; number <= 15; ++number) changes.push_back({.number = number, .from = 10, .to = 20});
-  changes[6].to = 5;  // max_voltage becomes narrower, and so does min_voltage, which rises
-  std::vector<int> order;
-  for (const Change &change : inSafeOrder(changes)) order.push_back(change.number);
-  EXPECT_EQ(order, (std::vector<int>{5, 8, 6, 7, 12, 13, 14, 9, 10, 11, 15, 4, 3, 1, 2}));
-}
-
 TEST(Restoring, SaysWhatCouldNotBeSetAndSetsTheRest) {
   CommandBench bench;
   bench.bridge.stuck = 9;
@@ -430,7 +375,7 @@ TEST(Restoring, SaysHowFarItCameWhenTheLineFails) {
 TEST(Releasing, SucceedsWithoutAReplyAndWaitsForNoneForLong) {
   CommandBench bench;
   bench.bridge.faults.lostReplies = 100;
-  bench.servo.release();
+  bench.session.expect(bench.servo.release());
   EXPECT_EQ(bench.bridge.sent, 1);
   EXPECT_EQ(bench.bridge.now(), milliseconds(100));
 }
@@ -438,7 +383,7 @@ TEST(Releasing, SucceedsWithoutAReplyAndWaitsForNoneForLong) {
 TEST(Releasing, FailsWhereTheBridgeReportsAnError) {
   CommandBench bench;
   bench.bridge.refusedCode = 0x93;
-  EXPECT_EQ(failureOf([&] { bench.servo.release(); }).text.toStdString(),
+  EXPECT_EQ(failureOf([&] { bench.session.expect(bench.servo.release()); }).text.toStdString(),
             "the bridge on usbserial-test answered \"release the servo\" with: unknown command (error 0).");
 }
 
@@ -448,7 +393,7 @@ TEST(Releasing, FailsWhereTheBridgeReportsAnErrorThoughItHasRestartedBefore) {
   waitForBridge(bench.session, milliseconds(5000));
   bench.bridge.refusedCode = 0x93;
   EXPECT_TRUE(failureOf([&] {
-                bench.servo.release();
+                bench.session.expect(bench.servo.release());
               }).text.contains(QStringLiteral("\"release the servo\" with: unknown command (error 0).")));
 }
 
@@ -502,7 +447,7 @@ TEST(WaitingForTheBridge, TakesNoTimeWhereItAnswers) {
   EXPECT_LT(bench.bridge.now(), milliseconds(50));
   EXPECT_EQ(bench.bridge.sent, 1);
   // The answer was also that to the question whether there is one servo.
-  bench.servo.expectOne();
+  bench.session.expect(bench.servo.expectOne());
   EXPECT_EQ(bench.bridge.sent, 1);
 }
 
@@ -511,20 +456,19 @@ TEST(WaitingForTheBridge, LeavesABootLoaderInPeaceAndThenAsksEveryHalfSecond) {
   bench.bridge.deafUntil = milliseconds(3200);
   waitForBridge(bench.session, milliseconds(5000));
   EXPECT_EQ(bench.bridge.askedAt,
-            (std::vector<milliseconds>{milliseconds(20), milliseconds(2020), milliseconds(2520),
-                                       milliseconds(3020), milliseconds(3520)}));
+            (std::vector<servo::Time>{milliseconds(20), milliseconds(2020), milliseconds(2520),
+                                      milliseconds(3020), milliseconds(3520)}));
   EXPECT_LT(bench.bridge.now(), milliseconds(3600));
 }
 
 TEST(WaitingForTheBridge, IsNoLongerWherePatienceWithRepliesIs) {
   CommandBench bench;
-  Conversation patient(bench.bridge, {milliseconds(60'000), 0});
-  Servo servo(patient, bench.bridge.name());
-  Session session{servo, bench.bridge, bench.console, bench.strings};
+  servo::Servo servo(bench.bridge, {milliseconds(60'000), 0});
+  Session session{servo, bench.bridge, {}, bench.console, bench.strings};
   bench.bridge.deafUntil = milliseconds(60'000);
   waitForBridge(session, milliseconds(2700));
   EXPECT_EQ(bench.bridge.askedAt,
-            (std::vector<milliseconds>{milliseconds(20), milliseconds(2020), milliseconds(2520)}));
+            (std::vector<servo::Time>{milliseconds(20), milliseconds(2020), milliseconds(2520)}));
   EXPECT_EQ(bench.bridge.now(), milliseconds(2720));
 }
 
@@ -534,14 +478,14 @@ TEST(WaitingForTheBridge, EndsAndLeavesTheCommandToFail) {
   waitForBridge(bench.session, milliseconds(5000));
   EXPECT_EQ(bench.bridge.now(), milliseconds(5020));
   EXPECT_TRUE(failureOf([&] {
-                bench.servo.expectOne();
+                bench.session.expect(bench.servo.expectOne());
               }).text.startsWith(QStringLiteral("no answer from usbserial-test to \"detect the servo\"")));
 }
 
 TEST(WaitingForTheBridge, ShowsHowLongItHasWaited) {
   CommandBench bench;
   ScreenConsole terminal(true);
-  Session session{bench.servo, bench.bridge, terminal, bench.strings};
+  Session session{bench.servo, bench.bridge, {}, terminal, bench.strings};
   bench.bridge.deafUntil = milliseconds(60'000);
   waitForBridge(session, milliseconds(5000));
   EXPECT_TRUE(terminal.shown.contains(QStringLiteral("waiting for the bridge: 1 of at most 5 s")))
@@ -554,9 +498,9 @@ TEST(WaitingForTheBridge, DropsAnswersThatComeLate) {
   bench.bridge.faults.longestDelay_ms = 1;
   bench.bridge.deafUntil = milliseconds(2100);
   // The answer to the first question comes while nobody listens.
-  bench.bridge.deliver(QByteArray("\xFF\x05\x90\x02\xFE", 5), milliseconds(1000));
+  bench.bridge.deliver({milliseconds(1000), {0xFF, 0x05, 0x90, 0x02, 0xFE}});
   waitForBridge(bench.session, milliseconds(5000));
-  EXPECT_EQ(bench.servo.detect(), Servo::Count::One);
+  EXPECT_EQ(*bench.servo.detect(), servo::Count::One);
 }
 
 TEST(WaitingForTheBridge, AsksNothingWhereThereIsNoWait) {
@@ -588,33 +532,13 @@ TEST(Monitoring, KeepsToItsInterval) {
   EXPECT_TRUE(lines[2].contains(QStringLiteral("0.500 s")));
 }
 
-/// A line to a bridge, for lines that differ from it in one thing.
-class PassingLine : public Line {
- public:
-  Heard request(const QByteArray &data, Time timeout, Rule rule) override {
-    return real.request(data, timeout, std::move(rule));
-  }
-  void pause(Time duration) override { real.pause(duration); }
-  Time now() const override { return real.now(); }
-  QString name() const override { return real.name(); }
-
-  BridgeInTime real;
-};
-
-/// A line on which the user presses Ctrl-C while the position is read for the third time.
-class Interrupted final : public PassingLine {
- public:
-  Heard request(const QByteArray &data, Time timeout, Rule rule) override {
-    if (++requests == 4) throw Failure{ExitCode::Interrupted, QStringLiteral("interrupted.")};
-    return PassingLine::request(data, timeout, std::move(rule));
-  }
-
-  int requests = 0;
-};
-
 TEST(Moving, SaysWhenItIsInterruptedThatTheServoGoesOn) {
-  CommandBenchOn<Interrupted> bench;
-  bench.bridge.real.blocked = true;
+  CommandBench bench;
+  bench.bridge.blocked = true;
+  // The user presses Ctrl-C while the position is read for the third time.
+  bench.bridge.beforeEach = [&] {
+    if (bench.bridge.sent == 4) bench.bridge.cancel();
+  };
   const Failure failure = failureOf([&] { moveTo(bench.session, 900, true, false); });
   EXPECT_EQ(failure.code, ExitCode::Interrupted);
   EXPECT_EQ(failure.text.toStdString(),
@@ -652,17 +576,10 @@ TEST(Moving, FailsWhereTheServoComesToRestElsewhere) {
       << failure.text.toStdString();
 }
 
-/// A line behind which the servo is elsewhere each time it is asked.
-class Wandering final : public PassingLine {
- public:
-  Heard request(const QByteArray &data, Time timeout, Rule rule) override {
-    real.position = (real.position + 100) % 1000;
-    return PassingLine::request(data, timeout, std::move(rule));
-  }
-};
-
 TEST(Moving, FailsWhereTheServoDoesNotComeToRest) {
-  CommandBenchOn<Wandering> bench;
+  CommandBench bench;
+  // The servo is elsewhere each time it is asked.
+  bench.bridge.beforeEach = [&] { bench.bridge.position = (bench.bridge.position + 100) % 1000; };
   const Failure failure = failureOf([&] { moveTo(bench.session, 900, true, false); });
   EXPECT_EQ(failure.code, ExitCode::Failed);
   EXPECT_TRUE(failure.text.startsWith(QStringLiteral("the servo was still moving after 30 s; it is at ")))

@@ -1,11 +1,10 @@
 #include "cli/Failure.h"
-#include "cli/Line.h"
 #include "cli/Options.h"
 #include "cli/Plan.h"
-#include "cli/Servo.h"
 #include "cli/Session.h"
 #include "program/tavrilctl/CtlObjects.h"
 #include "program/tavrilctl/Work.h"
+#include "servo/Servo.h"
 #include "simulator/VirtualServo.h"
 #include "tests/cli/FailureOf.h"
 #include "tests/cli/ScreenConsole.h"
@@ -59,7 +58,7 @@ TEST_F(CtlWorkTest, IsDoneOnAThreadOfItsOwnAndPutsTheLineBack) {
   int load = 0;
   EXPECT_EQ(work([&](Session &session) {
               isMainThread = objects.mainQueue.isMainThread();
-              load = session.servo.read(*wire::findRegister(8));
+              load = session.expect(session.servo.read(*wire::findRegister(8)));
             }),
             0);
   EXPECT_FALSE(isMainThread);
@@ -72,7 +71,7 @@ TEST_F(CtlWorkTest, UsesTheTerminalToWhichALinkLeads) {
   options.port = folder.filePath(QStringLiteral("servo"));
   ASSERT_TRUE(QFile::link(servo.path(), options.port));
   QString name;
-  EXPECT_EQ(work([&](Session &session) { name = session.line.name(); }), 0);
+  EXPECT_EQ(work([&](Session &session) { name = session.portName; }), 0);
   EXPECT_TRUE(name.endsWith(servo.path().section(u'/', -1))) << name.toStdString();
 }
 
@@ -98,7 +97,8 @@ TEST_F(CtlWorkTest, WithADemoIsDoneOnAVirtualServoOfTheProgramsOwn) {
   options.port.clear();
   options.demo = true;
   int load = 0;
-  EXPECT_EQ(work([&](Session &session) { load = session.servo.read(*wire::findRegister(8)); }), 0);
+  EXPECT_EQ(
+      work([&](Session &session) { load = session.expect(session.servo.read(*wire::findRegister(8))); }), 0);
   EXPECT_EQ(load, 400);
   EXPECT_EQ(servo.framesSeen(), 0);
 }

@@ -1,13 +1,11 @@
 #include "program/tavrilctl/Work.h"
 
 #include "cli/Console.h"
-#include "cli/Conversation.h"
 #include "cli/DoctorReport.h"
 #include "cli/Failure.h"
+#include "cli/FrameWords.h"
 #include "cli/Options.h"
 #include "cli/Plan.h"
-#include "cli/SerialLine.h"
-#include "cli/Servo.h"
 #include "cli/Session.h"
 #include "doctor/Examination.h"
 #include "platform/linux/EndingSignals.h"
@@ -15,6 +13,8 @@
 #include "program/tavrilctl/ReadlineCommands.h"
 #include "serial/OpenFailure.h"
 #include "serial/SerialPort.h"
+#include "serial/line/SerialLine.h"
+#include "servo/Servo.h"
 
 #include <QCoreApplication>
 #include <QSocketNotifier>
@@ -70,17 +70,18 @@ int workThrough(CtlObjects &objects, const Options &options, Console &console, c
                                           : QStringLiteral("%1 could not be opened.").arg(port->path())};
   }
 
+  const QString portName = port->name();
   int status = 0;
   std::atomic<bool> isEnding = false;
   std::thread worker([&] {
     try {
-      const Conversation::Trace trace = [&](const QString &text) {
+      const auto trace = [&](const servo::Event &event) {
+        const QString text = eventInWords(event);
         objects.log.write(text);
         if (options.verbose) console.status(text);
       };
-      Conversation conversation(*line, {options.timeout, options.retries}, trace);
-      Servo servo(conversation, line->name());
-      Session session{servo, *line, console, objects.strings};
+      servo::Servo servo(*line, {options.timeout, options.retries}, trace);
+      Session session{servo, *line, portName, console, objects.strings};
       if (shell) {
         session.resume = [&] {
           if (isEnding) return false;
@@ -101,7 +102,7 @@ int workThrough(CtlObjects &objects, const Options &options, Console &console, c
   const auto listening = listen(signals, [&](int signal) {
     const bool ends = !shell || signal != SIGINT;
     isEnding = ends;
-    line->interrupt();
+    line->cancel();
     if (shell) ends ? shell->end() : shell->dropLine();
     if (!ends) return;
     statusOfSignal = EndingSignals::exitStatus(signal);

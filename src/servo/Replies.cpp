@@ -1,22 +1,19 @@
-#include "cli/Replies.h"
-
-#include "platform/Bytes.h"
+#include "servo/Replies.h"
 
 #include <cstddef>
 #include <optional>
 #include <utility>
 
-namespace tavril::cli {
+namespace tavril::servo {
 
-ReplyScan scanForReply(const wire::Command &command, const QByteArray &received) {
+ReplyScan scanForReply(const wire::Command &command, wire::Bytes received) {
   ReplyScan scan;
   std::optional<ReplyScan> atError;
-  const wire::Bytes bytes = asBytes(received);
   std::size_t at = 0;
-  while (at < bytes.size()) {
-    std::optional<wire::Reply> reply = wire::replyAt(bytes.subspan(at));
+  while (at < received.size()) {
+    std::optional<wire::Reply> reply = wire::replyAt(received.subspan(at));
     if (!reply) {
-      scan.noise.append(static_cast<char>(bytes[at]));
+      scan.noise.push_back(received[at]);
       ++at;
       continue;
     }
@@ -35,4 +32,4 @@ ReplyScan scanForReply(const wire::Command &command, const QByteArray &received)
   return atError ? *atError : scan;
 }
 
-}  // namespace tavril::cli
+}  // namespace tavril::servo
