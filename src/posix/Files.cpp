@@ -3,9 +3,11 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <utility>
 
 #include <fcntl.h>
+#include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -23,6 +25,11 @@ int whyNotRegular(mode_t mode) {
 /// Where the name of the file begins in its path.
 std::size_t nameAt(const std::string &path) {
   return path.rfind('/') + 1;  // 0 when there is no slash
+}
+
+bool isFolder(const std::string &path) {
+  struct stat status {};
+  return ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
 /// Empty when the system has no random bytes, with errno.
@@ -87,6 +94,45 @@ int writeAll(int descriptor, std::string_view bytes) {
   return 0;
 }
 
+std::string folderOf(const std::string &path) {
+  const std::size_t slash = path.rfind('/');
+  if (slash == std::string::npos) return ".";
+  return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+void syncFolder(const std::string &path) {
+  const Descriptor opened = openFile(path, O_RDONLY | O_DIRECTORY);
+  if (opened.isOpen()) (void)::fsync(opened.get());
+}
+
+FileError makeFolders(const std::string &path) {
+  if (isFolder(path)) return {};
+  const std::string parent = folderOf(path);
+  if (parent != path) {
+    if (auto error = makeFolders(parent); error.happened()) return error;
+  }
+  if (::mkdir(path.c_str(), S_IRWXU) == 0) {
+    syncFolder(parent);
+    return {};
+  }
+  const int number = errno;
+  if (number != EEXIST) return {FileError::Step::MakeFolder, number, path};
+  // Somebody else may have made it meanwhile; or something that is no folder stands there.
+  if (isFolder(path)) return {};
+  return {FileError::Step::MakeFolder, ENOTDIR, path};
+}
+
+std::string userDataFolder() {
+  const char *chosen = std::getenv("XDG_DATA_HOME");
+  if (chosen != nullptr && chosen[0] == '/') return chosen;
+  const char *home = std::getenv("HOME");
+  if (home == nullptr || home[0] == '\0') {
+    const struct passwd *user = ::getpwuid(::geteuid());
+    home = user != nullptr ? user->pw_dir : "/";
+  }
+  return std::string(home) + "/.local/share";
+}
+
 ReplacementFile::ReplacementFile(std::string target, mode_t mode) : target_(std::move(target)) {
   do {
     const std::string random = randomName();
@@ -111,11 +157,8 @@ int ReplacementFile::write(std::string_view bytes) {
 int ReplacementFile::takePlace() {
   if (std::rename(name_.c_str(), target_.c_str()) != 0) return errno;
   name_.clear();
-  // Without this the old content may be back after a power cut, though whole. Not every file system can do
-  // it.
-  const std::string folder = target_.substr(0, nameAt(target_));
-  const Descriptor opened = openFile(folder.empty() ? "." : folder, O_RDONLY | O_DIRECTORY);
-  if (opened.isOpen()) (void)::fsync(opened.get());
+  // Without this the old content may be back after a power cut, though whole.
+  syncFolder(folderOf(target_));
   return 0;
 }
 

@@ -36,17 +36,9 @@ void removeLeftovers(const QFileInfo &target) {
 }  // namespace
 
 std::optional<Error> PosixPrivateFiles::makeFolder(const QString &path) {
-  if (QFileInfo(path).isDir()) return {};
-  const QString parent = QFileInfo(path).path();
-  if (parent != path) {
-    if (auto error = makeFolder(parent)) return error;
-  }
-  if (::mkdir(QFile::encodeName(path).constData(), S_IRWXU) == 0) return {};
-  const int number = errno;
-  if (number != EEXIST) return posixError(number, path);
-  // Somebody else may have made it meanwhile; or something that is no folder stands there.
-  if (QFileInfo(path).isDir()) return {};
-  return posixError(ENOTDIR, path);
+  const posix::FileError error = posix::makeFolders(QFile::encodeName(path).toStdString());
+  if (!error.happened()) return {};
+  return posixError(error.number, QFile::decodeName(error.path.c_str()));
 }
 
 std::optional<Error> PosixPrivateFiles::read(const QString &path, qsizetype largestSize,
