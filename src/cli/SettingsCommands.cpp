@@ -124,7 +124,7 @@ void makeChanges(Session &session, std::vector<Change> changes, const WriteMode 
 void dump(Session &session, const QString &file, bool mayReplace) {
   std::vector<int> numbers;
   for (const wire::Register &row : wire::settingRegisters) numbers.push_back(row.number);
-  const QByteArray text = settingsText(readValues(session, numbers));
+  const QByteArray text = QByteArray::fromStdString(records::settingsText(readValues(session, numbers)));
   if (file == u"-") {
     session.console.data(QString::fromUtf8(text));
   } else {
