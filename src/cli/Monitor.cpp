@@ -3,10 +3,10 @@
 #include "cli/Console.h"
 #include "cli/Failure.h"
 #include "cli/Files.h"
-#include "cli/JsonText.h"
 #include "cli/RegisterFacts.h"
 #include "cli/Servo.h"
 #include "cli/Session.h"
+#include "platform/JsonText.h"
 #include "wire/Range.h"
 
 #include <QByteArray>

@@ -2,7 +2,7 @@
 
 #include "cli/Failure.h"
 #include "cli/Files.h"
-#include "cli/JsonText.h"
+#include "platform/JsonText.h"
 #include "platform/StringTable.h"
 #include "wire/StatusBits.h"
 

@@ -6,11 +6,11 @@
 #include "cli/Failure.h"
 #include "cli/Files.h"
 #include "cli/FrameWords.h"
-#include "cli/JsonText.h"
 #include "cli/RegisterFacts.h"
 #include "cli/Servo.h"
 #include "cli/Session.h"
 #include "platform/Bytes.h"
+#include "platform/JsonText.h"
 #include "wire/Frames.h"
 
 #include <QByteArray>

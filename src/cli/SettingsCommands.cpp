@@ -4,12 +4,12 @@
 #include "cli/Console.h"
 #include "cli/Failure.h"
 #include "cli/Files.h"
-#include "cli/JsonText.h"
 #include "cli/Progress.h"
 #include "cli/RegisterFacts.h"
 #include "cli/Servo.h"
 #include "cli/Session.h"
 #include "cli/Table.h"
+#include "platform/JsonText.h"
 
 #include <QByteArray>
 #include <QStringList>
