@@ -57,21 +57,18 @@ class Reader final : public nlohmann::json_sax<json> {
     return std::move(document_);
   }
 
-  bool null() override {
-    add(JsonValue::Kind::Null);
-    return true;
+  bool null() override { return add(JsonValue::Kind::Null); }
+  bool boolean(bool) override { return add(JsonValue::Kind::Boolean); }
+  bool number_integer(number_integer_t number) override {
+    return add(JsonValue::Kind::Number, static_cast<double>(number));
   }
-  bool boolean(bool) override {
-    add(JsonValue::Kind::Boolean);
-    return true;
+  bool number_unsigned(number_unsigned_t number) override {
+    return add(JsonValue::Kind::Number, static_cast<double>(number));
   }
-  bool number_integer(number_integer_t number) override { return addNumber(static_cast<double>(number)); }
-  bool number_unsigned(number_unsigned_t number) override { return addNumber(static_cast<double>(number)); }
-  bool number_float(number_float_t number, const string_t &) override { return addNumber(number); }
-  bool string(string_t &text) override {
-    add(JsonValue::Kind::String).text = std::move(text);
-    return true;
+  bool number_float(number_float_t number, const string_t &) override {
+    return add(JsonValue::Kind::Number, number);
   }
+  bool string(string_t &text) override { return add(JsonValue::Kind::String, 0.0, std::move(text)); }
   bool binary(binary_t &) override { return false; }
   bool start_object(std::size_t) override { return begin(JsonValue::Kind::Object); }
   bool start_array(std::size_t) override { return begin(JsonValue::Kind::Array); }
@@ -124,29 +121,31 @@ class Reader final : public nlohmann::json_sax<json> {
     stream_.str(std::move(taken));
   }
 
-  JsonValue &add(JsonValue::Kind kind) {
-    JsonValue *value = &document_.root;
-    if (!levels_.empty()) {
-      Level &level = levels_.back();
-      std::vector<JsonValue> &members = level.value->members;
-      if (level.value->kind == JsonValue::Kind::Array) {
-        level.current = members.size();
-        members.emplace_back().key = '[' + std::to_string(level.current) + ']';
-      }
-      value = &members[level.current];
+  /// The value that comes now: the whole document, the member whose key was read, or one more in an array.
+  JsonValue &next() {
+    if (levels_.empty()) return document_.root;
+    Level &level = levels_.back();
+    std::vector<JsonValue> &members = level.value->members;
+    if (level.value->kind == JsonValue::Kind::Array) {
+      level.current = members.size();
+      members.emplace_back().key = '[' + std::to_string(level.current) + ']';
     }
-    value->kind = kind;
-    return *value;
+    return members[level.current];
   }
 
-  bool addNumber(double number) {
-    add(JsonValue::Kind::Number).number = number;
+  bool add(JsonValue::Kind kind, double number = 0.0, std::string text = {}) {
+    JsonValue &value = next();
+    value.kind = kind;
+    value.number = number;
+    value.text = std::move(text);
     return true;
   }
 
   bool begin(JsonValue::Kind kind) {
     if (levels_.size() == mostLevels) return fail(offset() - 1, "too many levels");
-    levels_.push_back({&add(kind)});
+    JsonValue &value = next();
+    value.kind = kind;
+    levels_.push_back({&value});
     return true;
   }
 
