@@ -1,30 +1,17 @@
 #include "app/Report.h"
 
 #include "app/AppDelegate.h"
+#include "platform/JsonText.h"
 #include "protocol/RegisterCatalogue.h"
 #include "protocol/SharedState.h"
 #include "serial/SerialPort.h"
 
-#include <QByteArray>
-#include <QJsonArray>
-#include <QJsonDocument>
 #include <QStringList>
 
 #include <algorithm>
 #include <utility>
 
 namespace tavril {
-
-namespace {
-
-/// The text as JSON. The report is put together by hand because Qt's objects sort their keys, and registers
-/// are read in the order of their numbers.
-QString jsonString(const QString &text) {
-  const QByteArray array = QJsonDocument(QJsonArray{text}).toJson(QJsonDocument::Compact);
-  return QString::fromUtf8(array.mid(1, array.size() - 2));
-}
-
-}  // namespace
 
 Report::Report(SharedState &state, AppDelegate &application, const Desktop &desktop, ReportFormat format,
                Finished finished)
@@ -65,12 +52,11 @@ QString Report::json() const {
     const QString value = elements_.at(row.valueKey.toString()).text();
     bool isNumber = false;
     const int number = value.toInt(&isNumber);
-    registers.append(
-        QStringLiteral("    \"%1\": %2")
-            .arg(row.nameKey.toString(), isNumber ? QString::number(number) : jsonString(value)));
+    registers.append(QStringLiteral("    \"%1\": %2")
+                         .arg(row.nameKey.toString(), isNumber ? QString::number(number) : jsonText(value)));
   }
   return QStringLiteral("{\n  \"port\": %1,\n  \"registers\": {\n%2\n  }\n}\n")
-      .arg(jsonString(readOut_.port()->name()), registers.join(QStringLiteral(",\n")));
+      .arg(jsonText(readOut_.port()->name()), registers.join(QStringLiteral(",\n")));
 }
 
 }  // namespace tavril

@@ -1,7 +1,7 @@
 #include "cli/DoctorReport.h"
 
-#include "cli/JsonText.h"
 #include "doctor/ResultTexts.h"
+#include "platform/JsonText.h"
 
 #include <QStringList>
 

@@ -3,10 +3,10 @@
 #include "cli/Console.h"
 #include "cli/Failure.h"
 #include "cli/Files.h"
-#include "cli/JsonText.h"
 #include "cli/ProblemWords.h"
 #include "cli/RegisterFacts.h"
 #include "cli/Session.h"
+#include "platform/JsonText.h"
 #include "servo/Servo.h"
 #include "wire/Range.h"
 

@@ -2,9 +2,9 @@
 
 #include "cli/Failure.h"
 #include "cli/Files.h"
-#include "cli/JsonText.h"
 #include "cli/Table.h"
 #include "platform/DeviceRegistry.h"
+#include "platform/JsonText.h"
 #include "platform/Processes.h"
 
 #include <QFileInfo>

@@ -4,12 +4,12 @@
 #include "cli/Failure.h"
 #include "cli/Files.h"
 #include "cli/FrameWords.h"
-#include "cli/JsonText.h"
 #include "cli/Progress.h"
 #include "cli/RegisterFacts.h"
 #include "cli/Session.h"
 #include "cli/SettingsCommands.h"
 #include "cli/Table.h"
+#include "platform/JsonText.h"
 #include "servo/Servo.h"
 
 #include <QChar>

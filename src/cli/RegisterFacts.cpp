@@ -2,7 +2,7 @@
 
 #include "cli/Failure.h"
 #include "cli/Files.h"
-#include "cli/JsonText.h"
+#include "platform/JsonText.h"
 #include "platform/StringTable.h"
 #include "wire/StatusBits.h"
 
@@ -93,12 +93,13 @@ QString detailText(int value, std::optional<int> torquePolicy, const StringTable
   return keeping == shutting ? keeping : keeping + QStringLiteral(" (or: ") + shutting + u')';
 }
 
-}  // namespace
-
+/// Whether the text is the name key of the register, spelt as the key is or correctly.
 bool isKeyOf(const wire::Register &row, QStringView text) {
   return text == QStringView(row.keys.name) ||
          (!row.correctName.empty() && text == QStringView(row.correctName));
 }
+
+}  // namespace
 
 const wire::Register *registerNamed(const QString &text) {
   bool isNumber = false;

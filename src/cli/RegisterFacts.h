@@ -4,7 +4,6 @@
 
 #include <QString>
 #include <QStringList>
-#include <QStringView>
 
 #include <optional>
 
@@ -14,8 +13,6 @@ class StringTable;
 
 namespace tavril::cli {
 
-/// Whether the text is the name key of the register, spelt as the key is or correctly.
-bool isKeyOf(const wire::Register &row, QStringView text);
 /// The register with this number or name key, in capitals or not. Nothing for any other text.
 const wire::Register *registerNamed(const QString &text);
 /// The one of these names that the text is most like, if it is like any; empty otherwise.

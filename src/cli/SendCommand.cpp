@@ -5,11 +5,11 @@
 #include "cli/Failure.h"
 #include "cli/Files.h"
 #include "cli/FrameWords.h"
-#include "cli/JsonText.h"
 #include "cli/ProblemWords.h"
 #include "cli/RegisterFacts.h"
 #include "cli/Session.h"
 #include "platform/Bytes.h"
+#include "platform/JsonText.h"
 #include "servo/Servo.h"
 #include "wire/Frames.h"
 

@@ -4,11 +4,11 @@
 #include "cli/Console.h"
 #include "cli/Failure.h"
 #include "cli/Files.h"
-#include "cli/JsonText.h"
 #include "cli/Progress.h"
 #include "cli/RegisterFacts.h"
 #include "cli/Session.h"
 #include "cli/Table.h"
+#include "platform/JsonText.h"
 #include "servo/Servo.h"
 
 #include <QByteArray>
@@ -126,7 +126,7 @@ void makeChanges(Session &session, std::vector<Change> changes, const WriteMode 
 void dump(Session &session, const QString &file, bool mayReplace) {
   std::vector<int> numbers;
   for (const wire::Register &row : wire::settingRegisters) numbers.push_back(row.number);
-  const QByteArray text = settingsText(readValues(session, numbers));
+  const QByteArray text = QByteArray::fromStdString(records::settingsText(readValues(session, numbers)));
   if (file == u"-") {
     session.console.data(QString::fromUtf8(text));
   } else {

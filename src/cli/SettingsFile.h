@@ -1,30 +1,18 @@
 #pragma once
 
-#include <QByteArray>
+#include "records/ServoSettings.h"
+
 #include <QString>
 #include <QStringList>
 
-#include <map>
+#include <vector>
 
 namespace tavril::cli {
 
-/// Values of settings by register number; all fifteen, or some of them.
-using Settings = std::map<int, int>;
+using records::Settings;
 
-/// The settings as a JSON document, each with its unit and its range.
-QByteArray settingsText(const Settings &settings);
-
-/// What was found in a document.
-struct CheckedSettings {
-  Settings settings;  ///< nothing unless there are no problems
-  QStringList
-      problems;  ///< "3:7: settings.kp: 40000 is out of range (0 to 32766)", in the order of the places
-  QStringList remarks;      ///< likewise, what is odd and does no harm
-  bool onlyRanges = false;  ///< there are problems, and all are values out of range
-};
-
-/// Checks a whole document: syntax, keys, types, ranges. Each problem is named with its line and column.
-CheckedSettings checkSettings(const QByteArray &document);
+/// "3:7: settings.kp: 40000 is out of range (0 to 32766)"
+QStringList linesOf(const std::vector<records::SettingsFinding> &findings);
 
 /// What a file held, and remarks about it, a line each.
 struct LoadedSettings {

@@ -1,5 +1,4 @@
 #include "cli/Files.h"
-#include "cli/JsonPlaces.h"
 #include "cli/SettingsFile.h"
 #include "tests/cli/FailureOf.h"
 #include "tests/support/ChildProcess.h"
@@ -22,8 +21,12 @@ namespace {
 const Settings all{{1, 1},   {2, 2},   {3, 0},     {4, 1},   {5, 80},  {6, 60},  {7, 84},  {8, 400},
                    {9, 440}, {10, 10}, {11, 8000}, {12, 12}, {13, 20}, {14, 30}, {15, -20}};
 
+records::CheckedSettings checkSettings(const QByteArray &document) {
+  return records::checkSettings(document.toStdString());
+}
+
 QStringList problemsOf(const QByteArray &document) {
-  return checkSettings(document).problems;
+  return linesOf(checkSettings(document).problems);
 }
 
 /// A document whose settings are these.
@@ -31,22 +34,9 @@ QByteArray with(const QByteArray &settings) {
   return "{\"format\": \"tavril-servo-settings\", \"version\": 1,\n\"settings\": {" + settings + "}}";
 }
 
-TEST(SettingsText, IsReadBackAsItWasWritten) {
-  const CheckedSettings checked = checkSettings(settingsText(all));
-  EXPECT_EQ(checked.problems, QStringList());
-  EXPECT_EQ(checked.settings, all);
-}
-
-TEST(SettingsText, HasUnitsAndRanges) {
-  const QByteArray text = settingsText(all);
-  EXPECT_TRUE(text.contains("\"max_tempertaure\": {\"value\": 80, \"unit\": \"°C\", \"range\": [0, 253]},"));
-  EXPECT_TRUE(
-      text.contains("\"calibration_angle\": {\"value\": -20, \"unit\": \"\", \"range\": [-20, 20]}\n"));
-}
-
 TEST(SettingsCheck, TakesSomeSettingsAndPlainNumbers) {
-  const CheckedSettings checked = checkSettings(with("\"kp\": 440, \"ki\": {\"value\": 7}"));
-  EXPECT_EQ(checked.problems, QStringList());
+  const records::CheckedSettings checked = checkSettings(with("\"kp\": 440, \"ki\": {\"value\": 7}"));
+  EXPECT_EQ(linesOf(checked.problems), QStringList());
   EXPECT_EQ(checked.settings, (Settings{{9, 440}, {10, 7}}));
 }
 
@@ -104,12 +94,12 @@ TEST(SettingsCheck, NamesEveryProblemWithItsPlace) {
 }
 
 TEST(SettingsCheck, RemarksOnAnotherUnitOrRangeAndTakesTheValue) {
-  const CheckedSettings checked =
+  const records::CheckedSettings checked =
       checkSettings(with("\"max_load\": {\"value\": 1, \"unit\": \"A\", \"range\": [0, 5]}"));
-  EXPECT_EQ(checked.problems, QStringList());
+  EXPECT_EQ(linesOf(checked.problems), QStringList());
   EXPECT_EQ(checked.settings, (Settings{{8, 1}}));
   EXPECT_EQ(
-      checked.remarks,
+      linesOf(checked.remarks),
       (QStringList{
           QStringLiteral("2:39: settings.max_load.unit is not \"\"; the value is taken as it is"),
           QStringLiteral("2:52: settings.max_load.range is not [0, 512]; the value is taken as it is")}));
@@ -144,16 +134,9 @@ TEST(SettingsCheck, KeepsToTheRangesAtBothEnds) {
 }
 
 TEST(SettingsCheck, TellsWhetherValuesAreOnlyOutOfRange) {
-  EXPECT_TRUE(checkSettings(with("\"sid\": 254, \"kp\": -1")).onlyRanges);
-  EXPECT_FALSE(checkSettings(with("\"sid\": 254, \"kq\": 1")).onlyRanges);
-  EXPECT_FALSE(checkSettings(with("\"sid\": 25")).onlyRanges);
-}
-
-TEST(JsonPlaces, CountsCharactersAndNotBytes) {
-  const JsonPlaces places("{\"°\": \"\\\"\", \"a\": [{\"b\": 1}, {\"b\": 2}], \"c\": {\"d\": null}}");
-  EXPECT_EQ(places.of(QStringLiteral("a")).column, 13);
-  EXPECT_EQ(places.of(QStringLiteral("c.d")).column, 46);
-  EXPECT_TRUE(places.repeated().empty());
+  EXPECT_TRUE(checkSettings(with("\"sid\": 254, \"kp\": -1")).onlyRanges());
+  EXPECT_FALSE(checkSettings(with("\"sid\": 254, \"kq\": 1")).onlyRanges());
+  EXPECT_FALSE(checkSettings(with("\"sid\": 25")).onlyRanges());
 }
 
 struct Folder {
@@ -164,7 +147,7 @@ struct Folder {
 TEST(SettingsFile, IsLoadedOrAllItsProblemsAreTold) {
   const Folder folder;
   const QString path = folder.path("servo.json");
-  writeFile(path, settingsText(all));
+  writeFile(path, QByteArray::fromStdString(records::settingsText(all)));
   EXPECT_EQ(loadSettings(path).settings, all);
   writeFile(path, with("\"sid\": 254,\n\"kp\": -1"));
   const Failure failure = failureOf([&] { loadSettings(path); });

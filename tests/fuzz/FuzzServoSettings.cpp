@@ -1,4 +1,3 @@
-#include "cli/RegisterFacts.h"
 #include "cli/SettingsFile.h"
 #include "tests/fuzz/FuzzInput.h"
 #include "tests/fuzz/FuzzTarget.h"
@@ -12,10 +11,10 @@
 namespace tavril::cli {
 namespace {
 
-void checkRefusal(const CheckedSettings &checked) {
+void checkRefusal(const records::CheckedSettings &checked) {
   static const QRegularExpression withPlace(QStringLiteral("^[1-9][0-9]*:[1-9][0-9]*: ."));
   mustHold(checked.settings.empty(), "a refused file has no settings");
-  for (const QString &problem : checked.problems) {
+  for (const QString &problem : linesOf(checked.problems)) {
     mustHold(withPlace.match(problem).hasMatch(), "a problem has a place and words");
   }
 }
@@ -38,14 +37,14 @@ void checkSettingsInRange(const Settings &settings) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
   using namespace tavril;
   using namespace tavril::cli;
-  const CheckedSettings checked = checkSettings(FuzzInput(data, size).rest());
-  if (!checked.problems.isEmpty()) {
+  const records::CheckedSettings checked = records::checkSettings(FuzzInput(data, size).rest().toStdString());
+  if (!checked.problems.empty()) {
     checkRefusal(checked);
     return 0;
   }
   checkSettingsInRange(checked.settings);
-  const CheckedSettings again = checkSettings(settingsText(checked.settings));
-  mustHold(again.problems.isEmpty(), "what was written has no problems");
+  const records::CheckedSettings again = records::checkSettings(records::settingsText(checked.settings));
+  mustHold(again.problems.empty(), "what was written has no problems");
   mustHold(again.settings == checked.settings, "and reads back the same");
   return 0;
 }
