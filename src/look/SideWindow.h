@@ -47,7 +47,10 @@ class SideWindow : public Kind {
 /// child of `parent`, and it is deleted when it is closed; nullptr if `make` makes none.
 template <typename Window, typename Make>
 Window *openOnce(QWidget &parent, const Make &make) {
-  auto *window = parent.findChild<Window *>(QString(), Qt::FindDirectChildrenOnly);
+  Window *window = nullptr;
+  for (QObject *child : parent.children()) {
+    if (auto *one = dynamic_cast<Window *>(child)) window = one;
+  }
   if (!window) {
     window = make();
     if (!window) return nullptr;
