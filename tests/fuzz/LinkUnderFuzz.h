@@ -3,12 +3,12 @@
 #include "app/AppDelegate.h"
 #include "app/StoreController.h"
 #include "platform/AlertErrorPresenter.h"
-#include "protocol/PlainScreen.h"
 #include "protocol/SharedState.h"
 #include "tests/fuzz/Invariant.h"
 #include "tests/support/ManualBackground.h"
 #include "tests/support/MemoryFiles.h"
 #include "tests/support/MemoryTerminal.h"
+#include "tests/support/PlainScreen.h"
 #include "tests/support/SerialBench.h"
 #include "tests/support/TestDesktop.h"
 
