@@ -9,7 +9,7 @@
 #include "platform/linux/StringTables.h"
 #include "program/tavril/AppObjects.h"
 #include "protocol/Function.h"
-#include "protocol/PlainScreen.h"
+#include "tests/support/PlainScreen.h"
 #include "protocol/SharedState.h"
 #include "tests/doctor/FakeMachine.h"
 #include "tests/support/AnsweringAlert.h"

@@ -187,10 +187,6 @@ void AppDelegate::didReceiveData(const Port &, const QByteArray &data) {
 bool AppDelegate::acceptFrame(const QByteArray &data, const QStringList &decimal,
                               const QStringList &hexadecimal) {
   if (!wire::isFrame(asBytes(data))) return false;
-  if (takesExactRepliesOnly_ && !wire::replyAt(asBytes(data))) {
-    desktop_.log.write(QStringLiteral("Not a reply, ignored: ") + listText(decimal));
-    return true;
-  }
   QString trace = QStringLiteral("RX:");
   for (const QString &byte : decimal + hexadecimal) trace += u' ' + byte;
   state_.ObjectDictionaryArray.element(u"RXcmd").setText(trace);

@@ -113,11 +113,6 @@ class AppDelegate final : public SerialPortDelegate,
   /// thousand bytes of it.
   const QByteArray &received() const { return received_; }
 
-  /// From now on a reply of another length than its command has, or one that no command has, is ignored: for
-  /// a link that nobody sees, where a wrong value must not come out. The screen shows what the decoder makes
-  /// of it.
-  void takeExactRepliesOnly() { takesExactRepliesOnly_ = true; }
-
   void SendCMDtoMCU() override;
   /// The value key of registers 1 to 14, "CalibrationAngle" for 15, else nothing.
   QString cmdlabel(int registerNumber) const;
@@ -170,7 +165,6 @@ class AppDelegate final : public SerialPortDelegate,
   const std::shared_ptr<ServoLink> link_;
   std::optional<PosixError> lastSerialError_;
   QByteArray received_;
-  bool takesExactRepliesOnly_ = false;
 };
 
 }  // namespace tavril

@@ -1,6 +1,7 @@
 #include "app/ReadOut.h"
 
 #include "app/AppDelegate.h"
+#include "app/ReadOutTexts.h"
 #include "platform/Desktop.h"
 #include "platform/KeyedText.h"
 #include "platform/ScreenElement.h"
@@ -8,7 +9,6 @@
 #include "protocol/Function.h"
 #include "protocol/RegisterCatalogue.h"
 #include "protocol/SharedState.h"
-#include "serial/OpenFailure.h"
 #include "serial/SerialPort.h"
 
 #include <algorithm>
@@ -34,9 +34,7 @@ ReadOut::~ReadOut() {
 
 void ReadOut::start() {
   if (state_.allSerialPortsInfo.empty()) {
-    finish(QStringLiteral(
-        "there is no serial port: plug in the servo's USB adapter, name a terminal with --port "
-        "PATH, or try --demo."));
+    finish(readOutTexts::noPort());
     return;
   }
   port_ = state_.allSerialPortsInfo.front();
@@ -48,9 +46,7 @@ void ReadOut::start() {
   application_.serialFormat();
   if (!port_->isOpen()) {
     const auto error = application_.lastSerialError();
-    finish(error ? openFailureText(*error)
-                 : QStringLiteral("%1 could not be opened: check that it is the servo adapter's port.")
-                       .arg(port_->path()));
+    finish(readOutTexts::notOpened(*port_, error ? &*error : nullptr));
     return;
   }
   updateTimer_ = desktop_.timers.repeating(updateInterval, [this] { update(); });
@@ -59,26 +55,18 @@ void ReadOut::start() {
 
 void ReadOut::update() {
   if (application_.serialPort() != port_) {
-    finish(QStringLiteral(
-               "the port %1 was removed while it was being read: check the cable, plug the adapter in "
-               "again and retry.")
-               .arg(port_->name()));
+    finish(readOutTexts::removed(port_->name()));
     return;
   }
   if (state_.CanUseTavril == u"fail") {
     const bool several =
         state_.ObjectDictionaryArray.shown(u"errormsg") == KeyedText(u"there_are_more_than_one_servo");
-    finish((several ? QStringLiteral(
-                          "more than one servo answered on %1: connect just one servo to the bridge and "
-                          "retry.")
-                    : QStringLiteral("no servo answered behind the bridge on %1: check the servo's cable and "
-                                     "power, then retry."))
-               .arg(port_->name()));
+    finish(several ? readOutTexts::severalServos(port_->name()) : readOutTexts::noServo(port_->name()));
     return;
   }
   const bool detected = state_.CanUseTavril == u"true";
   const int read = registersRead();
-  if (read > readSoFar_ || detected != detected_) secondsLeft_ = countdownSeconds;
+  if (read > readSoFar_ || detected != detected_) secondsLeft_ = readOutTexts::countdownSeconds;
   readSoFar_ = read;
   detected_ = detected;
   if (read < wire::registerCount) return;
@@ -92,25 +80,11 @@ void ReadOut::update() {
 
 void ReadOut::countDown() {
   if (--secondsLeft_ > 0) return;
-  if (!detected_ && readSoFar_ > 0) {
-    finish(
-        QStringLiteral(
-            "%1 answered, but did not tell whether exactly one servo is there: check the servo's cable and "
-            "power, then retry.")
-            .arg(port_->name()));
-  } else if (!detected_) {
-    finish(QStringLiteral(
-               "no answer from %1 within %2 s: check that it is the servo's adapter, that the bridge has "
-               "power and that its cable is plugged in.")
-               .arg(port_->name())
-               .arg(countdownSeconds));
+  const QString name = port_->name();
+  if (detected_) {
+    finish(readOutTexts::stopped(name, readSoFar_));
   } else {
-    finish(
-        QStringLiteral(
-            "%1 stopped answering after %2 of %3 registers: check the servo's cable and power, then retry.")
-            .arg(port_->name())
-            .arg(readSoFar_)
-            .arg(wire::registerCount));
+    finish(readSoFar_ > 0 ? readOutTexts::notDetected(name) : readOutTexts::silent(name));
   }
 }
 

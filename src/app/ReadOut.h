@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/ReadOutTexts.h"
+
 #include <QString>
 
 #include <functional>
@@ -21,9 +23,6 @@ class ReadOut {
   /// Empty when all registers were read, else one line that says what was wrong and what to do.
   using Finished = std::function<void(const QString &problem)>;
 
-  /// Seconds without an answer after which the device counts as silent.
-  static constexpr int countdownSeconds = 30;
-
   /// The registers' screen elements must be registered before start().
   ReadOut(SharedState &state, AppDelegate &application, const Desktop &desktop, Finished finished);
   ~ReadOut();
@@ -32,8 +31,6 @@ class ReadOut {
 
   /// Connects; `finished` is called once, perhaps before this returns.
   void start();
-  /// The port that is read; nothing before start() or without a port.
-  const std::shared_ptr<SerialPort> &port() const { return port_; }
 
  private:
   void update();
@@ -48,7 +45,7 @@ class ReadOut {
   std::shared_ptr<SerialPort> port_;
   std::shared_ptr<Timer> updateTimer_;
   std::shared_ptr<Timer> countdownTimer_;
-  int secondsLeft_ = countdownSeconds;
+  int secondsLeft_ = readOutTexts::countdownSeconds;
   int readSoFar_ = 0;
   bool detected_ = false;
   bool hasAskedAgain_ = false;

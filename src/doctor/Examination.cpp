@@ -7,7 +7,6 @@
 #include <QByteArray>
 
 #include <algorithm>
-#include <cerrno>
 #include <utility>
 
 namespace tavril::doctor {
@@ -16,7 +15,7 @@ namespace {
 
 /// Also a bridge that needs no time is given this: what stood in the line is read and gone before the
 /// question goes out.
-constexpr PortProbe::Time settleTime{50};
+constexpr std::chrono::milliseconds settleTime{50};
 
 }  // namespace
 
@@ -105,26 +104,23 @@ Result Examination::examineLink(CheckId check) const {
 }
 
 void Examination::ask() {
-  QByteArray banner;
+  using End = servo::Received::End;
   // What the bridge says while it starts answers no question.
-  if (probe_.listen(std::max(request_.bootWait, settleTime), banner) == PortProbe::End::Gone) {
+  if (probe_.pause(std::max(request_.bootWait, settleTime)) == End::Gone) {
     asked_ = Asked::Gone;
     return;
   }
-  const QByteArray question = toByteArray(wire::encode(wire::Command::detect()));
-  QByteArray received;
+  QByteArray all;
   for (int tries = 0; tries <= request_.retries && !isCancelled(); ++tries) {
-    const CallResult sent = probe_.send(question);
-    if (sent.failed()) {
-      asked_ = sent.error == EAGAIN ? Asked::NotTaken : Asked::Gone;
-      break;
-    }
-    const PortProbe::End end = probe_.listen(
-        request_.timeout, received, [](const QByteArray &bytes) { return Heard::in(bytes).isAnswered(); });
-    if (end == PortProbe::End::Gone) asked_ = Asked::Gone;
-    if (end != PortProbe::End::TimedOut) break;
+    const servo::Received received =
+        probe_.request(wire::encode(wire::Command::detect()), request_.timeout,
+                       [all](wire::Bytes bytes) { return Heard::in(all + toByteArray(bytes)).isAnswered(); });
+    all += toByteArray(received.bytes);
+    if (received.end == End::Gone) asked_ = Asked::Gone;
+    if (received.end == End::NotTaken) asked_ = Asked::NotTaken;
+    if (received.end != End::TimedOut) break;
   }
-  heard_ = Heard::in(received);
+  heard_ = Heard::in(all);
 }
 
 bool Examination::hasFailed(CheckId check) const {

@@ -7,6 +7,9 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
 #include <span>
 
 #include <termios.h>
@@ -18,7 +21,7 @@ namespace {
 constexpr unsigned long baudRate = 115200;
 constexpr tcflag_t framing = CSIZE | PARENB | CSTOPB;
 
-using Clock = std::chrono::steady_clock;
+using End = servo::Received::End;
 
 }  // namespace
 
@@ -62,33 +65,56 @@ CallResult PortProbe::takeSettings() {
   return isTaken ? CallResult::success() : CallResult::failure(EINVAL);
 }
 
-CallResult PortProbe::send(const QByteArray &bytes) {
-  std::span<const std::byte> left(reinterpret_cast<const std::byte *>(bytes.constData()),
-                                  static_cast<std::size_t>(bytes.size()));
-  while (!left.empty()) {
-    const CallResult written = terminal_.write(descriptor_, left);
-    if (written.failed()) return written;
-    if (written.value == 0) return CallResult::failure(EAGAIN);
-    left = left.subspan(static_cast<std::size_t>(written.value));
-  }
-  return CallResult::success();
+servo::Received PortProbe::request(wire::Bytes data, servo::Time timeout, Rule rule) {
+  servo::Received received;
+  received.sentAt = now();
+  const std::optional<End> failure = send(data);
+  received.end = failure ? *failure : listen(timeout, received, rule);
+  return received;
 }
 
-PortProbe::End PortProbe::listen(Time duration, QByteArray &heard, const Rule &rule) {
-  const Clock::time_point deadline = Clock::now() + duration;
+servo::Received::End PortProbe::pause(servo::Time duration) {
+  servo::Received passing;
+  return listen(duration, passing, [](wire::Bytes) { return false; });
+}
+
+servo::Time PortProbe::now() const {
+  return std::chrono::duration_cast<servo::Time>(std::chrono::steady_clock::now().time_since_epoch());
+}
+
+/// Hands over all bytes. Returns how that ended if it failed.
+std::optional<End> PortProbe::send(wire::Bytes bytes) {
+  std::span<const std::byte> left = std::as_bytes(bytes);
+  while (!left.empty()) {
+    const CallResult written = terminal_.write(descriptor_, left);
+    if (written.failed()) return written.error == EAGAIN ? End::NotTaken : End::Gone;
+    if (written.value == 0) return End::NotTaken;
+    left = left.subspan(static_cast<std::size_t>(written.value));
+  }
+  return std::nullopt;
+}
+
+/// Adds what comes until the rule accepts it or the time is over.
+End PortProbe::listen(servo::Time duration, servo::Received &received, const Rule &rule) {
+  using std::chrono::milliseconds;
+  const servo::Time deadline = now() + duration;
   std::array<std::byte, 1024> buffer{};
   while (!cancelled_) {
-    const auto left = std::max(std::chrono::ceil<Time>(deadline - Clock::now()), Time(0));
+    const auto left = std::max(std::chrono::ceil<milliseconds>(deadline - now()), milliseconds(0));
     const CallResult ready = terminal_.waitForInput(descriptor_, wake_, left);
     if (ready.failed()) return End::Gone;
     if (ready.value > 0) {
       const CallResult got = terminal_.read(descriptor_, buffer);
       // Nothing to read although something is there: that is how a line looks that was hung up.
       if (got.value == 0 || (got.failed() && got.error != EAGAIN)) return End::Gone;
-      if (got.value > 0) heard.append(reinterpret_cast<const char *>(buffer.data()), got.value);
-      if (rule && rule(heard)) return End::Accepted;
+      if (got.value > 0) {
+        const auto *bytes = reinterpret_cast<const std::uint8_t *>(buffer.data());
+        received.bytes.insert(received.bytes.end(), bytes, bytes + got.value);
+        received.arrivedAt = now();
+      }
+      if (rule(received.bytes)) return End::Accepted;
     }
-    if (Clock::now() >= deadline) return End::TimedOut;
+    if (now() >= deadline) return End::TimedOut;
   }
   return End::Cancelled;
 }

@@ -1,31 +1,25 @@
 #pragma once
 
 #include "platform/TerminalCalls.h"
+#include "servo/Line.h"
 
-#include <QByteArray>
 #include <QString>
 
 #include <atomic>
-#include <chrono>
-#include <functional>
 #include <memory>
+#include <optional>
 
 struct termios;
 
 namespace tavril::doctor {
 
 /// A port that is opened for nobody else, asked something, and closed with its settings as they were. All for
-/// one thread, except cancel(), which any thread may call. Every call that waits ends soon after it.
-class PortProbe {
+/// one thread, except cancel(), which any thread may call.
+class PortProbe final : public servo::Line {
  public:
-  using Time = std::chrono::milliseconds;
-  using Rule = std::function<bool(const QByteArray &heard)>;
-
-  enum class End { Accepted, TimedOut, Gone, Cancelled };
-
   explicit PortProbe(TerminalCalls &terminal);
   /// Closes the port, if it is open.
-  ~PortProbe();
+  ~PortProbe() override;
   PortProbe(const PortProbe &) = delete;
   PortProbe &operator=(const PortProbe &) = delete;
 
@@ -33,19 +27,21 @@ class PortProbe {
   /// 115200 baud, eight bits, no parity, no flow control. A driver that says yes and does otherwise has
   /// failed.
   CallResult takeSettings();
-  /// Hands over all bytes; EAGAIN when the adapter does not take them.
-  CallResult send(const QByteArray &bytes);
-  /// Adds what comes to `heard` until the rule accepts it or the time is over. Without a rule: until then.
-  End listen(Time duration, QByteArray &heard, const Rule &rule = nullptr);
+  servo::Received request(wire::Bytes data, servo::Time timeout, Rule rule) override;
+  /// Reads what comes meanwhile, which answers nothing.
+  servo::Received::End pause(servo::Time duration) override;
+  servo::Time now() const override;
 
   /// Puts the line settings back and lets go of the port. Harmless when it is not open.
   void close();
 
-  void cancel();
+  void cancel() override;
   bool isCancelled() const { return cancelled_; }
 
  private:
   bool isOpen() const { return descriptor_ >= 0; }
+  std::optional<servo::Received::End> send(wire::Bytes bytes);
+  servo::Received::End listen(servo::Time duration, servo::Received &received, const Rule &rule);
 
   TerminalCalls &terminal_;
   int descriptor_ = -1;

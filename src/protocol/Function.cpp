@@ -40,7 +40,7 @@ const wire::FrameRow *rowOf(const QString &code) {
 QString countText(int bits, const StatusList &list, const QString &byteText) {
   // Kept: C18.
   if (bits < 0) return byteText + QStringLiteral(" Item");
-  return QStringLiteral("%1 Items").arg(list.count);
+  return itemsText(list);
 }
 
 }  // namespace

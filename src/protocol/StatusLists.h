@@ -2,6 +2,8 @@
 
 #include "platform/KeyedText.h"
 
+#include <QString>
+
 namespace tavril {
 
 class Log;
@@ -11,6 +13,11 @@ struct StatusList {
   KeyedText text;  ///< empty when no bit is set, else a separator line and then the items, a line each
   int count = 0;
 };
+
+/// "2 Items"
+inline QString itemsText(const StatusList &list) {
+  return QStringLiteral("%1 Items").arg(list.count);
+}
 
 /// Lists the errors in the status error byte. Bit 4 has no text and counts for nothing, but starts the list.
 StatusList statusErrorList(int bits, Log &log);

@@ -239,23 +239,6 @@ TEST_F(AppDelegateLink, AReplyOneByteShortIsShownWithItsEndMarkAsTheLastByte) {
   EXPECT_EQ(textOf("TXcmd"), "Kp_valueTX: ff 5 91 9 fe");
 }
 
-TEST_F(AppDelegateLink, WhereNobodyLooksOnlyRepliesOfExactlyTheRightLengthAreTaken) {
-  launch();
-  application->takeExactRepliesOnly();
-  bench.log.clear();
-  for (const char *frame : {"FF06910801FE", "FF08910801012CFE", "FF0490FE", "FF059703FE", "FF0442FE"}) {
-    deliver(frame);
-  }
-  EXPECT_EQ(textOf("MaxLoad_value"), "");
-  EXPECT_EQ(textOf("ConnectStatus"), "");
-  EXPECT_EQ(textOf("TXcmd"), "") << "nor does the reading begin again";
-  EXPECT_EQ(state.returnSTR, "");
-  EXPECT_EQ(bench.log.lines().count("Not a reply, ignored: (255, 6, 145, 8, 1, 254)"), 1);
-  EXPECT_EQ(bench.log.lines().size(), 5);
-  deliver("FF079108012CFE");
-  EXPECT_EQ(textOf("MaxLoad_value"), "300");
-}
-
 TEST_F(AppDelegateLink, WhatCameSinceTheLastDetectionIsRememberedForTheDoctor) {
   launch();
   deliver("01020304");

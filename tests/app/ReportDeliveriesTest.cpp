@@ -1,9 +1,12 @@
-// What the program makes of replies that come in pieces, together, late or spoilt. Pieces that come soon
-// after each other are put together and replies that come together are parted. Each delivery is then looked
-// at by itself: one that begins like a frame but is not a whole one makes the reading begin again, any other
-// that is no frame is dropped.
+// What the program makes of replies that come in pieces, together, late or spoilt. The report finds them
+// wherever they stand in what comes, and asks again for what does not come. The screen, of which a picture is
+// made, puts pieces together that come soon after each other and parts replies that come together. It then
+// looks at each delivery by itself: one that begins like a frame but is not a whole one makes the reading
+// begin again, any other that is no frame is dropped.
 #include "tests/support/Program.h"
 #include "tests/support/ScriptedBridge.h"
+
+#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
@@ -56,6 +59,22 @@ struct Reading {
   TavrilProgram program{TavrilProgram::reportOf(bridge.path())};
 };
 
+/// The same by way of the screen.
+struct ScreenReading {
+  explicit ScreenReading(ScriptedBridge::Script script) : bridge(std::move(script)) {}
+  QTemporaryDir folder;
+  ScriptedBridge bridge;
+  TavrilProgram program{{QStringLiteral("--snapshot"), folder.filePath(QStringLiteral("screen.png")),
+                         QStringLiteral("--port"), bridge.path()}};
+};
+
+/// Both, each on a bridge of its own.
+struct BothReadings {
+  explicit BothReadings(const ScriptedBridge::Script &script) : report(script), screen(script) {}
+  Reading report;
+  ScreenReading screen;
+};
+
 struct ServoReading {
   explicit ServoReading(const QStringList &faults) : servo(faults) {}
   ServoProgram servo;
@@ -63,27 +82,28 @@ struct ServoReading {
 };
 
 struct Runs {
-  Reading cutReply{once(5, [](const QByteArray &reply) { return cut(reply, 4); })};
-  Reading cutLongBefore{once(5, [](const QByteArray &reply) { return cutWithAPause(reply, 4); })};
-  Reading cutDetectionLongBefore{once(0, [](const QByteArray &reply) { return cutWithAPause(reply, 4); })};
-  Reading cutDetection{once(0, [](const QByteArray &reply) { return cut(reply, 4); })};
-  Reading gluedToTheDetection{once(0, [](const QByteArray &reply) {
+  BothReadings cutReply{once(5, [](const QByteArray &reply) { return cut(reply, 4); })};
+  BothReadings cutLongBefore{once(5, [](const QByteArray &reply) { return cutWithAPause(reply, 4); })};
+  BothReadings cutDetectionLongBefore{
+      once(0, [](const QByteArray &reply) { return cutWithAPause(reply, 4); })};
+  BothReadings cutDetection{once(0, [](const QByteArray &reply) { return cut(reply, 4); })};
+  BothReadings gluedToTheDetection{once(0, [](const QByteArray &reply) {
     return QList<QByteArray>{reply + QByteArray("\xFF\x07\x91\x01\x00\x63\xFE", 7)};
   })};
-  Reading tooLong{once(16, [](const QByteArray &reply) {
+  BothReadings tooLong{once(16, [](const QByteArray &reply) {
     QByteArray longer = reply;
     longer[1] = 8;
     return QList<QByteArray>{longer};
   })};
-  Reading noiseBetween{[](const QByteArray &, const QByteArray &reply) {
+  BothReadings noiseBetween{[](const QByteArray &, const QByteArray &reply) {
     return QList<QByteArray>{QByteArray("\x00\xFE\xFF\x05", 4), reply, QByteArray("\xFE", 1)};
   }};
-  Reading falseStart{once(2, [](const QByteArray &reply) {
+  BothReadings falseStart{once(2, [](const QByteArray &reply) {
     return QList<QByteArray>{QByteArray("\xFF\x01", 2), reply};
   })};
-  Reading noiseInFront{
+  BothReadings noiseInFront{
       once(7, [](const QByteArray &reply) { return QList<QByteArray>{QByteArray("\x41", 1) + reply}; })};
-  Reading unknownFrames{[](const QByteArray &, const QByteArray &reply) {
+  BothReadings unknownFrames{[](const QByteArray &, const QByteArray &reply) {
     return QList<QByteArray>{QByteArray("\xFF\x04\x42\xFE", 4), reply};
   }};
 
@@ -111,8 +131,18 @@ struct Runs {
 
 StartedFirst<Runs> runs;
 
-void expectRightValues(Reading &reading, const std::vector<int> &commands) {
+void expectRightValues(Reading &reading) {
   expectSuccess(reading.program.outcome(), ScriptedBridge::json(portName(reading.bridge.path())));
+}
+
+/// The standard error output is not looked at: Qt writes there too where there is no display.
+void expectPicture(ScreenReading &reading) {
+  EXPECT_EQ(reading.program.outcome().out, "");
+  EXPECT_EQ(reading.program.outcome().status, 0);
+}
+
+void expectWholeReading(ScreenReading &reading, const std::vector<int> &commands) {
+  expectPicture(reading);
   EXPECT_EQ(reading.bridge.commands(), commands);
 }
 
@@ -136,69 +166,83 @@ std::string silentAfter(int registers, const std::string &port) {
 /// A reading in which a reply, the first to this command, came in two pieces soon after each other. A machine
 /// that has other things to do may have kept us from sending the second in time; then it is done over,
 /// without the other readings.
-void expectCutReplyToBeWhole(Reading &first, int number) {
-  Reading *reading = &first;
-  std::unique_ptr<Reading> again;
+void expectCutReplyToBeWhole(ScreenReading &first, int number) {
+  ScreenReading *reading = &first;
+  std::unique_ptr<ScreenReading> again;
   reading->program.outcome();
   for (int attempt = 0; attempt < 20 && reading->bridge.longestGap() >= bearableGap; ++attempt) {
-    again = std::make_unique<Reading>(once(number, [](const QByteArray &reply) { return cut(reply, 4); }));
+    again =
+        std::make_unique<ScreenReading>(once(number, [](const QByteArray &reply) { return cut(reply, 4); }));
     reading = again.get();
     reading->program.outcome();
   }
   ASSERT_LT(reading->bridge.longestGap(), bearableGap)
       << "the machine is too busy to send two pieces in time";
-  expectRightValues(*reading, readings({20}));
+  expectWholeReading(*reading, readings({20}));
 }
 
 TEST(ReportDeliveries, TwoPiecesThatComeSoonAfterEachOtherAreOneReply) {
-  expectCutReplyToBeWhole(runs->cutReply, 5);
-  expectCutReplyToBeWhole(runs->cutDetection, 0);
+  expectCutReplyToBeWhole(runs->cutReply.screen, 5);
+  expectCutReplyToBeWhole(runs->cutDetection.screen, 0);
+  for (Reading *reading : {&runs->cutReply.report, &runs->cutDetection.report}) {
+    expectRightValues(*reading);
+    EXPECT_EQ(reading->bridge.commands(), readings({20}));
+  }
 }
 
 TEST(ReportDeliveries, AReplyInTwoPiecesMakesTheReadingBeginAgain) {
-  expectRightValues(runs->cutLongBefore, readings({5, 20}));
+  expectWholeReading(runs->cutLongBefore.screen, readings({5, 20}));
+  expectRightValues(runs->cutLongBefore.report);
+  EXPECT_EQ(runs->cutLongBefore.report.bridge.commands(), readings({20})) << "but not that for the report";
 }
 
 TEST(ReportDeliveries, ADetectionWhoseEndComesLateIsAskedForAgainAfterTheReading) {
-  Reading &reading = runs->cutDetectionLongBefore;
-  expectSuccess(reading.program.outcome(), ScriptedBridge::json(portName(reading.bridge.path())));
+  ScreenReading &reading = runs->cutDetectionLongBefore.screen;
+  expectPicture(reading);
   std::vector<int> expected = readings({20});
   expected.push_back(0);
   const auto &commands = reading.bridge.commands();
   ASSERT_GE(commands.size(), expected.size());
   EXPECT_EQ(std::vector(commands.begin(), commands.begin() + 22), expected);
+  expectRightValues(runs->cutDetectionLongBefore.report);
 }
 
 TEST(ReportDeliveries, OfTwoRepliesThatComeTogetherBothCount) {
-  expectSuccess(runs->gluedToTheDetection.program.outcome(),
-                ScriptedBridge::json(portName(runs->gluedToTheDetection.bridge.path())));
+  expectPicture(runs->gluedToTheDetection.screen);
   // The stray reply has begun a reading of its own beside the one that the detection began.
-  const auto &commands = runs->gluedToTheDetection.bridge.commands();
+  const auto &commands = runs->gluedToTheDetection.screen.bridge.commands();
   ASSERT_GE(commands.size(), 4U);
   EXPECT_EQ(std::vector(commands.begin(), commands.begin() + 4), (std::vector<int>{0, 1, 2, 2}));
+  expectRightValues(runs->gluedToTheDetection.report);
 }
 
 TEST(ReportDeliveries, AReplyWithAWrongLengthMakesTheReadingBeginAgain) {
-  expectRightValues(runs->tooLong, readings({16, 20}));
+  expectWholeReading(runs->tooLong.screen, readings({16, 20}));
+  expectRightValues(runs->tooLong.report);
 }
 
 TEST(ReportDeliveries, NoiseInDeliveriesOfItsOwnIsDropped) {
-  expectRightValues(runs->noiseBetween, readings({20}));
+  expectWholeReading(runs->noiseBetween.screen, readings({20}));
+  expectRightValues(runs->noiseBetween.report);
 }
 
 TEST(ReportDeliveries, WholeFramesOfAnUnknownKindAreIgnored) {
-  expectRightValues(runs->unknownFrames, readings({20}));
+  expectWholeReading(runs->unknownFrames.screen, readings({20}));
+  expectRightValues(runs->unknownFrames.report);
 }
 
 TEST(ReportDeliveries, TwoReadingsThatRunAtOnceEndWithTheRightValues) {
-  expectSuccess(runs->falseStart.program.outcome(),
-                ScriptedBridge::json(portName(runs->falseStart.bridge.path())));
+  expectPicture(runs->falseStart.screen);
+  expectRightValues(runs->falseStart.report);
 }
 
 TEST(ReportDeliveries, AReplyBehindNoiseInTheSameDeliveryIsLostAndTheSilenceReported) {
-  expectComplaint(runs->noiseInFront.program.outcome(),
-                  silentAfter(6, portName(runs->noiseInFront.bridge.path())));
-  EXPECT_EQ(runs->noiseInFront.bridge.commands(), readings({7}));
+  const Program::Outcome &outcome = runs->noiseInFront.screen.program.outcome();
+  const std::string port = portName(runs->noiseInFront.screen.bridge.path());
+  EXPECT_TRUE(outcome.err.ends_with("tavril: " + silentAfter(6, port) + "\n")) << outcome.err;
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(runs->noiseInFront.screen.bridge.commands(), readings({7}));
+  expectRightValues(runs->noiseInFront.report);
 }
 
 TEST(ReportDeliveries, RepliesThatWaitForASecondOneAreRead) {

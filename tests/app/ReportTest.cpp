@@ -1,63 +1,72 @@
 #include "app/Report.h"
+#include "servo/MemoryLine.h"
 #include "tests/app/LinkBench.h"
+#include "tests/support/RecordingLog.h"
 #include "tests/support/WaitFor.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
+
+#include <cstdint>
 
 namespace tavril {
 namespace {
 
 using namespace std::chrono_literals;
 
-class ReportOnPty : public LinkBench {
- protected:
-  void start(ReportFormat format = ReportFormat::Table) {
-    launch();
-    report =
-        std::make_unique<Report>(state, *application, desktop, format,
-                                 [this](const Report::Outcome &outcome) { outcomes.push_back(outcome); });
-    report->start();
-  }
-  void startOnPty(ReportFormat format = ReportFormat::Table) {
-    bench.devices.add("usbport-test", pty.path());
-    start(format);
-  }
-  /// Answers the detection and then every read with register number + 100, as often as asked.
-  void answer(const char *detection, int registers) {
-    ASSERT_TRUE(bench.mainQueue.runUntil([&] { return wait.waits.size() == 2; }));
-    ASSERT_EQ(pty.read(50).size(), 50);
-    pty.write(QByteArray::fromHex(detection));
-    for (int number = 1; number <= registers; ++number) {
-      ASSERT_TRUE(bench.mainQueue.runNext());
-      const QByteArray request = pty.read(50);
-      ASSERT_EQ(request.at(3), static_cast<char>(number));
-      QByteArray reply = QByteArray::fromHex("FF079100");
-      reply[3] = static_cast<char>(number);
-      reply += '\0';
-      reply += static_cast<char>(number == 15 ? -10 : number == 16 || number == 17 ? 0 : number + 100);
-      reply += '\xFE';
-      pty.write(reply);
-    }
-    ASSERT_TRUE(bench.mainQueue.runNext());
-    timers.advance(10ms);
-  }
-  QString onlyText() const {
-    return outcomes.size() == 1 ? outcomes[0].text : QStringLiteral("no single outcome");
-  }
-
-  Pty pty;
-  std::vector<Report::Outcome> outcomes;
-  std::unique_ptr<Report> report;
-  ~ReportOnPty() override { report.reset(); }
+/// How the bridge answers: the first question for the servo with the first of the texts and so on, in
+/// hexadecimal digits, and that many registers with their number + 100.
+struct Answers {
+  QStringList detections;
+  int registers = 0;
+  std::chrono::seconds delay = 0s;  ///< of the answers to detections
 };
 
-TEST_F(ReportOnPty, PrintsTheTwentyRegistersAsAnAlignedTable) {
-  startOnPty();
-  answer("FF059001FE", 20);
-  ASSERT_EQ(outcomes.size(), 1u);
-  EXPECT_TRUE(outcomes[0].succeeded);
-  const QStringList rows = outcomes[0].text.split(u'\n', Qt::SkipEmptyParts);
+QByteArray replyTo(int number) {
+  QByteArray reply = QByteArray::fromHex("FF0791000000FE");
+  reply[3] = static_cast<char>(number);
+  if (number == 15) reply[4] = '\xFF';
+  reply[5] = static_cast<char>(number == 15 ? -10 : number == 16 || number == 17 ? 0 : number + 100);
+  return reply;
+}
+
+class ReportInTime : public testing::Test {
+ protected:
+  using Pieces = std::vector<servo::MemoryLine::Piece>;
+
+  ReportOutcome reportOn(const Answers &given, ReportFormat format = ReportFormat::Table) {
+    answers = given;
+    return reportOf(line, 0s, QStringLiteral("usbport-test"), format, log);
+  }
+  Pieces answer(wire::Bytes sent) {
+    EXPECT_EQ(sent.size(), 50U);
+    const auto after = [](std::chrono::seconds delay, const QByteArray &bytes) {
+      return Pieces{{delay + 1ms, std::vector<std::uint8_t>(bytes.begin(), bytes.end())}};
+    };
+    if (sent[2] == 0x90) {
+      const qsizetype asked = detections++;
+      if (asked >= answers.detections.size()) return {};
+      return after(answers.delay, QByteArray::fromHex(answers.detections[asked].toLatin1()));
+    }
+    EXPECT_EQ(sent[2], 0x91);
+    const int number = sent[3];
+    if (number == shortRegister) return after(0s, QByteArray::fromHex("FF06910801FE"));
+    return number <= answers.registers ? after(0s, replyTo(number)) : Pieces();
+  }
+
+  Answers answers;
+  int detections = 0;
+  int shortRegister = 0;
+  servo::MemoryLine line{[this](wire::Bytes sent) { return answer(sent); }};
+  RecordingLog log;
+};
+
+const QStringList oneServo{"FF059001FE"};
+
+TEST_F(ReportInTime, PrintsTheTwentyRegistersAsAnAlignedTable) {
+  const ReportOutcome outcome = reportOn({oneServo, 20});
+  EXPECT_TRUE(outcome.succeeded);
+  const QStringList rows = outcome.text.split(u'\n', Qt::SkipEmptyParts);
   ASSERT_EQ(rows.size(), 20);
   EXPECT_EQ(rows[0], " 1  sid                  101");
   EXPECT_EQ(rows[9], "10  ki                   110");
@@ -66,11 +75,9 @@ TEST_F(ReportOnPty, PrintsTheTwentyRegistersAsAnAlignedTable) {
   EXPECT_EQ(rows[18], "19  present_temperature  119");
 }
 
-TEST_F(ReportOnPty, PrintsTheTwentyRegistersAsJson) {
-  startOnPty(ReportFormat::Json);
-  answer("FF059001FE", 20);
-  ASSERT_EQ(outcomes.size(), 1u);
-  const QJsonObject object = QJsonDocument::fromJson(outcomes[0].text.toUtf8()).object();
+TEST_F(ReportInTime, PrintsTheTwentyRegistersAsJson) {
+  const ReportOutcome outcome = reportOn({oneServo, 20}, ReportFormat::Json);
+  const QJsonObject object = QJsonDocument::fromJson(outcome.text.toUtf8()).object();
   EXPECT_EQ(object.value("port").toString(), "usbport-test");
   const QJsonObject registers = object.value("registers").toObject();
   EXPECT_EQ(registers.size(), 20);
@@ -79,12 +86,118 @@ TEST_F(ReportOnPty, PrintsTheTwentyRegistersAsJson) {
   EXPECT_EQ(registers.value("status_error"), QJsonValue("0 Items"));
 }
 
+TEST_F(ReportInTime, LogsTheRepliesByteByByte) {
+  reportOn({oneServo, 20});
+  EXPECT_TRUE(log.lines().contains("StatusError=(255, 7, 145, 16, 0, 0, 254)"))
+      << log.lines().join("\n").toStdString();
+}
+
+TEST_F(ReportInTime, NoServoAndSeveralServosAreToldApart) {
+  const ReportOutcome outcome = reportOn({{"FF059000FE"}});
+  EXPECT_TRUE(outcome.text.startsWith("no servo answered")) << outcome.text.toStdString();
+}
+
+TEST_F(ReportInTime, SeveralServosAreAnError) {
+  const ReportOutcome outcome = reportOn({{"FF059002FE"}});
+  EXPECT_TRUE(outcome.text.startsWith("more than one servo")) << outcome.text.toStdString();
+  EXPECT_FALSE(outcome.succeeded);
+}
+
+TEST_F(ReportInTime, ASilentDeviceIsGivenUpAfterThirtySeconds) {
+  const ReportOutcome outcome = reportOn({});
+  EXPECT_TRUE(outcome.text.startsWith("no answer from usbport-test within 30 s"))
+      << outcome.text.toStdString();
+  EXPECT_EQ(line.now(), 30s + 20ms);
+  EXPECT_EQ(detections, 1);
+}
+
+TEST_F(ReportInTime, AServoThatAnswersLateIsStillRead) {
+  EXPECT_TRUE(reportOn({oneServo, 20, 29s}).succeeded);
+}
+
+TEST_F(ReportInTime, AServoThatFallsSilentIsGivenUpThirtySecondsLater) {
+  const ReportOutcome outcome = reportOn({oneServo, 7, 20s});
+  EXPECT_TRUE(outcome.text.contains("stopped answering after 7 of 20 registers"))
+      << outcome.text.toStdString();
+  EXPECT_GT(line.now(), 20s + 29s);
+  EXPECT_LT(line.now(), 20s + 31s);
+}
+
+TEST_F(ReportInTime, RegistersWithoutAnAnsweredDetectionAreNoSuccess) {
+  const ReportOutcome outcome = reportOn({{"FF059001", "FF059001"}, 20});
+  EXPECT_EQ(outcome.text,
+            "usbport-test answered, but did not tell whether exactly one servo is there: check the servo's "
+            "cable and "
+            "power, then retry.");
+  EXPECT_FALSE(outcome.succeeded);
+  EXPECT_EQ(detections, 2) << "once more, and once only";
+}
+
+TEST_F(ReportInTime, ADetectionThatIsAnsweredAtTheSecondAttemptIsMadeGood) {
+  EXPECT_TRUE(reportOn({{"FF059001", "FF059001FE"}, 20}).succeeded);
+}
+
+TEST_F(ReportInTime, SeveralServosAtTheSecondAttemptAreAnError) {
+  const ReportOutcome outcome = reportOn({{"FF059001", "FF059002FE"}, 20});
+  EXPECT_TRUE(outcome.text.startsWith("more than one servo")) << outcome.text.toStdString();
+}
+
+TEST_F(ReportInTime, AReplyOneByteShortIsNotPrinted) {
+  shortRegister = 8;
+  const ReportOutcome outcome = reportOn({oneServo, 20});
+  EXPECT_TRUE(outcome.text.contains("stopped answering after 7 of 20 registers"))
+      << outcome.text.toStdString();
+}
+
+class ReportOnPty : public LinkBench {
+ protected:
+  ~ReportOnPty() override { report.reset(); }
+
+  void start() {
+    launch();
+    report = std::make_unique<Report>(state, bench.environment, 0s, ReportFormat::Table,
+                                      [this](const ReportOutcome &outcome) { outcomes.push_back(outcome); });
+    report->start();
+  }
+  void startOnPty() {
+    bench.devices.add("usbport-test", pty.path());
+    start();
+  }
+  /// Runs what is queued until the outcome is there.
+  bool ends(const std::function<void()> &meanwhile = [] {}) {
+    return waitFor([&] {
+      meanwhile();
+      bench.mainQueue.runAll();
+      return !outcomes.empty();
+    });
+  }
+  QString onlyText() const {
+    return outcomes.size() == 1 ? outcomes[0].text : QStringLiteral("no single outcome");
+  }
+
+  Pty pty;
+  std::vector<ReportOutcome> outcomes;
+  std::unique_ptr<Report> report;
+};
+
+TEST_F(ReportOnPty, ReadsTheFirstPort) {
+  startOnPty();
+  QByteArray received;
+  EXPECT_TRUE(ends([&] {
+    received += pty.readPending();
+    if (received.size() < 50) return;
+    const QByteArray command = received.first(50);
+    received.remove(0, 50);
+    pty.write(command[2] == '\x90' ? QByteArray::fromHex("FF059001FE") : replyTo(command[3]));
+  }));
+  EXPECT_TRUE(onlyText().startsWith(" 1  sid                  101\n")) << onlyText().toStdString();
+}
+
 TEST_F(ReportOnPty, WithoutAPortItSaysWhatToDo) {
   start();
   ASSERT_EQ(outcomes.size(), 1u);
   EXPECT_FALSE(outcomes[0].succeeded);
   EXPECT_TRUE(onlyText().startsWith("there is no serial port"));
-  EXPECT_EQ(timers.running(), 0u);
 }
 
 TEST_F(ReportOnPty, APortThatCannotBeOpenedIsExplained) {
@@ -93,112 +206,22 @@ TEST_F(ReportOnPty, APortThatCannotBeOpenedIsExplained) {
   ASSERT_EQ(outcomes.size(), 1u);
   EXPECT_FALSE(outcomes[0].succeeded);
   EXPECT_TRUE(onlyText().contains("in use by another program")) << onlyText().toStdString();
-  EXPECT_EQ(timers.running(), 0u);
-}
-
-TEST_F(ReportOnPty, NoServoAndSeveralServosAreToldApart) {
-  startOnPty();
-  answer("FF059000FE", 0);
-  EXPECT_TRUE(onlyText().startsWith("no servo answered")) << onlyText().toStdString();
-}
-
-TEST_F(ReportOnPty, SeveralServosAreAnError) {
-  startOnPty();
-  answer("FF059002FE", 0);
-  EXPECT_TRUE(onlyText().startsWith("more than one servo")) << onlyText().toStdString();
-  EXPECT_FALSE(outcomes[0].succeeded);
-}
-
-TEST_F(ReportOnPty, ASilentDeviceIsGivenUpAfterThirtySeconds) {
-  startOnPty();
-  timers.advance(29s);
-  EXPECT_TRUE(outcomes.empty());
-  timers.advance(1s);
-  EXPECT_TRUE(onlyText().startsWith("no answer from usbport-test within 30 s")) << onlyText().toStdString();
-  timers.advance(60s);
-  EXPECT_EQ(outcomes.size(), 1u);
-  EXPECT_EQ(timers.running(), 0u);
-}
-
-TEST_F(ReportOnPty, AServoThatAnswersLateIsStillRead) {
-  startOnPty();
-  timers.advance(29s);
-  answer("FF059001FE", 20);
-  EXPECT_TRUE(outcomes.size() == 1 && outcomes[0].succeeded);
-}
-
-TEST_F(ReportOnPty, AServoThatFallsSilentIsGivenUpThirtySecondsLater) {
-  startOnPty();
-  timers.advance(20s);
-  answer("FF059001FE", 7);
-  timers.advance(29s);
-  EXPECT_TRUE(outcomes.empty());
-  timers.advance(2s);
-  EXPECT_TRUE(onlyText().contains("stopped answering after 7 of 20 registers")) << onlyText().toStdString();
-}
-
-TEST_F(ReportOnPty, RegistersWithoutAnAnsweredDetectionAreNoSuccess) {
-  startOnPty();
-  answer("FF059001", 20);
-  EXPECT_TRUE(outcomes.empty());
-  EXPECT_EQ(pty.read(50).first(4), QByteArray::fromHex("FF0490FE")) << "it is asked once more";
-  timers.advance(29s);
-  EXPECT_TRUE(outcomes.empty());
-  timers.advance(2s);
-  EXPECT_EQ(onlyText(),
-            "usbport-test answered, but did not tell whether exactly one servo is there: check the servo's "
-            "cable and "
-            "power, then retry.");
-  EXPECT_FALSE(outcomes[0].succeeded);
-  EXPECT_EQ(pty.readPending(), "") << "once only";
-}
-
-TEST_F(ReportOnPty, ADetectionThatIsAnsweredAtTheSecondAttemptIsMadeGood) {
-  startOnPty();
-  answer("FF059001", 20);
-  ASSERT_EQ(pty.read(50).first(4), QByteArray::fromHex("FF0490FE"));
-  pty.write(QByteArray::fromHex("FF059001FE"));
-  ASSERT_TRUE(bench.mainQueue.runNext());
-  timers.advance(10ms);
-  EXPECT_TRUE(outcomes.size() == 1 && outcomes[0].succeeded) << onlyText().toStdString();
-}
-
-TEST_F(ReportOnPty, SeveralServosAtTheSecondAttemptAreAnError) {
-  startOnPty();
-  answer("FF059001", 20);
-  ASSERT_EQ(pty.read(50).first(4), QByteArray::fromHex("FF0490FE"));
-  pty.write(QByteArray::fromHex("FF059002FE"));
-  ASSERT_TRUE(bench.mainQueue.runNext());
-  timers.advance(10ms);
-  EXPECT_TRUE(onlyText().startsWith("more than one servo")) << onlyText().toStdString();
-}
-
-TEST_F(ReportOnPty, AReplyOneByteShortIsNotPrinted) {
-  startOnPty();
-  answer("FF059001FE", 7);
-  ASSERT_EQ(pty.read(50).first(5), QByteArray::fromHex("FF059108FE"));
-  pty.write(QByteArray::fromHex("FF06910801FE"));
-  ASSERT_TRUE(bench.mainQueue.runNext());
-  timers.advance(30s);
-  EXPECT_TRUE(onlyText().contains("stopped answering after 7 of 20 registers")) << onlyText().toStdString();
 }
 
 TEST_F(ReportOnPty, AnUnpluggedPortEndsTheReport) {
   startOnPty();
-  answer("FF059001FE", 3);
+  EXPECT_EQ(pty.read(50).first(4), QByteArray::fromHex("FF0490FE"));
   pty.unplug();
-  ASSERT_TRUE(waitFor([&] {
-    bench.mainQueue.runAll();
-    timers.advance(10ms);
-    return !outcomes.empty();
-  }));
+  EXPECT_TRUE(ends());
   EXPECT_TRUE(onlyText().contains("was removed while it was being read")) << onlyText().toStdString();
 }
 
-TEST_F(ReportOnPty, NoElementOfTheReportStaysRegistered) {
-  start();
+TEST_F(ReportOnPty, TellsNobodyWhenItIsGivenUpBefore) {
+  startOnPty();
+  EXPECT_EQ(pty.read(50).first(4), QByteArray::fromHex("FF0490FE"));
   report.reset();
-  EXPECT_EQ(state.ObjectDictionaryArray.find(u"sID_value"), nullptr);
+  bench.mainQueue.runAll();
+  EXPECT_TRUE(outcomes.empty());
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 #include "editor/windows/About.h"
 #include "editor/windows/AboutView.h"
-#include "platform/PlainElement.h"
+#include "tests/support/PlainElement.h"
 #include "tests/support/TestDesktop.h"
 
 #include <QColor>

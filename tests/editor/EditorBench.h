@@ -4,10 +4,10 @@
 #include "editor/panels/WaitMain.h"
 #include "editor/screen/EditorView.h"
 #include "editor/screen/ViewController.h"
-#include "platform/PlainElement.h"
 #include "protocol/CommandSender.h"
 #include "protocol/HelpTables.h"
 #include "protocol/SharedState.h"
+#include "tests/support/PlainElement.h"
 #include "tests/support/TestDesktop.h"
 
 #include <QByteArray>

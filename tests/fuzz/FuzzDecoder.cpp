@@ -1,11 +1,11 @@
 #include "protocol/CommandSender.h"
 #include "protocol/Function.h"
-#include "protocol/PlainScreen.h"
 #include "protocol/RegisterCatalogue.h"
 #include "protocol/SharedState.h"
 #include "tests/fuzz/FuzzInput.h"
 #include "tests/fuzz/FuzzTarget.h"
 #include "tests/fuzz/Invariant.h"
+#include "tests/support/PlainScreen.h"
 #include "tests/support/TestDesktop.h"
 
 #include <bit>

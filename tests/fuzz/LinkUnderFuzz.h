@@ -9,6 +9,7 @@
 #include "tests/support/ManualBackground.h"
 #include "tests/support/MemoryFiles.h"
 #include "tests/support/MemoryTerminal.h"
+#include "tests/support/PlainScreen.h"
 #include "tests/support/SerialBench.h"
 #include "tests/support/TestDesktop.h"
 

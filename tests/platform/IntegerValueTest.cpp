@@ -1,5 +1,5 @@
 #include "platform/IntegerValue.h"
-#include "platform/PlainElement.h"
+#include "tests/support/PlainElement.h"
 
 #include <gtest/gtest.h>
 

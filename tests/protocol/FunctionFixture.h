@@ -2,8 +2,8 @@
 
 #include "protocol/CommandSender.h"
 #include "protocol/Function.h"
-#include "protocol/PlainScreen.h"
 #include "protocol/SharedState.h"
+#include "tests/support/PlainScreen.h"
 #include "tests/support/TestDesktop.h"
 
 #include <QByteArray>

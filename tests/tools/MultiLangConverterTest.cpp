@@ -1,7 +1,7 @@
-#include "platform/PlainElement.h"
 #include "tests/support/AnsweringFilePanels.h"
 #include "tests/support/KeyTable.h"
 #include "tests/support/MemoryUserFiles.h"
+#include "tests/support/PlainElement.h"
 #include "tests/support/RecordingLog.h"
 #include "tools/FileSystem.h"
 #include "tools/MultiLangConverter.h"

@@ -69,8 +69,8 @@ bool hasDisplay() {
 
 int report(AppObjects &objects, ReportFormat format) {
   int status = failed;
-  Report readOut(objects.state, *objects.application, objects.desktop, format,
-                 [&](const Report::Outcome &outcome) {
+  Report readOut(objects.state, objects.serial.environment, objects.bridgeStartUp, format,
+                 [&](const ReportOutcome &outcome) {
                    status = outcome.succeeded ? answer(outcome.text) : complain(outcome.text);
                    // Later, for the event loop has not begun when the port cannot be opened.
                    objects.desktop.mainQueue.async([status] { QCoreApplication::exit(status); });

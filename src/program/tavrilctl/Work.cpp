@@ -34,8 +34,6 @@ namespace tavril::cli {
 
 namespace {
 
-constexpr unsigned long baudRate = 115200;
-
 /// Ends the program if the work does not notice soon that it is to end. It cannot while it waits for the
 /// reader of a pipe, or for input.
 void endSoon(int signal, const std::function<void()> &cleanUp) {
@@ -60,11 +58,8 @@ int complain(Console &console, const Failure &failure) {
 int workThrough(CtlObjects &objects, const Options &options, Console &console, const Plan &plan,
                 const EndingSignals *signals, ReadlineCommands *shell) {
   const std::shared_ptr<SerialPort> port = objects.portAt(objects.portToUse(options));
-  const auto line = std::make_shared<SerialLine>(objects.serial.background, objects.log, port);
-  port->setDelegate(line);
-  port->setBaudRate(baudRate);
-  port->setUsesLowLatency(true);
-  if (!port->open()) {
+  const auto line = SerialLine::open(objects.serial.background, objects.log, port);
+  if (!port->isOpen()) {
     const auto error = line->lastError();
     throw Failure{ExitCode::NoPort, error ? openFailureText(*error)
                                           : QStringLiteral("%1 could not be opened.").arg(port->path())};

@@ -17,6 +17,8 @@ using servo::Time;
 
 namespace {
 
+constexpr unsigned long baudRate = 115200;
+
 /// What has come so far; a request that times out does not say it.
 struct SoFar {
   std::mutex mutex;
@@ -31,6 +33,15 @@ Time steadyNow() {
 
 SerialLine::SerialLine(Background &background, Log &log, Port port)
     : background_(background), log_(log), port_(std::move(port)) {}
+
+std::shared_ptr<SerialLine> SerialLine::open(Background &background, Log &log, const Port &port) {
+  const auto line = std::make_shared<SerialLine>(background, log, port);
+  port->setDelegate(line);
+  port->setBaudRate(baudRate);
+  port->setUsesLowLatency(true);
+  port->open();
+  return line;
+}
 
 Received SerialLine::request(wire::Bytes data, Time timeout, Rule rule) {
   const auto soFar = std::make_shared<SoFar>();

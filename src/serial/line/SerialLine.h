@@ -25,6 +25,9 @@ class SerialLine final : public servo::Line, public SerialPortDelegate {
   static constexpr servo::Time longestDelay{5'000'000};
 
   SerialLine(Background &background, Log &log, Port port);
+  /// Opens the port as the bridge needs it, with a new line as its delegate. If the port is not open then,
+  /// lastError() says why.
+  static std::shared_ptr<SerialLine> open(Background &background, Log &log, const Port &port);
 
   servo::Received request(wire::Bytes data, servo::Time timeout, Rule rule) override;
   servo::Received::End pause(servo::Time duration) override;
