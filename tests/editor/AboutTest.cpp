@@ -1,5 +1,4 @@
 #include "editor/windows/About.h"
-#include "editor/windows/AboutView.h"
 #include "platform/PlainElement.h"
 #include "tests/support/TestDesktop.h"
 
