@@ -11,8 +11,8 @@ namespace tavril {
 
 enum class ReportFormat { Table, Json };
 
-/// The read-out without a window: registers plain values as the screen, reads all twenty registers and tells
-/// the outcome once. Takes replies of exact length only. Main thread only; owns nothing it is given.
+/// The read-out without a window. It registers plain values in the place of the screen, reads all twenty
+/// registers, and reports the outcome once. It accepts replies of exact length only.
 class Report {
  public:
   struct Outcome {
