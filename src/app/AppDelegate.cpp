@@ -80,8 +80,8 @@ void AppDelegate::OSSerialInit() {
   desktop_.notifications.addObserver(this, QString::fromUtf16(SerialPortsWereDisconnectedNotification),
                                      [this](const Notification &n) { serialPortsWereDisconnected(n); });
   if (desktop_.userNotifications) desktop_.userNotifications->setDelegate(weak_from_this());
-  // Runs before the manager's own handler, which tells the delegates that their ports are gone: the alert
-  // that this would raise must not keep the process from ending.
+  // Runs before the manager's own handler, which tells delegates that their ports are gone. The alert about
+  // this must not keep the process from ending.
   serial_.processExit.registerHandler([weak = weak_from_this()] {
     if (const auto self = weak.lock(); self && self->serialPort_) self->serialPort_->setDelegate({});
   });
@@ -223,7 +223,7 @@ void AppDelegate::serialPortWasClosed(const Port &) {
 
 void AppDelegate::serialPortWasRemovedFromSystem(const Port &) {
   setSerialPort(nullptr);
-  // The port that closes next has no delegate any more to say so.
+  // The port has no delegate any more that could say so when it closes.
   showConnection(state_, ConnectionState::NotConnected, desktop_.strings);
   announcements_.serialPortWasRemoved();
 }

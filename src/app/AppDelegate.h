@@ -67,7 +67,7 @@ class AppDelegate final : public SerialPortDelegate,
   struct Token {};
 
  public:
-  /// How long the bridge behind a port needs after the port was opened, before it answers. Kept: C32.
+  /// How long after the opening of its port a bridge does not answer. Kept: C32.
   static constexpr std::chrono::milliseconds bridgeStartUp{5000};
 
   static std::shared_ptr<AppDelegate> make(SharedState &state, const Desktop &desktop,
@@ -79,7 +79,8 @@ class AppDelegate final : public SerialPortDelegate,
   AppDelegate(const AppDelegate &) = delete;
   AppDelegate &operator=(const AppDelegate &) = delete;
 
-  /// Menu titles, shared state, the decoder, the ports; nothing is sent.
+  /// Sets the menu titles and the shared state, makes the decoder, and begins to watch the ports. Sends
+  /// nothing.
   void applicationDidFinishLaunching(const MenuOutlets &menu = {});
   void applicationWillTerminate() {}
 
@@ -100,7 +101,7 @@ class AppDelegate final : public SerialPortDelegate,
   /// Becomes the delegate of the new port, and stops being that of the old one.
   void setSerialPort(std::shared_ptr<SerialPort> port);
   const std::shared_ptr<SerialPortManager> &serialPortManager() const { return serialPortManager_; }
-  /// For those who talk to the servo beside the editor, as LinkGuest.
+  /// The link, for guests.
   const std::shared_ptr<ServoLink> &link() const { return link_; }
   /// The last error since the link was last asked to open, if any.
   const std::optional<PosixError> &lastSerialError() const { return lastSerialError_; }
@@ -109,8 +110,8 @@ class AppDelegate final : public SerialPortDelegate,
   QString openPath() const;
   /// The path of the port that is open or would be opened; empty when there is none.
   QString pathToOpen() const;
-  /// What came since the port was opened or, once a servo was looked for again, since then: the first few
-  /// thousand bytes of it.
+  /// The first few thousand bytes that came since the port was opened or, if that was later, since a servo
+  /// was last looked for.
   const QByteArray &received() const { return received_; }
 
   void SendCMDtoMCU() override;

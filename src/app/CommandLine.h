@@ -27,11 +27,10 @@ struct CommandLine {
   };
   std::optional<Answer> answer;
 
-  /// The first option that only a window of this run's own could follow, such as "--port"; empty when none
-  /// is given.
+  /// The first option that needs a window of this run, such as "--port"; empty if there is none.
   QString forOwnWindow() const;
 
-  /// Whether it is clear to which port the window connects by itself, if so many are listed.
+  /// Whether the window connects by itself, when so many ports are listed.
   bool knowsItsPort(std::size_t listedPorts) const;
 
   static CommandLine parse(const QStringList &arguments, const QString &version);

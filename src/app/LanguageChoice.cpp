@@ -12,7 +12,7 @@ namespace tavril {
 
 namespace {
 
-/// Under which the choice is remembered.
+/// The key of the choice in the preferences.
 QString preference() {
   return QStringLiteral("language");
 }

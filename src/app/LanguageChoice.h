@@ -12,28 +12,28 @@ class Log;
 class NotificationCenter;
 class Preferences;
 
-/// Which language the program's texts have: what the command line says, else what the user chose before, else
-/// what the system says, else English. The user may choose another at any time. Main thread only; owns
-/// nothing it is given.
+/// The language of the program's texts: that of the command line, else that chosen in an earlier run, else
+/// the system's, else English. The user may choose another at any time.
 class LanguageChoice {
  public:
-  /// A language as the user is offered it: by its own name, or by its code where the table has no name.
+  /// A language for the user to choose. Its name is in the language itself, or is the code if the table has
+  /// no name.
   struct Offer {
     QString language;
     QString name;
   };
 
-  /// `systemLanguages`: what the user reads according to the system, the preferred first.
+  /// `systemLanguages`: the user's languages according to the system, the preferred first.
   LanguageChoice(Languages &languages, Preferences &preferences, NotificationCenter &notifications, Log &log,
                  QStringList systemLanguages);
 
-  /// Sets the language at start-up; nobody is told. `wanted` is for this run only and may be empty. False,
-  /// and nothing changes, when there is no table for it.
+  /// Sets the language at start-up without a notification. `wanted` is for this run only and may be empty.
+  /// Returns false and changes nothing if there is no table for it.
   bool begin(const QString &wanted);
 
-  /// From now on and in later runs this language. False when there is no table for it.
+  /// Sets the language for this run and later ones. Returns false if there is no table for it.
   bool choose(const QString &language);
-  /// Forgets what was chosen, and goes by the system again.
+  /// Forgets the user's choice and uses the system's language.
   void followSystem();
 
   std::vector<Offer> offers() const;

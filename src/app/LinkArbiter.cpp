@@ -28,7 +28,7 @@ bool hasNoAnswer(CommandCode code) {
   return code == CommandCode::ReleaseServo || code == CommandCode::ErrorMessage;
 }
 
-/// Whether it depends on the servo's settings if there is an answer.
+/// Whether the servo's settings decide if there is an answer.
 bool mayHaveNoAnswer(CommandCode code) {
   return code == CommandCode::WriteServoSettingValue || code == CommandCode::SetServoPosition;
 }
@@ -158,7 +158,7 @@ LinkArbiter::Route LinkArbiter::routeOf(wire::Bytes delivery, Time came, Time no
   if (isOneReply && reply->code() != CommandCode::ErrorMessage) {
     return routeOfReply(subjectOf(delivery), came, now);
   }
-  // An error report, or no reply at all: nothing in it says what it belongs to.
+  // An error report, or bytes that are no reply. Neither says which question it belongs to.
   if (!editorQuestions_.empty()) return {};
   const auto open = std::ranges::find_if(guestQuestions_, &GuestQuestion::isOpen);
   if (open != guestQuestions_.end()) return {.receiver = Receiver::Guest, .guest = open->guest};
@@ -173,7 +173,7 @@ LinkArbiter::Route LinkArbiter::routeOfReply(const Subject &subject, Time came, 
   const auto ofEditor = std::ranges::find_if(editorQuestions_, isAnswered);
   if (ofEditor != editorQuestions_.end()) {
     noteAnsweredRead(subject, ofEditor->sent);
-    // If this was the late answer to a guest, the editor's own is still to come.
+    // If this was the late answer to a guest, the answer to the editor is still to come.
     for (GuestQuestion &question : guestQuestions_) {
       if (question.subject != subject || question.mayBeAskedAnew) continue;
       question.sent = ofEditor->sent;
@@ -191,14 +191,14 @@ LinkArbiter::Route LinkArbiter::routeOfReply(const Subject &subject, Time came, 
     noteAnsweredRead(subject, open->sent);
     return {.receiver = Receiver::Guest, .guest = open->guest, .isAnswer = true};
   }
-  // The late answer to a question that was given up, or a copy of one that was taken.
+  // A late answer to a question that was given up, or a second copy of an answer.
   const bool wasAsked = std::ranges::any_of(guestQuestions_, [&](const GuestQuestion &question) {
     return !question.isOpen && isAnswered(question);
   });
   return {.receiver = wasAsked ? Receiver::Nobody : Receiver::Editor};
 }
 
-/// The bridge answers in order: what was asked before this and is not answered yet never will be.
+/// The bridge answers in order. Earlier questions that are still open will not be answered any more.
 void LinkArbiter::noteAnsweredRead(const Subject &subject, Time sent) {
   if (!isRead(subject.code)) return;
   for (GuestQuestion &question : guestQuestions_) {

@@ -9,10 +9,9 @@
 
 namespace tavril {
 
-/// Decides who may send on the one line to the servo, the editor or one of its guests, and to whom belongs
-/// what comes in. The editor comes first; guests get the time that it leaves, one exchange after the other.
-/// Sends nothing itself and knows no clock but the times it is given, which must not go back. Not
-/// thread-safe.
+/// Decides who may send to the servo, the editor or one of its guests, and who gets what comes in. The editor
+/// comes first; guests get the time that it leaves, one exchange after the other. The arbiter itself sends
+/// nothing and has no clock: it gets all times, which must not go back. Not thread-safe.
 class LinkArbiter {
  public:
   using Time = std::chrono::steady_clock::time_point;
@@ -20,24 +19,26 @@ class LinkArbiter {
   /// Tells the guests apart. A guest asks one question at a time.
   enum class Guest : int {};
 
-  /// How long a command of the editor waits at most for the exchange of a guest.
+  /// The longest time for which a command of the editor waits for the exchange of a guest.
   static constexpr std::chrono::milliseconds longestEditorWait{30};
-  /// How long a question of the editor keeps the guests waiting, and how long it is known whose an answer is.
+  /// How long a question of the editor keeps guests waiting, and how long after a question its answer is
+  /// recognised.
   static constexpr std::chrono::seconds memory{1};
 
   // ---- The editor
 
-  /// Puts the command behind those of the editor that wait.
+  /// Adds the command to those of the editor that wait.
   void editorAsks(const wire::CommandBuffer &command, Time now);
-  /// The editor's next command if it is to be sent now. It must be sent at once, before anything else.
+  /// The editor's next command if it is to be sent now. The caller must send it at once, before anything
+  /// else.
   std::optional<wire::CommandBuffer> nextOfEditor(Time now);
 
   // ---- Guests
 
-  /// Whether guests are served at all; at first they are not.
+  /// Whether guests are served. At first they are not.
   void setServesGuests(bool serve) { servesGuests_ = serve; }
 
-  /// Only one guest at a time may move the servo or write to it. Returns false if another one may.
+  /// Only one guest at a time may move the servo or write to it. Returns false if another guest may.
   bool claimChanges(Guest guest);
   void releaseChanges(Guest guest);
 
@@ -48,18 +49,18 @@ class LinkArbiter {
     NotAllowed,  ///< the command changes something, and the guest has no claim to that
     TooSoon,     ///< the question was not answered the last time, and no other register was read since then
   };
-  /// Whether it is the guest's turn. A guest that is told "later" keeps its place before those that come
-  /// after it.
+  /// Whether it is the guest's turn. A guest that is told "later" stays before those that come after it.
   Turn turnOf(Guest guest, const wire::CommandBuffer &command, Time now);
   /// The guest no longer waits for its turn.
   void leaves(Guest guest);
-  /// The guest gives its question up, because its time is over or because what came is enough although it is
-  /// no reply. Not before longestEditorWait has passed, since a bridge may still be busy with the question.
+  /// The guest gives up its question: the time is over, or what came is enough although it is not the reply.
+  /// This must not happen before longestEditorWait has passed, because a bridge may still be busy with the
+  /// question.
   void givesUp(Guest guest, Time now);
   /// Whether the guest has a question open.
   bool isOpen(Guest guest) const;
-  /// A command by which a guest stops the servo: to be sent at once, whoever waits for what. False if the
-  /// guest has no claim to change anything. Its answer is nobody's.
+  /// A command by which a guest stops the servo. It must be sent at once, whoever waits. Returns false if the
+  /// guest has no claim to changes. Nobody gets its answer.
   bool stops(Guest guest, const wire::CommandBuffer &command, Time now);
 
   // ---- What comes in
@@ -70,18 +71,18 @@ class LinkArbiter {
     LinkArbiter::Guest guest{};  ///< if the receiver is a guest
     bool isAnswer = false;       ///< to the guest's question, whose exchange has ended with it
   };
-  /// Whose the delivery is, whose first byte was read at `came`: what came before a question was sent is no
-  /// answer to it.
+  /// Decides who gets the delivery. Its first byte was read at `came`; a question that was sent later is not
+  /// answered by it.
   Route routeOf(wire::Bytes delivery, Time came, Time now);
 
-  /// When somebody's turn may come although nothing happens before.
+  /// The next time at which somebody's turn may come without another event.
   Time nextChange(Time now) const;
-  /// The port was opened or closed: nobody awaits anything from it any more. Those who wait for a turn still
-  /// do.
+  /// The port was opened or closed. No answer is awaited any more; those who wait for their turn continue to
+  /// wait.
   void forget();
 
  private:
-  /// What an answer is recognised by. The replies of two codes name a register; it is 0 for the others.
+  /// Identifies an answer. The replies of two codes name a register; for the others it is 0.
   struct Subject {
     wire::CommandCode code{};
     int registerNumber = 0;
@@ -101,8 +102,8 @@ class LinkArbiter {
     Time sent;
     bool isOpen = true;
     Time ended{};  ///< once it is not open
-    /// It was given up: its answer may still come, and it is not asked again until a read of another register
-    /// was answered.
+    /// It was given up. Its answer may still come, and it may not be asked again until a read of another
+    /// register was answered.
     bool mayBeLate = false;
     bool mayBeAskedAnew = true;
   };

@@ -9,7 +9,8 @@
 
 namespace tavril {
 
-/// A part of the program that talks to the servo beside the editor. Its claim to changes ends with it.
+/// A part of the program that talks to the servo beside the editor. Its claim to changes ends when it is
+/// destroyed.
 class LinkGuest {
  public:
   explicit LinkGuest(std::shared_ptr<ServoLink> link) : link_(std::move(link)), guest_(link_->admit()) {}

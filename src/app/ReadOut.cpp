@@ -73,7 +73,7 @@ void ReadOut::update() {
   if (detected) {
     finish(QString());
   } else if (!std::exchange(hasAskedAgain_, true)) {
-    // Its answer was lost on the line, and what came in its place began the reading.
+    // The answer was lost on the line, and other bytes have begun the reading.
     state_.FunctionCMD->Init_Servo();
   }
 }

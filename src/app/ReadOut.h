@@ -16,8 +16,7 @@ struct Desktop;
 struct SharedState;
 
 /// Connects to the first listed port, as a user would, and watches until exactly one servo has answered and
-/// all twenty registers are shown, or that has failed. Looks only at what the user could see. Main thread
-/// only; owns nothing it is given.
+/// all twenty registers are shown, or until this has failed. It looks only at what a user could see.
 class ReadOut {
  public:
   /// Empty when all registers were read, else one line that says what was wrong and what to do.

@@ -11,7 +11,7 @@ namespace tavril {
 
 namespace {
 
-/// More than the 16 ms for which an adapter may hold the rest, and less than anybody notices.
+/// Longer than the 16 ms for which an adapter may keep the rest, and too short to be noticed.
 constexpr std::chrono::milliseconds longestWait{20};
 
 DeliveryRule::Verdict judge(const QByteArray &bytes) {

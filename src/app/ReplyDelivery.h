@@ -6,9 +6,9 @@
 
 namespace tavril {
 
-/// The rule for a line on which the servo replies. USB adapters cut a reply in two, or hand over two at once,
-/// as their timer falls; with this rule a delivery is one reply again. What begins like a reply and goes on
-/// differently, or does not go on, or has a length that no reply has, is left as it came.
+/// The rule for deliveries on a line to the servo. USB adapters may cut a reply in two, or hand over two at
+/// once; with this rule each delivery is one reply. Bytes that begin like a reply but do not continue as one,
+/// or have a length that no reply has, are delivered as they came.
 std::shared_ptr<const DeliveryRule> replyDeliveryRule();
 
 }  // namespace tavril

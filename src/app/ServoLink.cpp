@@ -32,7 +32,7 @@ Outcome outcomeOf(LinkArbiter::Turn refusal) {
 // ---------------------------------------------------------------------------------------------- the editor
 
 void ServoLink::setPort(std::shared_ptr<SerialPort> port) {
-  // Dropping the observer waits for a handler that runs, which may wait for the lock.
+  // Dropping the observer waits for a running handler, which may itself wait for the lock.
   openingObserver_.reset();
   if (port) {
     openingObserver_ = port->observe(QStringLiteral("isOpen"), [weak = weak_from_this()](const Change &) {
@@ -103,7 +103,7 @@ LinkAnswer ServoLink::ask(LinkArbiter::Guest guest, const wire::CommandBuffer &c
   if (arbiter_.isOpen(guest)) {
     exchange_ = &exchange;
     if (isSent) answer.outcome = waitForAnswer(lock, exchange, until, timeout, cancelled);
-    // After a closing another guest may have one already.
+    // If the port was closed, another guest may have the exchange already.
     if (exchange_ == &exchange) exchange_ = nullptr;
     arbiter_.givesUp(guest, Clock::now());  // unless it was answered
   }
@@ -139,7 +139,7 @@ Outcome ServoLink::waitForAnswer(std::unique_lock<std::mutex> &lock, Exchange &e
                                  std::chrono::microseconds timeout, const std::stop_token &cancelled) {
   const LinkAnswer &answer = exchange.answer;
   const auto opening = openings_;
-  // A guest that leaves sooner lets others speak to a bridge that may still be busy.
+  // If the guest left earlier, others would send to a bridge that may still be busy.
   const auto earliestEnd = answer.sent + LinkArbiter::longestEditorWait;
   const auto end = std::max(answer.sent + timeout, earliestEnd);
   for (;;) {
@@ -150,7 +150,7 @@ Outcome ServoLink::waitForAnswer(std::unique_lock<std::mutex> &lock, Exchange &e
     const bool isCancelled = cancelled.stop_requested();
     if (isCancelled && now >= earliestEnd) return Outcome::Cancelled;
     if (now >= end) return Outcome::Unanswered;
-    // The main thread does not wait for its commands, so they are sent here when they have waited long
+    // The main thread does not wait for its commands, so this thread sends them when they have waited long
     // enough.
     sendCommandsOfEditor();
     const auto deadline = std::min(isCancelled ? earliestEnd : end, arbiter_.nextChange(now));
@@ -160,7 +160,7 @@ Outcome ServoLink::waitForAnswer(std::unique_lock<std::mutex> &lock, Exchange &e
 
 // ------------------------------------------------------------------------------------------------- helpers
 
-/// On the thread that reads.
+/// Called on the reading thread.
 bool ServoLink::take(const QByteArray &delivery, LinkArbiter::Time came) {
   const std::lock_guard lock(mutex_);
   const wire::Bytes bytes = asBytes(delivery);
@@ -175,11 +175,11 @@ bool ServoLink::take(const QByteArray &delivery, LinkArbiter::Time came) {
   return route.receiver != LinkArbiter::Receiver::Editor;
 }
 
-/// On any thread.
+/// Called on any thread.
 void ServoLink::portOpenedOrClosed() {
   const std::lock_guard lock(mutex_);
   arbiter_.forget();
-  // Until a servo has been detected on it.
+  // Until a servo is detected on the new port.
   arbiter_.setServesGuests(false);
   ++openings_;
   changed();

@@ -20,7 +20,7 @@ namespace tavril {
 
 class SerialPort;
 
-/// What became of a guest's question.
+/// The outcome of a guest's question.
 struct LinkAnswer {
   enum class Outcome {
     Answered,    ///< the reply came, or what came was enough
@@ -40,22 +40,23 @@ struct LinkAnswer {
 };
 
 /// The one link to the servo. The editor sends through it on the main thread; guests use the time that the
-/// editor leaves, each on a thread of its own. Who of them may send, and whose a reply is, is decided by
-/// LinkArbiter: replies on the thread that reads, so that guests go on while the main thread is held.
-/// Thread-safe unless it says otherwise.
+/// editor leaves, each on a thread of its own. LinkArbiter decides who may send and who gets a reply. This
+/// happens on the reading thread, so guests continue while the main thread is held. Thread-safe unless it
+/// says otherwise.
 class ServoLink : public std::enable_shared_from_this<ServoLink> {
  public:
   using Until = std::function<bool(wire::Bytes)>;
 
   // ---- The editor, on the main thread
 
-  /// The port that commands go to from now on; it may be none. Guests that wait are told that the old one is
-  /// closed. If a command cannot be written, the port's delegate is told with the lock held, so it must not
-  /// use the link then.
+  /// Sets the port for all later commands, which may be none. Waiting guests are told that the old port is
+  /// closed. If a command cannot be written, the port's delegate is told while the lock is held, so it must
+  /// not use the link.
   void setPort(std::shared_ptr<SerialPort> port);
-  /// What the port must be given before it is opened: makes deliveries of replies, and takes those of guests.
+  /// The rule that the port needs before it is opened. It makes deliveries of replies and takes those of
+  /// guests.
   std::shared_ptr<const DeliveryRule> deliveryRule();
-  /// Sends the command, or has the next guest thread send it once the exchange of a guest is over. Does not
+  /// Sends the command. If the exchange of a guest is open, the guest's thread sends it afterwards. Does not
   /// wait.
   void send(const wire::CommandBuffer &command);
   void setServesGuests(bool serve);
@@ -64,14 +65,13 @@ class ServoLink : public std::enable_shared_from_this<ServoLink> {
 
   /// A number for a new guest.
   LinkArbiter::Guest admit();
-  /// Waits for the guest's turn, sends the command, and collects what comes until it is the reply, or is
-  /// enough for `until`, or the time is over, counted from the sending. Without `until` only the reply is
-  /// enough. One call at a time for each guest, and none on the main thread. `until` must be quick, must
-  /// not throw and must not use the link.
+  /// Waits for the guest's turn, sends the command, and collects what comes. Ends when the reply has come,
+  /// when `until` accepts what came, or when the time since the sending is over. Each guest may have one call
+  /// at a time, and not on the main thread. `until` must be quick, must not throw and must not use the link.
   LinkAnswer ask(LinkArbiter::Guest guest, const wire::CommandBuffer &command, const Until &until,
                  std::chrono::microseconds timeout, const std::stop_token &cancelled);
-  /// Sends at once, on any thread, whoever waits for what. Only for a guest that has claimed changes. Returns
-  /// false if nothing was sent.
+  /// Sends at once, whoever waits, on any thread. Only for a guest that has claimed changes. Returns false if
+  /// nothing was sent.
   bool stop(LinkArbiter::Guest guest, const wire::CommandBuffer &command);
   /// Moving the servo and writing to it is for one guest at a time. Returns false if another guest has
   /// claimed it.
@@ -79,7 +79,7 @@ class ServoLink : public std::enable_shared_from_this<ServoLink> {
   void releaseChanges(LinkArbiter::Guest guest);
 
  private:
-  /// What a guest thread waits for, with the lock held but for the waiting.
+  /// Waits for an event of the link. The lock is held except during the waiting.
   struct Exchange {
     LinkAnswer answer;
     bool isAnswered = false;

@@ -12,7 +12,12 @@ namespace tavril {
 class StringTable;
 
 /// Shows the window in front of all others, also if it was minimized.
-void bringToFront(QWidget &window);
+inline void bringToFront(QWidget &window) {
+  window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
+  window.show();
+  window.raise();
+  window.activateWindow();
+}
 
 /// The base of every window beside the main one; `Kind` is QWidget or QDialog. Escape closes it, and it looks
 /// up its texts again when the language changes.

@@ -39,7 +39,7 @@ Style::Contrast contrastNow = Style::Contrast::Usual;
 constexpr std::pair<QStringView, QColor (*)()> colours[]{TAVRIL_COLOURS(TAVRIL_TABLE_ROW)};
 #undef TAVRIL_TABLE_ROW
 
-/// The size that the font asks for, relative to the one that it is drawn in.
+/// The requested size of the font divided by the size in which it is drawn.
 double scaleOf(const QPainter &painter) {
   const QFont &font = painter.font();
   if (font.pointSizeF() <= 0) return 1;  // given in pixels, which are whole
@@ -47,8 +47,7 @@ double scaleOf(const QPainter &painter) {
   return wanted / QFontInfo(font).pixelSize();
 }
 
-/// Draws texts in exactly the size of their font. By itself this Qt draws a font between two whole pixel
-/// sizes in the nearer one.
+/// Draws texts in the exact size of their font. This version of Qt would round the size to whole pixels.
 class ExactTextStyle final : public QProxyStyle {
  public:
   using QProxyStyle::QProxyStyle;
@@ -69,11 +68,11 @@ class ExactTextStyle final : public QProxyStyle {
   }
 };
 
-/// A region that draws the characters of East Asia in shapes of its own.
+/// A region with its own shapes of the East Asian characters.
 struct Region {
   QStringView name;  ///< as the collection of fonts has it
-  /// Says nothing that would matter to an outline font. But the fonts that Qt has at hand are told apart by
-  /// their first face and by what else is asked of them; the faces that step in for the first do not count.
+  /// Has no effect on an outline font. But Qt caches fonts by their first family and their other attributes;
+  /// the families that stand in for the first do not count.
   QFont::StyleStrategy strategy;
 };
 constexpr Region traditional{u"TC", QFont::PreferDefault};
@@ -82,7 +81,7 @@ constexpr Region simplified{u"SC", QFont::PreferOutline};
 constexpr Region japan{u"JP", QFont::PreferMatch};
 constexpr Region korea{u"KR", QFont::PreferQuality};
 
-/// Of other languages the region matters only to a name from elsewhere.
+/// For other languages, the region matters only for names in East Asian characters.
 const Region &regionOf(const QString &language) {
   const QStringList subtags = language.toLower().split(u'-');
   if (subtags.first() == u"ja") return japan;
@@ -113,10 +112,10 @@ QPalette darkPalette() {
   return palette;
 }
 
-/// What the desktop is told, and what it tells, as far as this version of Qt can.
+/// What Tavril tells the desktop and asks of it, as far as this version of Qt can.
 void followDesktop() {
 #if QT_VERSION >= QT_VERSION_CHECK(6, 8, 0)
-  // There is one look. Window frames and panels that the desktop draws are to go with it.
+  // There is only the dark look. Window frames and panels that the desktop draws must match it.
   QGuiApplication::styleHints()->setColorScheme(Qt::ColorScheme::Dark);
 #endif
 #if QT_VERSION >= QT_VERSION_CHECK(6, 10, 0)
@@ -145,7 +144,7 @@ void Style::setContrast(Contrast contrast) {
   if (contrast == contrastNow) return;
   contrastNow = contrast;
   QApplication::setPalette(darkPalette());
-  // All that is there is painted anew when the sheet is set.
+  // Setting the sheet repaints everything.
   qApp->setStyleSheet(sheet());
 }
 
@@ -160,7 +159,7 @@ QFont Style::languageFont(const QString &language) {
 }
 
 QFont Style::textFont(int pixelSize) {
-  // Only the size is set here, so that all else, the faces too, comes from the program's font.
+  // Sets only the size, so that the family and all else come from the program's font.
   QFont font;
   font.setPixelSize(pixelSize);
   return font;
@@ -175,14 +174,14 @@ QFont Style::valueFont(int pixelSize) {
 }
 
 void Style::setLabelSize(QWidget &label, double pixelSize) {
-  // What is no number fails the comparison as well.
+  // NaN fails the comparison as well.
   const double size =
       pixelSize > 0 ? std::clamp(pixelSize, smallestLabelSize, largestLabelSize) : defaultLabelSize;
   QFont font = label.font();
   if (size == std::floor(size)) {
     font.setPixelSize(static_cast<int>(size));
   } else {
-    // Only points can be given in fractions.
+    // Only point sizes can have fractions.
     font.setPointSizeF(size * 72 / label.logicalDpiY());
   }
   if (font != label.font()) label.setFont(font);
@@ -220,18 +219,18 @@ QString Style::sheet() {
 
 void Style::setLanguage(const QString &language) {
   QApplication::setFont(languageFont(language));
-  // What a window has not set itself it takes from the application anew. The application by itself only tells
-  // the windows that are there already while its event loop runs.
+  // A window takes the attributes that it has not set itself from the application. By itself, the application
+  // tells existing windows only while its event loop runs.
   const auto windows = QApplication::topLevelWidgets();
   for (QWidget *window : windows) window->setFont(window->font());
-  // Where there is a style sheet, a window's children take its font when the sheet is applied, and only then.
+  // With a style sheet, the children of a window take its font only when the sheet is applied.
   const QString sheet = qApp->styleSheet();
   if (!sheet.isEmpty()) qApp->setStyleSheet(sheet);
 }
 
 void Style::apply(QApplication &application, const QString &language) {
   QApplication::setStyle(new ExactTextStyle(QStringLiteral("Fusion")));
-  // Nothing on the screen moves but what the user or the servo moves.
+  // No animations: only the user and the servo move things on the screen.
   for (const Qt::UIEffect effect : {Qt::UI_AnimateMenu, Qt::UI_FadeMenu, Qt::UI_AnimateCombo,
                                     Qt::UI_AnimateTooltip, Qt::UI_FadeTooltip, Qt::UI_AnimateToolBox}) {
     QApplication::setEffectEnabled(effect, false);

@@ -13,10 +13,10 @@ class QWidget;
 
 namespace tavril {
 
-/// How Tavril looks: colours, faces and the style sheet.
+/// How Tavril looks: colours, fonts and the style sheet.
 class Style {
  public:
-  // Each colour of the table as it is to be painted now: Style::accent() and so on.
+  // The current value of each colour in the table: Style::accent() and so on.
 #define TAVRIL_DECLARE_COLOUR(name, usual, high) static QColor name();
   TAVRIL_COLOURS(TAVRIL_DECLARE_COLOUR)
 #undef TAVRIL_DECLARE_COLOUR
@@ -26,34 +26,34 @@ class Style {
   static constexpr double smallestLabelSize = 8;
   static constexpr double largestLabelSize = 24;
 
-  /// How much texts and edges stand out. Usual until apply() hears of another wish of the desktop's, which Qt
-  /// tells of from 6.10 on.
+  /// How much texts and edges stand out. `Usual` until apply() finds that the desktop asks for more; Qt
+  /// reports this from 6.10 on.
   enum class Contrast { Usual, High };
   static void setContrast(Contrast contrast);
 
-  /// The font of texts in this language: of the regions that write with the same characters each has shapes
-  /// of its own.
+  /// The font of texts in this language. Regions that use the same characters draw them differently.
   static QFont languageFont(const QString &language);
-  /// The face of all texts but values, and the one of values and frames. The former has the program's own
-  /// faces, and follows them where it is given to a widget.
+  /// textFont() is for all texts except values and frames, which have valueFont(). A widget with textFont()
+  /// follows when the program's font changes.
   static QFont textFont(int pixelSize = defaultLabelSize);
   static QFont valueFont(int pixelSize = defaultLabelSize);
 
-  /// Gives the label this size, or the nearest within the bounds, and leaves its face and weight. A size of 0
-  /// or below, or one that is no number: the default size.
+  /// Sets the size of the label's font, limited to the bounds above, and keeps its family and weight. A size
+  /// of 0 or below, or one that is not a number, means the default size.
   static void setLabelSize(QWidget &label, double pixelSize);
 
-  /// The screen designs can only say "bold", which is heavier than the titles and buttons are meant to be.
+  /// Replaces "bold", the only weight that the screen designs can ask for, by the lighter weight of titles
+  /// and buttons.
   static void softenBold(QWidget &screen);
 
-  /// The ring of what has the keyboard's focus, just within the rectangle. `colour` has to stand out from
-  /// what is around.
+  /// Draws the ring of the keyboard's focus just inside the rectangle. `colour` must differ clearly from the
+  /// surroundings.
   static void drawFocusRing(QPainter &painter, const QRectF &place, const QColor &colour = accent());
 
   static QString sheet();
-  /// Dresses the whole program, alerts and dialogs included.
+  /// Applies fonts and style sheet to the whole program, including alerts and dialogs.
   static void apply(QApplication &application, const QString &language = QStringLiteral("en"));
-  /// Gives all texts, shown already or not, the faces of this language.
+  /// Sets the fonts of all texts to those of this language, including texts that are shown already.
   static void setLanguage(const QString &language);
 };
 

@@ -13,7 +13,7 @@ namespace tavril {
 
 namespace {
 
-/// In points; less is not a window that somebody has used.
+/// In points. A smaller window is not one that somebody has used.
 constexpr int smallest = 50;
 
 long long area(const QRect &rect) {
@@ -95,11 +95,11 @@ bool WindowMemory::restore() const {
 void WindowMemory::keep() const {
   WindowPlace place;
   place.isMaximized = window_.isMaximized();
-  // What it goes back to when it fills the screen no more.
+  // The size and place that the window gets back when it no longer fills the screen.
   const bool asItIs = !window_.isMaximized() && !window_.isFullScreen() && !window_.isMinimized();
   const QRect normal = asItIs ? window_.geometry() : window_.normalGeometry();
   place.size = normal.size();
-  // The corner of the frame, which is what a window is moved by.
+  // The corner of the frame, because move() sets the place of the frame.
   if (placesWindows_) place.position = normal.topLeft() + window_.pos() - window_.geometry().topLeft();
   const QString text = place.text();
   const QString kept = preferences_.value(QString::fromUtf16(key)).value_or(QString());

@@ -2,7 +2,7 @@
 
 namespace tavril {
 
-/// Transmits the command that stands in the shared command buffer. Main thread only.
+/// Sends the command in the shared command buffer.
 class CommandSender {
  public:
   virtual ~CommandSender() = default;

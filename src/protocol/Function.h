@@ -22,7 +22,7 @@ struct SharedState;
 
 /// Builds the command frames and decodes the replies. Every builder fills the shared command buffer and has
 /// it sent at once; nothing is queued and no reply is awaited. The decoder also drives the reading sequence:
-/// each register's reply asks for the next register. Main thread only; owns nothing it is given.
+/// each register's reply asks for the next register.
 class Function {
  public:
   Function(SharedState &state, CommandSender &sender, const Desktop &desktop);

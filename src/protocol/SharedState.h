@@ -1,16 +1,16 @@
 #pragma once
 
 #include "platform/KeyedText.h"
+#include "platform/ScreenElement.h"
 #include "protocol/ConnectionState.h"
-#include "protocol/EntryValue.h"
 #include "protocol/ValueStore.h"
-#include "protocol/WatchedText.h"
 #include "wire/Frames.h"
 
 #include <QHash>
 #include <QString>
 #include <QStringList>
 
+#include <functional>
 #include <memory>
 #include <variant>
 #include <vector>
@@ -23,6 +23,37 @@ class SerialPort;
 
 /// A help text, or a register's choice texts (index = value).
 using HelpEntry = std::variant<QString, QStringList>;
+
+/// What a rejected entry is put back to: the text last read from the servo. Before the first read it is the
+/// field itself. Kept: C24.
+class EntryValue {
+ public:
+  EntryValue() = default;
+  explicit EntryValue(const QString &text) : value_(text) {}
+  explicit EntryValue(ScreenElement &field) : value_(&field) {}
+
+  QString text() const {
+    if (const auto *field = std::get_if<ScreenElement *>(&value_)) return (*field)->text();
+    return std::get<QString>(value_);
+  }
+  bool isSeed() const { return std::holds_alternative<ScreenElement *>(value_); }
+
+ private:
+  std::variant<QString, ScreenElement *> value_;
+};
+
+/// A text that says when it is set.
+class WatchedText : public QString {
+ public:
+  WatchedText &operator=(const QString &text) {
+    QString::operator=(text);
+    if (wasSet) wasSet();
+    return *this;
+  }
+  void clear() { *this = QString(); }
+
+  std::function<void()> wasSet;
+};
 
 /// What the parts of the program share. One instance, made by main and passed on by reference; tests make
 /// their own. Texts are empty when idle. Kept: C6.

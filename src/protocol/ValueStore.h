@@ -11,7 +11,7 @@ namespace tavril {
 class ScreenElement;
 class StringTable;
 
-/// Screen elements by key, and which texts they were given. Owns no element. Main thread only.
+/// Screen elements by key, and which texts they were given.
 class ValueStore {
  public:
   void set(const QString &key, ScreenElement &element) { elements_[key] = &element; }

@@ -16,7 +16,7 @@ namespace tavril::simulator {
 /// path.
 class VirtualServo {
  public:
-  explicit VirtualServo(const Options &options = {});
+  explicit VirtualServo(const Options &options = {}) : endpoint_(model_, options), server_(endpoint_) {}
 
   /// False with the reason in `error`.
   bool start(QString *error = nullptr) { return server_.start(error); }
@@ -30,9 +30,13 @@ class VirtualServo {
 
   /// Brings the servo up to the present time and runs `act` with it, while the bridge waits. `act` must not
   /// call this object.
-  void withModel(const std::function<void(ServoModel &)> &act);
+  void withModel(const std::function<void(ServoModel &)> &act) {
+    server_.withEndpoint([&] { act(model_); });
+  }
   /// Changes the faults. They apply to the commands that follow.
-  void withOptions(const std::function<void(Options &)> &act);
+  void withOptions(const std::function<void(Options &)> &act) {
+    server_.withEndpoint([&] { act(endpoint_.options()); });
+  }
 
  private:
   ServoModel model_;

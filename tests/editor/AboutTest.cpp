@@ -1,5 +1,4 @@
 #include "editor/windows/About.h"
-#include "editor/windows/AboutView.h"
 #include "tests/support/PlainElement.h"
 #include "tests/support/TestDesktop.h"
 

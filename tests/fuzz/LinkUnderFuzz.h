@@ -1,7 +1,6 @@
 #pragma once
 
 #include "app/AppDelegate.h"
-#include "protocol/PlainScreen.h"
 #include "protocol/SharedState.h"
 #include "store/AlertErrorPresenter.h"
 #include "store/StoreController.h"

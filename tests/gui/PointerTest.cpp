@@ -3,7 +3,7 @@
 #include "editor/screen/ButtonLabel.h"
 #include "platform/linux/QtModalAlert.h"
 #include "tests/gui/DialBench.h"
-#include "tests/support/XPointer.h"
+#include "tests/gui/XPointer.h"
 
 #include <QMenu>
 #include <QMenuBar>

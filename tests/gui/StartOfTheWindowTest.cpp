@@ -1,7 +1,7 @@
 // What the real program does by itself when its window has opened.
+#include "tests/gui/XDesktop.h"
 #include "tests/support/Program.h"
 #include "tests/support/Pty.h"
-#include "tests/support/XDesktop.h"
 
 #include <QFile>
 #include <QTemporaryDir>

@@ -1,8 +1,8 @@
 // The real program on a desktop with a window manager, which is asked to close its window.
+#include "tests/gui/XDesktop.h"
 #include "tests/support/Ownership.h"
 #include "tests/support/Program.h"
 #include "tests/support/Pty.h"
-#include "tests/support/XDesktop.h"
 
 #include <QFile>
 #include <QTemporaryDir>

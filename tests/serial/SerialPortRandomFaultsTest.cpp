@@ -1,7 +1,7 @@
-#include "tests/support/AccountingCalls.h"
+#include "tests/serial/AccountingCalls.h"
+#include "tests/serial/SystemCallFaults.h"
 #include "tests/support/ProcessCounts.h"
 #include "tests/support/SerialBench.h"
-#include "tests/support/SystemCallFaults.h"
 #include "tests/support/Watchdog.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/NotificationCenter.h"
+#include "platform/ProcessExit.h"
 #include "platform/linux/PosixTerminalCalls.h"
 #include "platform/linux/ThreadBackground.h"
 #include "serial/PortRegistry.h"
@@ -11,12 +12,33 @@
 #include "tests/support/ManualMainQueue.h"
 #include "tests/support/Pty.h"
 #include "tests/support/RecordingDelegate.h"
-#include "tests/support/RecordingExit.h"
 #include "tests/support/RecordingLog.h"
 
+#include <functional>
 #include <memory>
+#include <utility>
+#include <vector>
 
 namespace tavril {
+
+/// Keeps the exit handlers for the test to run.
+class RecordingExit final : public ProcessExit {
+ public:
+  int registerHandler(std::function<void()> handler) override {
+    if (error == 0) handlers.push_back(std::move(handler));
+    return error;
+  }
+  /// As at the end of the process: the last one first.
+  void runAll() {
+    while (!handlers.empty()) {
+      const auto handler = std::move(handlers.back());
+      handlers.pop_back();
+      handler();
+    }
+  }
+  std::vector<std::function<void()>> handlers;
+  int error = 0;
+};
 
 /// All that a port stands on: real terminal calls that can be made to fail, fake devices, a main queue that
 /// the test runs, and background work of the given kind.

@@ -6,7 +6,8 @@ import subprocess
 import tempfile
 import unittest
 
-TOOL = os.path.abspath(os.path.join(os.path.dirname(__file__), "..", "..", "tools", "coverage-table"))
+ROOT = os.path.abspath(os.path.join(os.path.dirname(__file__), "..", ".."))
+TOOL = os.path.join(ROOT, "tools", "coverage-table")
 
 
 def entry(name, lines, branches):
@@ -42,6 +43,15 @@ class CoverageTableTest(unittest.TestCase):
         result = self.table()
         self.assertEqual(result.returncode, 1)
         self.assertIn("no file was counted", result.stderr)
+
+    def test_the_table_in_the_document_has_a_row_for_each_folder_with_sources(self):
+        sources = os.path.join(ROOT, "src")
+        folders = sorted(os.path.relpath(folder, sources) for folder, _, names in os.walk(sources)
+                         if any(name.endswith(".cpp") for name in names))
+        with open(os.path.join(ROOT, "docs", "reliability.md"), encoding="utf-8") as document:
+            table = document.read().partition("| Room | Lines | run (%) |")[2].partition("\n\n")[0]
+        rows = [line.split("|")[1].strip() for line in table.splitlines()[2:]]
+        self.assertEqual(rows, folders + ["all"])
 
 
 if __name__ == "__main__":

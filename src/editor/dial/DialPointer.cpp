@@ -27,8 +27,8 @@ Quadrant quadrantOf(float dx, float dy) {
   return Quadrant::None;
 }
 
-/// The single precision functions of the C libraries are off by a unit at many points, and each at different
-/// ones. The function for double precision, rounded, is right everywhere.
+/// The single precision functions of the C libraries are inexact at many points, and each library at others.
+/// The double precision function, rounded, is right everywhere.
 float arcCosine(float cosine) {
   return static_cast<float>(std::acos(static_cast<double>(cosine)));
 }

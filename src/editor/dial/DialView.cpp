@@ -79,8 +79,8 @@ void drawFigures(QPainter &painter, QPointF centre, const QString &figures, std:
                    QString::number(qRound(*position / dial::unitsPerDegree)) + QStringLiteral("\u00b0"));
 }
 
-/// The dial for assistive technologies: a value from 0 to 1023 that can be set, which is then as if it had
-/// been reached with the keys. Qt owns it.
+/// The dial for assistive technologies: a value from 0 to 1023. Setting it has the same effect as the keys.
+/// Qt owns this object.
 class DialAccessible final : public QAccessibleWidget, public QAccessibleValueInterface {
  public:
   explicit DialAccessible(DialView &dial) : QAccessibleWidget(&dial, QAccessible::Dial) {}

@@ -11,14 +11,14 @@ class PanelView;
 struct Desktop;
 struct SharedState;
 
-/// The panel that asks before the servo is rebooted or reset. Main thread only.
+/// The controller of the panel that asks before the servo is rebooted or reset.
 class MsgMain {
  public:
   MsgMain(SharedState &state, CommandSender &sender, PanelView &view, const Desktop &desktop);
 
-  /// Sets the texts, also when the language has changed. Those that others change are left to them.
+  /// Sets the texts that nobody else sets. Called again when the language has changed.
   void setTexts();
-  /// Sets the texts and registers the question. After the main screen has loaded.
+  /// Sets the texts and registers the question. Called after the main screen has loaded.
   void viewDidLoad();
   /// A button was pressed; its identifier is "cancel", "ok" or "close".
   void MsgButton(const QString &identifier);

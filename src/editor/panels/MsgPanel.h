@@ -12,7 +12,8 @@ namespace tavril {
 
 class StringTable;
 
-/// The card that asks a question: its elements in their places, found by their object names, and no logic.
+/// The card that asks a question. It has only the elements, which are found by their object names, and no
+/// logic.
 class MsgPanel : public QWidget {
   Q_OBJECT
 
@@ -20,8 +21,7 @@ class MsgPanel : public QWidget {
   explicit MsgPanel(QWidget *parent = nullptr);
   ~MsgPanel() override;
 
-  /// Texts of what is on the panel beside the named elements. To be called again when the language has
-  /// changed.
+  /// Sets the texts of the elements that have no name. Called again when the language has changed.
   void setTexts(const StringTable &strings);
 
  private:

@@ -16,7 +16,7 @@ namespace {
 
 constexpr int dimming = 175;  // of 255
 
-/// Those buttons that can be reached, in the order of the panel.
+/// The buttons that can have the focus, in the order of the panel.
 QList<ButtonLabel *> usableButtons(const QWidget &panel) {
   QList<ButtonLabel *> buttons = panel.findChildren<ButtonLabel *>();
   buttons.removeIf(
@@ -83,17 +83,17 @@ void PanelBackdrop::showEvent(QShowEvent *event) {
   QWidget::showEvent(event);
   raise();
   focusBefore_ = window()->focusWidget();
-  // Those that were clicked when the panel was last up have stayed black since.
+  // Buttons that were clicked the last time are still black.
   for (ButtonLabel *button : findChildren<ButtonLabel *>()) button->setTextColor(Style::restText());
-  // Cancel comes first: Enter on a question that came up unexpectedly does no harm.
-  // The reason is that of an alert, so that a field does not take it for the user's leaving.
+  // Cancel gets the focus, so that Enter on an unexpected question does no harm. The reason is that of an
+  // alert, so that a field does not take this for the user's leaving.
   if (auto *cancel = cancelButton(*this)) cancel->setFocus(Qt::ActiveWindowFocusReason);
 }
 
 void PanelBackdrop::hideEvent(QHideEvent *event) {
   QWidget::hideEvent(event);
   if (focusBefore_ && focusBefore_->isVisible() && focusBefore_->isEnabled()) {
-    // It only returns, so that a field shows no notice in the place of the one that is shown.
+    // The focus only returns, so that the field does not replace the notice that is shown.
     focusBefore_->setFocus(Qt::ActiveWindowFocusReason);
   }
   focusBefore_.clear();

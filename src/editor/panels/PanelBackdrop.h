@@ -10,10 +10,10 @@
 
 namespace tavril {
 
-/// A container over the whole screen that holds one panel in its middle. While it is shown it dims what lies
-/// below, takes all pointer events, keeps the keyboard's focus among the panel's buttons, and Escape presses
-/// the panel's cancel button: the one with the identifier "cancel", or without such a one "close". Hidden, it
-/// gives the focus back. A field that was being edited goes on being edited then.
+/// A container over the whole screen with one panel in its middle. While it is shown, it dims what is below,
+/// takes all pointer events and keeps the keyboard's focus among the buttons of the panel. Escape presses the
+/// button with the identifier "cancel" or, if there is none, "close". When it is hidden, the focus goes back
+/// to where it was, and an unfinished edit continues.
 class PanelBackdrop : public QWidget {
   Q_OBJECT
 
@@ -23,11 +23,11 @@ class PanelBackdrop : public QWidget {
   /// Takes the panel over and keeps it centred.
   void setPanel(QWidget *panel);
 
-  /// Tells of every request, also of one to show what is up already.
+  /// Emitted for each request to show or hide the panel, even if it is shown or hidden already.
   void setVisible(bool visible) override;
 
  Q_SIGNALS:
-  /// Somebody is about to show or hide the panel.
+  /// Emitted before the panel is shown or hidden.
   void changing();
 
  protected:

@@ -31,7 +31,7 @@ void WaitMain::WaitButton(const QString &identifier) {
   if (identifier == u"close") {
     state_.ToolbarFlag = QStringLiteral("MotorInitFail");
     state_.CancelConnectFlag = QStringLiteral("disconnect");
-    // Nobody else says so: what comes from the port counts no more.
+    // Said here because data from the port is ignored from now on.
     showConnection(state_, ConnectionState::NotConnected, desktop_.strings);
   }
   state_.ObjectDictionaryArray.element(u"ContrainerView_WaitView").setHidden(true);

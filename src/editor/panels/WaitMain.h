@@ -8,14 +8,14 @@ class PanelView;
 struct Desktop;
 struct SharedState;
 
-/// The panel that covers the screen while the link and the servo are set up. Main thread only.
+/// The controller of the panel that covers the screen while the link and the servo are set up.
 class WaitMain {
  public:
   WaitMain(SharedState &state, PanelView &view, const Desktop &desktop);
 
-  /// Sets the texts, also when the language has changed. Those that others change are left to them.
+  /// Sets the texts that nobody else sets. Called again when the language has changed.
   void setTexts();
-  /// Sets the texts and registers what others change. After the main screen has loaded.
+  /// Sets the texts and registers the elements that others change. Called after the main screen has loaded.
   void viewDidLoad();
   /// A button was pressed; the one with the identifier "close" gives up waiting.
   void WaitButton(const QString &identifier);

@@ -15,9 +15,9 @@ namespace tavril {
 
 class StringTable;
 
-/// The card that says what is being waited for: its elements in their places, found by their object names,
-/// and no logic. The holder of the button that gives up is hidden at first, and the doctor is offered along
-/// with it.
+/// The card that says what the program waits for. It has only the elements, which are found by their object
+/// names, and no logic. The container of the button that gives up is hidden at first; the button that opens
+/// the doctor is shown and hidden with it.
 class WaitPanel : public QWidget {
   Q_OBJECT
 
@@ -25,11 +25,11 @@ class WaitPanel : public QWidget {
   explicit WaitPanel(QWidget *parent = nullptr);
   ~WaitPanel() override;
 
-  /// Texts of what is on the panel beside the named elements. To be called again when the language has
-  /// changed.
+  /// Sets the texts of the elements that have no name. Called again when the language has changed.
   void setTexts(const StringTable &strings);
 
-  /// A wait begins or has ended: the button that gives up is hidden until this wait has lasted too long.
+  /// Called when a wait begins or has ended. The button that gives up is hidden until the wait has lasted too
+  /// long.
   void hideCloseButton();
 
  Q_SIGNALS:
@@ -37,7 +37,7 @@ class WaitPanel : public QWidget {
   void doctorWanted();
 
  protected:
-  /// What goes with the button that gives up comes and goes with it.
+  /// Shows and hides the offer of the doctor together with the button that gives up.
   bool eventFilter(QObject *watched, QEvent *event) override;
 
  private:

@@ -49,7 +49,7 @@ QSize ButtonLabel::sizeHint() const {
 bool ButtonLabel::event(QEvent *event) {
   if (event->type() == QEvent::WindowBlocked) {
     isInterrupted_ = true;
-    // The real release goes to the alert. One beside the button makes nothing of the press.
+    // The alert gets the real release. A release beside the button makes the press ineffective.
     const QPointF beside(-1, -1);
     QMouseEvent release(QEvent::MouseButtonRelease, beside, mapToGlobal(beside), Qt::LeftButton, Qt::NoButton,
                         Qt::NoModifier);
@@ -60,7 +60,7 @@ bool ButtonLabel::event(QEvent *event) {
 
 void ButtonLabel::mousePressEvent(QMouseEvent *event) {
   isInterrupted_ = false;
-  // A field that was being edited commits before the button acts. It may raise an alert.
+  // The edited field commits before the button acts, which may raise an alert.
   setFocus(Qt::MouseFocusReason);
   if (!isInterrupted_) QAbstractButton::mousePressEvent(event);
 }

@@ -11,10 +11,10 @@
 
 namespace tavril {
 
-/// A label that can be pushed, by the pointer, or with Space or Enter when it has the focus. Its text colour
-/// is set apart from all else, and its face follows: dark below a light text, light below a dark one.
-/// An alert that comes up during a click ends it: the click is not carried out.
-/// The property "strong" marks the button that one is here for, "quiet" one without a face of its own.
+/// A label that can be clicked with the pointer or, with the focus, by Space or Enter. Its text colour is set
+/// independently, and its face follows: dark below a light text, light below a dark one. An alert that opens
+/// during a click cancels the click. The property "strong" marks the main button, "quiet" a button without a
+/// face.
 class ButtonLabel : public QAbstractButton {
   Q_OBJECT
   Q_PROPERTY(bool strong MEMBER strong_)
@@ -25,7 +25,7 @@ class ButtonLabel : public QAbstractButton {
 
   QColor textColor() const { return textColor_; }
   void setTextColor(const QColor &colour);
-  /// What the text is put on right now.
+  /// The current background of the text.
   QColor faceColor() const;
 
   QSize sizeHint() const override;

@@ -8,15 +8,15 @@
 
 namespace tavril {
 
-/// The connection state as a text with a lamp, on a band of its own, to be seen from across the room. States
-/// differ in the lamp's shape as well as in colour.
+/// The connection state as a text and a lamp, which can be seen from across the room. The lamp's shape
+/// differs with the state as well as its colour.
 class ConnectionLine : public QLabel {
   Q_OBJECT
 
  public:
   explicit ConnectionLine(QWidget *parent = nullptr);
 
-  /// From now on the lamp shows this state. A change is seen when the text changes, which goes with it.
+  /// Makes the lamp show this state. A change is painted when the text, which changes with it, is set.
   void follow(const ConnectionState &state) { followed_ = &state; }
   ConnectionState state() const;
 

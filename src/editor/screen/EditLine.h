@@ -7,10 +7,10 @@
 
 namespace tavril {
 
-/// A line that is edited and then left. An edit is what the user changed since the program last set the text
-/// or the edit was last finished (isModified()). An edit that would make it longer than `longestEntry` is
-/// refused as a whole, so that nothing is cut. Another window or a menu taking the focus is no leaving: the
-/// line has it again afterwards.
+/// An entry line. An edit is what the user has changed since the program set the text or the last edit was
+/// finished (isModified()). An edit that makes the text longer than `longestEntry` is refused as a whole, so
+/// that nothing is cut off. When another window or a menu takes the focus, the edit is not finished, because
+/// the focus returns.
 class EditLine : public QLineEdit {
   Q_OBJECT
 
@@ -22,10 +22,10 @@ class EditLine : public QLineEdit {
   explicit EditLine(QWidget *parent = nullptr);
 
  protected:
-  /// Whether the focus only goes to a window, menu or panel on top, or returns from there.
+  /// Whether the focus only moves to a window, menu or panel on top, or returns from there.
   static bool isPassing(const QFocusEvent &event);
-  /// The user is done with the line. Called with isModified() already false, so that whatever this leads to
-  /// finds no edit left to be finished once more.
+  /// Called when the user has finished the edit. isModified() is already false, so that consequences of this
+  /// call do not finish the edit twice.
   virtual void finish(End end, bool wasEdited) = 0;
 
   void keyPressEvent(QKeyEvent *event) override;

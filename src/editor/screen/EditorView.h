@@ -17,7 +17,7 @@ struct DesignRect {
   double height = 0;
 };
 
-/// The main screen as its controller sees it. Main thread only; the elements live as long as the view.
+/// The main screen as its controller sees it. The elements live as long as the view.
 class EditorView {
  public:
   virtual ~EditorView() = default;
@@ -37,13 +37,13 @@ class EditorView {
   virtual void setKnobFrame(const DesignRect &frame) = 0;
 };
 
-/// A panel over the main screen as its controller sees it. Main thread only.
+/// A panel over the main screen as its controller sees it.
 class PanelView {
  public:
   virtual ~PanelView() = default;
 
   virtual ScreenElement &element(QStringView name) = 0;
-  /// Colour of the label that carries the tag; a tag that is not there does nothing.
+  /// Sets the colour of the label with the tag. Does nothing if there is no such label.
   virtual void setLabelColor(int tag, LabelColor color) = 0;
 };
 

@@ -6,7 +6,7 @@
 
 namespace tavril {
 
-/// An entry whose every change counts, such as the position.
+/// An entry that reports each change, such as the position.
 class EntryField : public EditLine {
   Q_OBJECT
 
@@ -14,11 +14,11 @@ class EntryField : public EditLine {
   explicit EntryField(QWidget *parent = nullptr);
 
  Q_SIGNALS:
-  /// Before the first change of an edit.
+  /// Emitted before the first change of an edit.
   void began();
-  /// After each change by the user.
+  /// Emitted after each change by the user.
   void changed();
-  /// When the user left the entry after an edit, and for each Return, with or without an edit.
+  /// Emitted when the user leaves the entry after an edit, and for each Return, with or without an edit.
   void ended();
 
  protected:

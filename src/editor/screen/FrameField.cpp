@@ -14,11 +14,11 @@ namespace tavril {
 
 namespace {
 
-// Room round the text for the focus ring.
+// Space around the text for the focus ring.
 constexpr int sideInset = 4;
 constexpr int topInset = 2;
 
-/// The words in this many lines, each with the same number of words but the last.
+/// The words in this many lines. Each line but the last has the same number of words.
 QStringList inLines(const QStringList &words, qsizetype count) {
   const qsizetype perLine = (words.size() + count - 1) / count;
   QStringList lines;
@@ -50,7 +50,7 @@ QStringList FrameField::lines() const {
   const QStringList words = text().split(u' ', Qt::SkipEmptyParts);
   if (words.isEmpty()) return {};
   const QString afterLabel = words.mid(1).join(u' ');
-  // A reply has the same bytes twice, decimal and hexadecimal, and reads best with one above the other.
+  // A reply has its bytes twice, decimal and hexadecimal. They read best one above the other.
   const bool isReply = words.front() == u"RX:";
   if (!isReply && words.front().endsWith(u':') && fits(words.front()) && fits(afterLabel)) {
     return {words.front(), afterLabel};
@@ -61,7 +61,7 @@ QStringList FrameField::lines() const {
       return lines;
     }
   }
-  // Too much for the room: as many words as go on each line, and what is left is cut at the end of the last.
+  // It does not fit: each line gets as many words as it can hold, and the last line is cut.
   QStringList lines{QString()};
   for (const QString &word : words) {
     const QString longer = lines.back().isEmpty() ? word : lines.back() + u' ' + word;
@@ -76,7 +76,7 @@ QStringList FrameField::lines() const {
 }
 
 QVariant FrameField::inputMethodQuery(Qt::InputMethodQuery query) const {
-  // A line edit's cursor lies where its one line would be, and not where the words are drawn here.
+  // The cursor rectangle of QLineEdit would be that of its one line, not of the lines drawn here.
   // NOLINTNEXTLINE(bugprone-parent-virtual-call)
   if (query == Qt::ImCursorRectangle) return QWidget::inputMethodQuery(query);
   return QLineEdit::inputMethodQuery(query);
@@ -100,7 +100,7 @@ void FrameField::paintEvent(QPaintEvent *) {
   }
 }
 
-// A frame is selected as a whole: places in the text are not places on the broken lines.
+// A frame is selected as a whole, because positions in the text do not match the broken lines.
 
 void FrameField::mousePressEvent(QMouseEvent *event) {
   if (event->button() == Qt::LeftButton) selectAll();

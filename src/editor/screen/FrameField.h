@@ -12,9 +12,9 @@
 
 namespace tavril {
 
-/// Shows a frame, to be read and copied, not typed into. A text too long for one line is broken between its
-/// words: after its label where the rest then fits, otherwise into lines of equal numbers of words. What
-/// needs more lines than there is room for ends in an ellipsis.
+/// Shows a frame that can be read and copied. A text that is too long for one line is broken between words:
+/// after its label if the rest then fits, otherwise into lines with equal numbers of words. What still does
+/// not fit is replaced by an ellipsis.
 class FrameField : public QLineEdit {
   Q_OBJECT
 
@@ -24,8 +24,7 @@ class FrameField : public QLineEdit {
   /// The lines as they are shown.
   QStringList lines() const;
 
-  /// Instead of the cursor, which is not shown, the whole field is what a scrolled window has to bring in
-  /// view.
+  /// The whole field, not the hidden cursor, is what a scrolled window brings into view.
   QVariant inputMethodQuery(Qt::InputMethodQuery query) const override;
 
  protected:

@@ -33,7 +33,7 @@ const RegisterRow *rowAt(QPointF location) {
   return nullptr;
 }
 
-/// Where the list of the servo's status is that is shown as well; empty if there is none.
+/// The key of the status list that is shown below the notice; empty if there is none.
 QString listKey(const RegisterRow &row) {
   if (row.reply == wire::ReplyValue::ErrorBits) return QStringLiteral("Error");
   if (row.reply == wire::ReplyValue::DetailBits) return QStringLiteral("Detail");

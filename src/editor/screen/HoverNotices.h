@@ -14,9 +14,8 @@ struct Desktop;
 struct RegisterRow;
 struct SharedState;
 
-/// Explains the row of the parameter list that the pointer has come to, or the keyboard's focus. A notice
-/// stays until the next row. Points are in the design's coordinates. Main thread only; owns nothing that it
-/// is given.
+/// Shows the notice of the parameter row under the pointer or with the keyboard's focus. A notice stays until
+/// the next one. Points are in the design's coordinates.
 class HoverNotices {
  public:
   HoverNotices(SharedState &state, EditorView &view, const Desktop &desktop);
@@ -24,7 +23,7 @@ class HoverNotices {
   /// Forgets the last notice.
   void reset();
   void mouseMoved(QPointF location);
-  /// The field of the row whose notice has this key has got the focus.
+  /// The field whose row has this notice has got the focus.
   void focusCame(QStringView noticeKey);
 
  private:

@@ -2,13 +2,13 @@
 
 #include "editor/panels/MsgPanel.h"
 #include "editor/panels/WaitPanel.h"
-#include "editor/screen/AccessibleTexts.h"
 #include "editor/screen/NoticeTypography.h"
 #include "editor/screen/ScreenPointer.h"
 #include "editor/screen/ServoPicture.h"
 #include "look/Style.h"
 #include "platform/IntegerValue.h"
 #include "platform/StringTable.h"
+#include "protocol/RegisterCatalogue.h"
 #include "ui_MainScreen.h"
 #include "wire/Range.h"
 
@@ -20,6 +20,9 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QObject>
+#include <QString>
+#include <QStringView>
+#include <QWidget>
 
 #include <algorithm>
 
@@ -33,8 +36,8 @@ QFont demiBold(int pixelSize) {
   return font;
 }
 
-/// Both texts are read off the panel's labels when they are asked for, because the labels are all that the
-/// rest of the program sets.
+/// A panel for assistive technologies. Its texts are read from its labels on request, because the rest of the
+/// program sets only the labels.
 class AccessiblePanel final : public QAccessibleWidget {
  public:
   explicit AccessiblePanel(QWidget *panel) : QAccessibleWidget(panel, QAccessible::Dialog) {}
@@ -47,8 +50,8 @@ class AccessiblePanel final : public QAccessibleWidget {
   }
 };
 
-/// What kind of thing a screen reader takes our own widgets for: a panel is a dialog, named by its title and
-/// described by its text, and the picture of the servo is a picture.
+/// The roles of our own widgets: a panel is a dialog, named by its title and described by its text, and the
+/// picture of the servo is a graphic.
 QAccessibleInterface *interfaceFor(const QString &, QObject *object) {
   auto *panel = qobject_cast<QWidget *>(object);
   if (qobject_cast<MsgPanel *>(object) || qobject_cast<WaitPanel *>(object)) {
@@ -56,6 +59,33 @@ QAccessibleInterface *interfaceFor(const QString &, QObject *object) {
   }
   if (qobject_cast<ServoPicture *>(object)) return new QAccessibleWidget(panel, QAccessible::Graphic);
   return nullptr;
+}
+
+/// An element without a caption, and the key of the name that a screen reader says.
+struct NameRow {
+  QStringView element;
+  QStringView key;
+};
+
+constexpr NameRow names[]{
+    {u"servoPicture", u"motor_kx_90"},
+    {u"TXcmd", u"sent_frame"},
+    {u"RXcmd", u"received_frame"},
+    {u"MsgView", u"detail_about"},
+};
+
+void setAccessibleTexts(QWidget &screen, const StringTable &strings) {
+  for (const NameRow &row : names) {
+    if (auto *element = screen.findChild<QWidget *>(row.element.toString())) {
+      element->setAccessibleName(strings.text(row.key));
+    }
+  }
+  // Fields are named by their captions. Their description is what the tool tip and the notice say.
+  for (const RegisterRow &row : settingRegisters()) {
+    if (auto *field = screen.findChild<QWidget *>(row.valueKey.toString())) {
+      field->setAccessibleDescription(strings.text(row.toolTipKey()) + u'\n' + strings.text(row.noticeKey()));
+    }
+  }
 }
 
 }  // namespace
@@ -73,9 +103,9 @@ MainScreen::MainScreen(QWidget *parent) : QWidget(parent), ui_(std::make_unique<
     mark->setFont(Style::textFont(11));
   }
   ui_->MsgView->setFont(Style::textFont(Style::noticeSize));
-  // The text then begins at the frame's edge, in line with its caption.
+  // Aligns the text with the caption above the frame.
   ui_->MsgView->document()->setDocumentMargin(0);
-  // Read and copied with the keys alone, too.
+  // The text can be selected and copied with the keyboard alone.
   ui_->MsgView->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
   new NoticeTypography(ui_->MsgView->document());
   connect(ui_->angle, &QLineEdit::textChanged, this, &MainScreen::followPosition);
@@ -91,11 +121,11 @@ void MainScreen::setTexts(const StringTable &strings) {
   ui_->productLine->setText(strings.text(u"product_line"));
   ui_->imageView->setAccessibleName(strings.text(u"dial"));
   ui_->imageView->setAccessibleDescription(strings.text(u"dial_help"));
-  AccessibleTexts::put(*this, strings);
+  setAccessibleTexts(*this, strings);
 }
 
 void MainScreen::followPosition(const QString &entry) {
-  // What is no position is being refused elsewhere; until then the dial stays as it is.
+  // The position entry refuses any other text; until then the dial does not change.
   const bool isNumber =
       std::all_of(entry.begin(), entry.end(), [](QChar c) { return c >= u'0' && c <= u'9'; });
   const int position = integerValueOf(entry);

@@ -14,8 +14,8 @@ namespace tavril {
 class ScreenPointer;
 class StringTable;
 
-/// The main screen as a view: all its elements in their places, found by their object names, and none of the
-/// program's logic. 1024 x 768 points, never another size.
+/// The main screen: its elements, which are found by their object names, and no program logic. Its size is
+/// always 1024 x 768 points.
 class MainScreen : public QWidget {
   Q_OBJECT
 
@@ -23,14 +23,14 @@ class MainScreen : public QWidget {
   explicit MainScreen(QWidget *parent = nullptr);
   ~MainScreen() override;
 
-  /// Texts of what is on the screen beside the named elements: the product, accessible names. To
-  /// be called again when the language has changed.
+  /// Sets the texts of the elements that have no name, and the accessible names. Called again when the
+  /// language has changed.
   void setTexts(const StringTable &strings);
-  /// What the pointer does on the screen.
+  /// The events of the pointer on the screen.
   ScreenPointer &pointer() { return *pointer_; }
 
  Q_SIGNALS:
-  /// The keys of the dial, or who stands in for them, ask for this position, 0 to 1023.
+  /// The keys of the dial or an assistive technology request this position, 0 to 1023.
   void positionRequested(int position);
 
  private:

@@ -35,7 +35,7 @@ void NoticeTypography::highlightBlock(const QString &text) {
 void NoticeTypography::closeUpEnd() {
   QTextBlock block = document()->lastBlock();
   const int end = block.position() + block.length();
-  // What is hidden already is left alone, because marking it below leads here once more.
+  // Lines that are hidden already are left alone, because hiding a line calls this function again.
   for (; block.isVisible() && block.text().isEmpty() && block.blockNumber() > 0; block = block.previous()) {
     block.setVisible(false);
     block.setLineCount(0);
@@ -43,7 +43,7 @@ void NoticeTypography::closeUpEnd() {
   const int start = block.position() + block.length();
   if (start >= end) return;
   document()->markContentsDirty(start, end - start);
-  // The view reckons its scroll bar anew when it hears of a size, and it does not hear of hidden lines.
+  // The view updates its scroll bar when the size changes; it is not told of hidden lines.
   QAbstractTextDocumentLayout *layout = document()->documentLayout();
   Q_EMIT layout->documentSizeChanged(layout->documentSize());
 }

@@ -6,14 +6,14 @@
 
 namespace tavril {
 
-/// How the text in the notice view is set, without a change to the text itself. The row of hyphens between a
-/// notice and the list below it becomes a quiet rule, small enough for one line: in the notice's own size it
-/// would be broken in two. Empty lines at the end take no room, so that they make nothing scroll.
+/// Formats the text of the notice view without changing the text. The row of hyphens between a notice and the
+/// list below it becomes a thin rule, small enough for one line; in the size of the notice it would be broken
+/// in two. Empty lines at the end get no height, so that they cause no scrolling.
 class NoticeTypography final : public QSyntaxHighlighter {
   Q_OBJECT
 
  public:
-  /// The document, which is a plain text edit's, owns this.
+  /// The document of a plain text edit. It owns this object.
   explicit NoticeTypography(QTextDocument *document);
 
  protected:

@@ -101,7 +101,7 @@ bool ScreenPointer::takePress(const QMouseEvent &mouse) {
 
 bool ScreenPointer::takeDrag(const QMouseEvent &mouse) {
   if (!isDown_ || !mouse.buttons().testFlag(Qt::LeftButton)) return false;
-  // A panel that came up in the middle of a drag takes it away from the dial, but not the release.
+  // A panel that opens during a drag takes the drag away from the dial, but not the release.
   if (isPanelUp()) return true;
   const QPointF location = locationOf(mouse);
   Q_EMIT dragged(location);
@@ -110,7 +110,7 @@ bool ScreenPointer::takeDrag(const QMouseEvent &mouse) {
 }
 
 void ScreenPointer::hover(const QWidget &receiver, const QMouseEvent &mouse) {
-  // What the receiver does not want goes on to the screen, where it would count again.
+  // Qt passes an event that its receiver ignores on to the screen, where it would count twice.
   const QWidget *under = screen_.childAt(receiver.mapTo(&screen_, mouse.position()).toPoint());
   if (&receiver != (under ? under : &screen_) || isPanelUp()) return;
   const QPointF location = locationOf(mouse);
@@ -118,9 +118,9 @@ void ScreenPointer::hover(const QWidget &receiver, const QMouseEvent &mouse) {
   followTo(location);
 }
 
-/// Where a point has several pixels, an event's place in a widget and on the desktop may have been rounded,
-/// and only its place in the window has not. An event that did not come through the window does not know that
-/// place.
+/// On a scaled display, the positions of an event in the widget and on the desktop may be rounded; only its
+/// position in the window is exact. An event that did not come through the window does not have this
+/// position.
 QPointF ScreenPointer::locationOf(const QMouseEvent &mouse) const {
   const QPointF rounded = screen_.mapFromGlobal(mouse.globalPosition());
   const QPointF exact = screen_.mapFrom(screen_.window(), mouse.scenePosition());

@@ -10,22 +10,22 @@ class QWidget;
 
 namespace tavril {
 
-/// The pointer on the main screen, in the design's coordinates. Presses with the left button that no field or
-/// button takes for itself, and all that follows up to the release, both also outside the screen; and moves
-/// without a button held, over whatever is on the screen. A panel that is shown keeps all of it to itself.
-/// Main thread only; lives as long as the screen at most.
+/// The pointer on the main screen, in the design's coordinates. It reports presses of the left button that no
+/// field or button takes, and what follows up to the release, inside and outside of the screen. Without a
+/// press it reports moves over the whole screen. While a panel is shown, it reports nothing. It lives at most
+/// as long as the screen.
 class ScreenPointer final : public QObject {
   Q_OBJECT
 
  public:
-  /// Watches the screen and what is on it now. The panels' places must be there already.
+  /// Watches the screen and all widgets on it now, including the containers of the panels.
   explicit ScreenPointer(QWidget &screen);
-  /// What is round the screen in a larger window: a press there counts as one on the screen.
+  /// Also watches the space around the screen in a larger window. A press there counts as one on the screen.
   void watchAround(QWidget &around);
 
   /// Whether a press is under way.
   bool isDown() const { return isDown_; }
-  /// Whether the pointer is where the dial reacts to it.
+  /// Whether the pointer is in the area in which the dial reacts.
   bool isOverDial() const { return isOverDial_; }
   /// Whether a panel covers the screen.
   bool isPanelUp() const;
@@ -33,10 +33,10 @@ class ScreenPointer final : public QObject {
  Q_SIGNALS:
   void pressed(QPointF location);
   void dragged(QPointF location);
-  /// Also when an alert came up in the middle of a press: the real release would not get here.
+  /// Also emitted when an alert opens during a press, because the real release will not come here.
   void released();
   void moved(QPointF location);
-  /// After each of the above and when the pointer left.
+  /// Emitted after each of the above and when the pointer has left the screen.
   void followed();
 
  protected:

@@ -11,15 +11,16 @@ class StringTable;
 struct Desktop;
 struct SharedState;
 
-/// Checks what is entered into the fields of the settings. Nothing is sent from here. Main thread only.
+/// Checks entries in the fields of the settings. It sends nothing.
 class ValueEntry {
  public:
   ValueEntry(SharedState &state, const Desktop &desktop);
 
-  /// Empty when the text is acceptable, else "condition error", after an alert that names the range. `cal`
-  /// that is not empty allows minus signs, anywhere and any number of them.
+  /// Returns an empty text if the entry is acceptable. Otherwise shows an alert with the range and returns
+  /// "condition error". If `cal` is not empty, any number of minus signs is allowed, anywhere.
   QString checkValue(const QString &text, int minvalue, int maxvalue, const QString &cal);
-  /// The field's entry was committed: a bad one is put back to the text last read from the servo.
+  /// The user committed the entry. If it is not acceptable, it is replaced by the text last read from the
+  /// servo.
   void text(ScreenElement &sender);
 
  private:
@@ -31,7 +32,7 @@ class ValueEntry {
   Log &log_;
 };
 
-/// The text without the characters that an entry may have: digits, and minus signs if allowed.
+/// Removes all characters that an entry may have: digits and, if allowed, minus signs.
 QString leftoverOf(const QString &text, bool signAllowed);
 
 }  // namespace tavril

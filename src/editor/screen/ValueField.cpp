@@ -10,7 +10,7 @@ ValueField::ValueField(QWidget *parent) : EditLine(parent) {}
 void ValueField::setAlarm(bool alarm) {
   if (alarm == alarm_) return;
   alarm_ = alarm;
-  // A style sheet looks at properties only when it meets a widget anew.
+  // A style sheet reads properties only when a widget is polished again.
   style()->unpolish(this);
   style()->polish(this);
 }

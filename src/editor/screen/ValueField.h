@@ -21,9 +21,9 @@ class ValueField : public EditLine {
   void setAlarm(bool alarm);
 
  Q_SIGNALS:
-  /// Once for each edit, when the user pressed Return or left the field.
+  /// Emitted once for each edit, when the user pressed Return or left the field.
   void committed();
-  /// The keyboard's focus has come here, and did not just return with the window or from a menu.
+  /// The user moved the keyboard's focus here. Not emitted when it returns with the window or from a menu.
   void entered();
 
  protected:

@@ -34,7 +34,7 @@ constexpr std::chrono::milliseconds flashTime{100};
 constexpr std::chrono::milliseconds sweepPause{100};
 constexpr int countdownStart = 30;
 
-/// A label whose text is looked up on every layout pass, and the key of the text; in the order of the pass.
+/// The labels whose texts are looked up on each layout pass, in this order, with the keys of their texts.
 struct LabelRow {
   QStringView name;
   QStringView key;
@@ -44,7 +44,7 @@ constexpr std::array<QStringView, 3> titles{u"setting_list", u"motor_parameter",
 constexpr std::array<QStringView, 8> others{u"motor_kx_90", u"position",     u"relax", u"capture",
                                             u"motor_set",   u"detail_about", u"read",  u"detail_set"};
 
-/// The registers' captions stand between the titles and the other labels.
+/// The captions of the registers come between the titles and the other labels.
 constexpr auto labels = [] {
   std::array<LabelRow, titles.size() + wire::registers.size() + others.size()> all;
   auto *next = all.begin();
@@ -97,7 +97,7 @@ ViewController::~ViewController() {
   if (tick_) tick_->stop();
   stopCountdowns();
   for (const auto &timer : flashes_) timer->stop();
-  // The elements go with the view, and nobody may find them any more.
+  // The elements are deleted with the view, so they must not be found any more.
   state_.ObjectDictionaryArray = ValueStore();
   state_.textFieldValue.clear();
 }
@@ -179,7 +179,7 @@ void ViewController::update() {
   if (carryOut(request)) state_.ToolbarFlag = QLatin1String("");
 }
 
-/// True when the word is to be cleared afterwards; those that open a panel clear it before.
+/// Returns true if the caller must clear the word. Requests that open a panel clear it themselves.
 bool ViewController::carryOut(const QString &request) {
   if (request == u"RebootServo") {
     askFor(u"reboot");

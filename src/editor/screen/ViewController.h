@@ -24,9 +24,9 @@ class Timer;
 struct Desktop;
 struct SharedState;
 
-/// The controller of the main screen. It registers the screen's elements, carries out one request word of
-/// `ToolbarFlag` per tick of 0.01 s, watches the connection attempt and sends the commands of the buttons.
-/// Main thread only; owns nothing that it is given.
+/// The controller of the main screen. It registers the elements of the screen, carries out one request word
+/// of `ToolbarFlag` in each tick of 0.01 s, watches the connection attempt, and sends the commands of the
+/// buttons.
 class ViewController {
  public:
   ViewController(SharedState &state, CommandSender &appdelegate, EditorView &view, const Desktop &desktop);
@@ -38,7 +38,7 @@ class ViewController {
   void viewDidLoad();
   /// Looks up title, texts and font size of the labels.
   void viewWillLayout();
-  /// The language is another: all that is shown is put into it.
+  /// Shows everything in the new language.
   void languageDidChange();
   /// One tick.
   void update();
@@ -63,15 +63,15 @@ class ViewController {
   void text(ScreenElement &sender) { valueEntry_.text(sender); }
   PositionEntry &positionEntry() { return *positionEntry_; }
 
-  /// The pointer on the screen, in the design's coordinates. A press and what follows up to the release
-  /// belong to the dial; a pointer without a button held asks for notices.
+  /// The pointer on the screen, in the design's coordinates. A press, with all that follows up to the
+  /// release, is for the dial; moves without a press are for the notices.
   void mouseDown(QPointF location) { positionDial_->mouseDown(location); }
   void mouseDragged(QPointF location) { positionDial_->mouseDragged(location); }
   void mouseUp() { positionDial_->mouseUp(); }
   void mouseMoved(QPointF location) { hoverNotices_.mouseMoved(location); }
-  /// A field has got the focus: the notice with this key, which is its row's, is shown.
+  /// A field has got the focus. Shows the notice with this key, which belongs to the row of the field.
   void focusCame(QStringView noticeKey) { hoverNotices_.focusCame(noticeKey); }
-  /// The dial's keys: as if the knob had been dragged there.
+  /// The keys of the dial were used. Has the effect of dragging the knob to this position.
   void dragTo(int position) { positionDial_->dragTo(position); }
 
   const std::shared_ptr<Function> &FunctionCMD() const { return FunctionCMD_; }
@@ -105,9 +105,9 @@ class ViewController {
   std::unique_ptr<PositionEntry> positionEntry_;
   std::unique_ptr<PositionDial> positionDial_;
   std::shared_ptr<Timer> tick_;
-  /// The countdowns that run: more than one when the port was confirmed again meanwhile.
+  /// The running countdowns. There are several if the port was confirmed again during an attempt.
   std::vector<std::shared_ptr<Timer>> TimerCnt_;
-  /// What turns clicked buttons white again.
+  /// The timers that turn clicked buttons white again.
   std::list<std::shared_ptr<Timer>> flashes_;
 };
 

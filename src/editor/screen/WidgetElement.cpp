@@ -14,7 +14,7 @@ namespace tavril {
 
 namespace {
 
-/// What a tool tip was set to, before it was made safe to show.
+/// The property with the tool tip as it was set, before it was made safe to show.
 constexpr char plainToolTipProperty[] = "plainToolTip";
 
 QString textOf(const QLineEdit &line) {
@@ -27,7 +27,7 @@ void put(QLineEdit &line, const QString &text) {
 }
 
 QString textOf(const QPlainTextEdit &view) {
-  // As it is: what is meant for copying makes a no-break space a space.
+  // The unchanged text; toPlainText() would turn no-break spaces into spaces.
   return view.document()->toRawText().replace(QChar::ParagraphSeparator, u'\n');
 }
 
@@ -70,18 +70,18 @@ class LineElement final : public TextElement<QLineEdit> {
  public:
   using TextElement::TextElement;
 
-  // Also where the text is the same already: an edit that led to it is over.
+  // Even if the text stays the same, because this ends an edit.
   void setText(const QString &text) override {
     if (target()) put(*target(), text);
   }
   void setEnabled(bool enabled) override {
-    // Disabling takes the focus away; that is not the user's leaving the field.
+    // Disabling the widget takes its focus, which is not the same as the user's leaving the field.
     if (!enabled && target()) target()->setModified(false);
     TextElement::setEnabled(enabled);
   }
 };
 
-/// A frame round a text view: the state is the frame's, the text the view's.
+/// A frame around a text view. The text is that of the view, all else is that of the frame.
 class FramedTextElement final : public WidgetElement {
  public:
   FramedTextElement(QWidget &frame, QPlainTextEdit &view) : WidgetElement(frame), view_(view) {}
@@ -93,7 +93,7 @@ class FramedTextElement final : public WidgetElement {
   TextElement<QPlainTextEdit> view_;
 };
 
-/// All that is left: a container.
+/// Any other widget: a container.
 class ContainerElement final : public WidgetElement {
  public:
   explicit ContainerElement(QWidget &widget) : WidgetElement(widget) {}

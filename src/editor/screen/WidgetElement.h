@@ -10,13 +10,14 @@
 
 namespace tavril {
 
-/// A widget as a screen element. Its identifier is the widget's property "identifier". A widget that is gone
-/// reads as empty and hidden, and takes nothing.
+/// A widget as a screen element. Its identifier is the widget's property "identifier". If the widget has been
+/// deleted, the element is empty and hidden, and setting it does nothing.
 class WidgetElement : public ScreenElement {
  public:
-  /// The element that fits the widget: fields, labels, buttons and text views have its text, also a frame
-  /// round a text view; for all else, such as containers, the text is empty and cannot be set. A text that is
-  /// set in a field is not an edit of the user, and its beginning is shown.
+  /// The element for the kind of widget. Fields, labels, buttons and text views have a text; the frame around
+  /// a text view has the text of its view. All others, such as containers, have an empty text that cannot be
+  /// set. Setting the text of a field is not an edit by the user, and the field then shows the beginning of
+  /// the text.
   static std::unique_ptr<ScreenElement> over(QWidget &widget);
 
   QString text() const override { return {}; }

@@ -15,22 +15,22 @@ namespace tavril {
 
 class KnobView;
 
-/// A screen or panel of widgets as its controller sees it: elements are found by the object names below the
-/// root widget, controls by their property "tag". The root must outlive the view. Main thread only.
+/// A screen or panel of widgets as its controller sees it. Elements are found below the root widget by their
+/// object names, controls by their property "tag".
 class WidgetView final : public EditorView, public PanelView {
  public:
   explicit WidgetView(QWidget &root);
   ~WidgetView() override;
 
-  /// A name that is not there is a mistake of the program and ends it with a message.
+  /// If there is no such element, the program has an error and ends with a message.
   ScreenElement &element(QStringView name) override;
   ScreenElement *controlWithTag(int tag) override;
   void setLabelColor(QStringView label, LabelColor color) override;
   void setLabelColor(int tag, LabelColor color) override;
-  /// The title of the window that the root stands in.
+  /// Sets the title of the root's window.
   void setTitle(const QString &title) override;
   void setLabelFontSize(QStringView label, double size_pt) override;
-  /// A frame round a text view passes it on.
+  /// For the frame around a text view, sets the look of its view.
   void setTextLook(QStringView textView, double size_pt, LabelColor color) override;
   DesignRect knobFrame() const override;
   void setKnobFrame(const DesignRect &frame) override;

@@ -1,6 +1,5 @@
 #include "editor/windows/About.h"
 
-#include "editor/windows/AboutView.h"
 #include "look/Style.h"
 #include "platform/Desktop.h"
 #include "platform/ScreenElement.h"

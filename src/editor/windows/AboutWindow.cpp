@@ -32,7 +32,7 @@ AboutWindow::AboutWindow(const Desktop &desktop, InformationDictionary informati
   ui_->setupUi(this);
   Style::softenBold(*this);
   Style::setLabelSize(*ui_->abouttitle, titleSize);
-  // The text then begins in line with the title.
+  // Aligns the text with the title.
   ui_->aboutContent->document()->setDocumentMargin(0);
   ui_->licence->setFocus();
   setTexts();

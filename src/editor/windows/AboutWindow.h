@@ -1,7 +1,6 @@
 #pragma once
 
 #include "editor/windows/About.h"
-#include "editor/windows/AboutView.h"
 #include "look/SideWindow.h"
 
 #include <QColor>
@@ -22,7 +21,7 @@ namespace tavril {
 
 struct Desktop;
 
-/// A small window that tells what this program is, with the ways to its licence and its documents.
+/// A small window that says what this program is. It has links to the licence and the documents.
 class AboutWindow final : public SideWindow<QWidget>, private AboutView {
   Q_OBJECT
 
@@ -33,7 +32,7 @@ class AboutWindow final : public SideWindow<QWidget>, private AboutView {
               QWidget *parent = nullptr);
   ~AboutWindow() override;
 
-  /// The one such window over the parent.
+  /// Opens the window, of which the parent has at most one.
   static void open(QWidget &parent, const Desktop &desktop, const InformationDictionary &information,
                    const OpenDocuments &openDocuments);
 
@@ -44,7 +43,7 @@ class AboutWindow final : public SideWindow<QWidget>, private AboutView {
  private:
   ScreenElement &element(QStringView name) override;
   void setTitle(const QString &title) override { setWindowTitle(title); }
-  /// Whatever colours the window got by its palette or by a style sheet of its own, this one shows.
+  /// This colour takes precedence over the palette and the style sheet.
   void setWindowBackground(const QColor &color) override;
   void openLicence();
 

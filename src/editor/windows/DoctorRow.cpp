@@ -28,7 +28,7 @@ namespace {
 constexpr int markSide = 22;
 constexpr double discRadius = 8;
 
-/// What stands in it comes from devices and programs, so that it must be taken for nothing but text.
+/// The text contains words from devices and programs, so it must be shown as plain text.
 QLabel *plainLabel(const char *name, QWidget *parent) {
   auto *label = new QLabel(parent);
   label->setObjectName(QString::fromLatin1(name));
@@ -44,12 +44,12 @@ QString stateKey(const std::optional<doctor::Result> &result, bool isRunning) {
 
 }  // namespace
 
-/// How a check went, as a sign that is told by its shape as well as by its colour.
+/// The outcome of a check as a sign, which differs in shape as well as in colour.
 class DoctorMark final : public QWidget {
  public:
   explicit DoctorMark(QWidget *parent = nullptr);
 
-  /// Nothing for a check that is still to come.
+  /// No value for a check that has not begun.
   void setState(std::optional<doctor::State> state);
   void setRunning();
 

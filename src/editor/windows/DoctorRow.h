@@ -26,7 +26,7 @@ class DoctorRow final : public QWidget {
   void setRunning();
   void setResult(const doctor::Result &result);
   const std::optional<doctor::Result> &result() const { return result_; }
-  /// The texts of what is shown, also when the language has changed.
+  /// Sets all texts. Called again when the language has changed.
   void setTexts(const StringTable &strings);
 
  private:

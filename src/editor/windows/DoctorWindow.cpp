@@ -179,7 +179,7 @@ void DoctorWindow::showOutcome() {
 bool DoctorWindow::eventFilter(QObject *watched, QEvent *event) {
   QWidget *checks = scroll_->widget();
   if (watched == checks && (event->type() == QEvent::Resize || event->type() == QEvent::LayoutRequest)) {
-    // A scroll area goes by the least height of what is in it, which for texts that wrap is too little.
+    // A scroll area uses the minimum height of its content, which is too small for texts that wrap.
     checks->setMinimumHeight(checks->layout()->heightForWidth(checks->width()));
   }
   return QWidget::eventFilter(watched, event);

@@ -24,32 +24,32 @@ class Background;
 class DoctorRow;
 struct Desktop;
 
-/// A window with all checks from the plug to the servo, which fills in as they are made. Begins when it is
-/// opened; the user may have it begin again.
+/// A window with all checks from the plug to the servo, and their results as they come. The checks begin when
+/// the window opens, and the user may repeat them.
 class DoctorWindow final : public SideWindow<QWidget> {
   Q_OBJECT
 
  public:
-  /// What is to be examined, asked anew each time.
+  /// Returns what to examine. Called before each run.
   using MakeRequest = std::function<doctor::Request()>;
 
   DoctorWindow(const Desktop &desktop, const doctor::Surroundings &surroundings, Background &background,
                MakeRequest makeRequest, QWidget *parent = nullptr);
 
-  /// The one such window over the parent. It begins again, unless it is at work.
+  /// Opens the window, of which the parent has at most one, and begins the checks unless they run already.
   static void open(QWidget &parent, const Desktop &desktop, const doctor::Surroundings &surroundings,
                    Background &background, const MakeRequest &makeRequest);
   /// What to examine in the editor: the port that the link has open, or would open.
   static doctor::Request requestFor(const AppDelegate &link, std::chrono::milliseconds bootWait);
 
   void begin();
-  /// Lets go of the port, which somebody else needs.
+  /// Releases the port for another part of the program.
   void stop();
 
  protected:
   void setTexts() override;
   void keyPressEvent(QKeyEvent *event) override;
-  /// Keeps the list as high as its texts need in the width that there is.
+  /// Adjusts the list to the height that its texts need in the available width.
   bool eventFilter(QObject *watched, QEvent *event) override;
 
  private:

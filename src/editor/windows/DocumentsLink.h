@@ -9,14 +9,14 @@ namespace tavril {
 
 struct Desktop;
 
-/// The way to the project's documents: opens the folder that has them. Where there is none, or nothing that
-/// could show it, an alert says where the documents belong. Main thread only.
+/// Opens the folder with the project's documents. If there is none, or it cannot be shown, an alert says
+/// where the documents belong.
 class DocumentsLink {
  public:
-  /// Shows a folder to the user; false when there is nothing to show it with.
+  /// Shows a folder to the user. Returns false if no program can show it.
   using ShowFolder = std::function<bool(const QString &folder)>;
 
-  /// `candidates`: folders that may have the documents, the preferred first.
+  /// `candidates`: where the documents may be, the preferred first.
   DocumentsLink(QStringList candidates, ShowFolder showFolder, const Desktop &desktop);
 
   void open() const;

@@ -41,7 +41,7 @@ namespace tavril {
 
 namespace {
 
-/// Connects the push labels and buttons of a screen or panel to one action that is told the identifier.
+/// Connects the clickable labels and buttons of a screen or panel to one action, which gets the identifier.
 template <typename Action>
 void connectButtons(const QList<QAbstractButton *> &buttons, QObject *context, Action action) {
   for (QAbstractButton *button : buttons) {
@@ -54,7 +54,7 @@ void connectButtons(const QList<QAbstractButton *> &buttons, QObject *context, A
 
 constexpr int focusMargin = 24;
 
-/// The panel that the widget belongs to, or nothing.
+/// The panel of the widget, or nothing.
 QWidget *panelOf(QWidget *widget) {
   for (QWidget *ancestor = widget; ancestor; ancestor = ancestor->parentWidget()) {
     if (qobject_cast<PanelBackdrop *>(ancestor->parentWidget())) return ancestor;
@@ -62,8 +62,8 @@ QWidget *panelOf(QWidget *widget) {
   return nullptr;
 }
 
-/// Shows a screen whole where there is room, and with scroll bars where there is not. Whatever gets the
-/// keyboard's focus is scrolled into view, and with a button of a panel its whole panel, as far as it fits.
+/// Shows the whole screen, with scroll bars if there is not enough space. The widget that gets the keyboard's
+/// focus is scrolled into view; for a button of a panel, the whole panel as far as it fits.
 class ScreenScroller final : public QScrollArea {
  public:
   explicit ScreenScroller(QWidget *parent = nullptr);
@@ -76,14 +76,14 @@ class ScreenScroller final : public QScrollArea {
 ScreenScroller::ScreenScroller(QWidget *parent) : QScrollArea(parent) {
   setFrameShape(QFrame::NoFrame);
   setAlignment(Qt::AlignCenter);
-  // There is nothing to do here for a key, so that Tab would only get lost.
+  // The scroller itself uses no keys, so it must not take the focus when Tab is pressed.
   setFocusPolicy(Qt::NoFocus);
   connect(qApp, &QApplication::focusChanged, this, [this](QWidget *, QWidget *now) { follow(now); });
 }
 
 void ScreenScroller::follow(QWidget *focus) {
   if (!focus || !widget() || !widget()->isAncestorOf(focus)) return;
-  // A panel that has just been shown is not in its place before its layout has run.
+  // A panel that was just shown gets its place only when its layout has run.
   if (QWidget *panel = panelOf(focus)) {
     panel->parentWidget()->layout()->activate();
     bringIntoView(*panel);
@@ -92,7 +92,7 @@ void ScreenScroller::follow(QWidget *focus) {
 }
 
 void ScreenScroller::bringIntoView(const QWidget &element) {
-  // By its place: Qt's own way goes by the text cursor, which need not be where the element is.
+  // By the widget's place, because Qt would use its text cursor, which may be elsewhere.
   const QPoint middle = element.mapTo(widget(), element.rect().center());
   ensureVisible(middle.x(), middle.y(), element.width() / 2 + focusMargin,
                 element.height() / 2 + focusMargin);
@@ -113,8 +113,8 @@ EditorWindow::EditorWindow(SharedState &state, AppDelegate &appdelegate, const D
 
 EditorWindow::~EditorWindow() {
   desktop_.notifications.removeObserver(this);
-  // The controllers go before the widgets, which still tell of a press or an edit that ends as they are
-  // hidden.
+  // The controllers are destroyed before the widgets, which still report the end of a press or an edit while
+  // they are hidden.
   for (QObject *child : findChildren<QObject *>()) child->disconnect(this);
 }
 
@@ -158,7 +158,7 @@ void EditorWindow::setTexts() {
 }
 
 void EditorWindow::languageDidChange() {
-  // First of all, for the texts are laid out in their faces.
+  // First, because the layout of texts depends on their fonts.
   if (actions_.language) Style::setLanguage(actions_.language->language());
   setTexts();
   message_->setTexts();
@@ -191,7 +191,7 @@ void EditorWindow::wireScreen() {
 
   connectButtons(screen_->findChildren<QAbstractButton *>(QString(), Qt::FindDirectChildrenOnly), this,
                  [this](const QString &identifier) { controller_->LabelTouchEvent(identifier); });
-  // The one thing that can be used from the start, so that the keyboard has a place to begin from.
+  // The only element that can be used from the start, so the keyboard's focus begins here.
   angle->setFocus(Qt::OtherFocusReason);
   connectButtons(msgPanel_->findChildren<QAbstractButton *>(), this,
                  [this](const QString &identifier) { message_->MsgButton(identifier); });
@@ -211,7 +211,7 @@ void EditorWindow::showEvent(QShowEvent *event) {
 bool EditorWindow::eventFilter(QObject *watched, QEvent *event) {
   if (watched == windowHandle() && event->type() == QEvent::Expose && windowHandle()->isExposed() &&
       actions_.seen) {
-    // In a moment, when it has been painted.
+    // Later, when the window has been painted.
     desktop_.mainQueue.async(std::exchange(actions_.seen, nullptr));
   }
   return QMainWindow::eventFilter(watched, event);

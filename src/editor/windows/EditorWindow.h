@@ -26,12 +26,12 @@ class MsgPanel;
 class WaitPanel;
 
 /// The main window: the screen with its two panels, their controllers, and the menus. On a desktop that is
-/// smaller than the screen it scrolls.
+/// smaller than the screen, the window scrolls.
 class EditorWindow final : public QMainWindow {
   Q_OBJECT
 
  public:
-  /// What the window has others do.
+  /// The actions that the window calls.
   struct Actions : MenuActions {
     std::function<void()> seen;  ///< once, when the window can first be seen
     WindowsCtrl::EndProcess endProcess;
@@ -43,8 +43,8 @@ class EditorWindow final : public QMainWindow {
   ~EditorWindow() override;
 
   MenuOutlets menuOutlets() const { return menu_->outlets(); }
-  /// Makes the window as large as its screen needs, or as the desktop has room for. Once the menus have their
-  /// titles.
+  /// Makes the window as large as its screen needs, or as the desktop allows. Called after the menus have
+  /// their titles.
   void fitInto(const QSize &available);
   MainScreen &mainScreen() { return *screen_; }
   ViewController &controller() { return *controller_; }

@@ -16,7 +16,7 @@ namespace tavril {
 
 namespace {
 
-/// In points; wider ones are made as wide.
+/// In points. Wider pictures are scaled down to this.
 constexpr int widestPicture = 760;
 
 }  // namespace
@@ -58,7 +58,7 @@ QVariant GuideBrowser::loadResource(int type, const QUrl &name) {
 }
 
 void GuideBrowser::doSetSource(const QUrl &url, QTextDocument::ResourceType type) {
-  // The reader of Markdown gives headings no anchors to go to, hence first the document and then its place.
+  // Qt's Markdown reader gives headings no anchors, so we load the document first and then go to the place.
   QTextBrowser::doSetSource(url.adjusted(QUrl::RemoveFragment), type);
   nameHeadings();
   if (url.hasFragment()) scrollToAnchor(url.fragment(QUrl::FullyDecoded));

@@ -11,9 +11,8 @@
 
 namespace tavril {
 
-/// Shows Markdown documents that lie in one folder: links lead from one to the next and to headings within
-/// them, pictures are as wide as there is room. What is no such document is for `openOutside`. Alt+Left goes
-/// back. Main thread only.
+/// Shows Markdown documents of one folder. Links between documents and to headings within them are followed,
+/// and wide pictures are scaled down. All other links go to `openOutside`. Alt+Left goes back.
 class GuideBrowser final : public QTextBrowser {
   Q_OBJECT
 
@@ -22,7 +21,7 @@ class GuideBrowser final : public QTextBrowser {
 
   explicit GuideBrowser(OpenOutside openOutside, QWidget *parent = nullptr);
 
-  /// Shows a document, and of it the heading that the URL's fragment names.
+  /// Shows a document at the heading that the URL's fragment names.
   void open(const QUrl &url);
 
   /// The anchor of a heading in links, such as "what-you-see" for "What you see".

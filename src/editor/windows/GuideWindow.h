@@ -19,8 +19,8 @@ class GuideWindow final : public SideWindow<QWidget> {
   GuideWindow(const Desktop &desktop, const QString &guide, GuideBrowser::OpenOutside openOutside,
               QWidget *parent = nullptr);
 
-  /// The one such window over the parent. `folders`: where the documents may be, the preferred first. When
-  /// none has the guide, an alert says so.
+  /// Opens the window, of which the parent has at most one. `folders`: where the documents may be, the
+  /// preferred first. If none has the guide, an alert says so.
   static void open(QWidget &parent, const Desktop &desktop, const QStringList &folders,
                    const GuideBrowser::OpenOutside &openOutside);
 

@@ -40,9 +40,9 @@ void LanguageMenu::setTexts(const StringTable &strings) {
   mark();
 }
 
-/// Marks the entry that holds at the moment.
+/// Marks the current entry.
 void LanguageMenu::mark() {
-  // The language in use has no entry when there is no table at all.
+  // Without any string table, the language in use has no entry.
   QAction *current = choice_.followsSystem() ? system_ : byLanguage_.value(choice_.language());
   if (current) current->setChecked(true);
 }

@@ -13,15 +13,15 @@ namespace tavril {
 class LanguageChoice;
 class StringTable;
 
-/// The entries of the menu in which the language of all texts is chosen: the system's own, and each language
-/// by its own name in its own face. Exactly one is marked. The menu owns it.
+/// The entries of the language menu: the system's language, and each language by its own name in its own
+/// font. Exactly one entry is marked. The menu owns this object.
 class LanguageMenu final : public QObject {
   Q_OBJECT
 
  public:
   LanguageMenu(QMenu &menu, LanguageChoice &choice);
 
-  /// To be called again when the language has changed.
+  /// Called again when the language has changed.
   void setTexts(const StringTable &strings);
 
  private:

@@ -10,8 +10,8 @@ namespace tavril {
 
 struct Desktop;
 
-/// A window with the whole text of the licence, which is part of the program.
-/// The licence itself has no language but its own.
+/// A window with the text of the licence, which is compiled into the program. The licence is in English in
+/// each language.
 class LicenceWindow final : public SideWindow<QWidget> {
   Q_OBJECT
 

@@ -17,7 +17,7 @@ namespace tavril {
 
 namespace {
 
-/// A menu item, or a menu by its own item, as a screen element: its title is the text.
+/// A menu item as a screen element, whose text is the title. A menu is represented by its own item.
 class ActionElement final : public ScreenElement {
  public:
   explicit ActionElement(QAction *action) : action_(action) {}

@@ -34,7 +34,7 @@ struct MenuActions {
   std::function<void()> userGuide;
 };
 
-/// An item of the menus, by the keys of its menu's title and of its own; without a key it is a separator.
+/// An item of a menu: the key of the menu's title and the key of its own. Without a key it is a separator.
 struct MenuRow {
   using Action = std::function<void()> MenuActions::*;
   using Request = void (AppDelegate::*)();
@@ -65,14 +65,14 @@ inline constexpr MenuRow menuRows[]{
 /// The menu bar of the main window, built from the table above.
 class MainMenu final {
  public:
-  /// `languages`: what the language menu chooses from; without it there is no such menu.
+  /// `languages`: the languages to choose from. Without it there is no language menu.
   MainMenu(QMenuBar &bar, const MenuActions &actions, AppDelegate &appdelegate, LanguageChoice *languages,
            const StringTable &strings);
   ~MainMenu();
 
-  /// The items whose titles the application looks up when it has launched.
+  /// The items whose titles the application sets when it has launched.
   MenuOutlets outlets() const;
-  /// Looks up all titles; to be called again when the language has changed.
+  /// Looks up all titles. Called again when the language has changed.
   void setTexts();
 
  private:

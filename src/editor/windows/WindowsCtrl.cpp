@@ -14,7 +14,7 @@ WindowsCtrl::WindowsCtrl(EditorView &view, const Desktop &desktop, EndProcess en
 
 void WindowsCtrl::windowDidLoad() {
   view_.setTitle(desktop_.strings.text(u"tavril"));
-  // Pointer moves reach the screen without a button held; that is a property of its widgets.
+  // Moves without a button held reach the screen because its widgets have mouse tracking.
 }
 
 void WindowsCtrl::windowShouldClose() {

@@ -9,7 +9,7 @@ namespace tavril {
 class EditorView;
 struct Desktop;
 
-/// The controller of the main window: its title, and that closing it ends the program. Main thread only.
+/// The controller of the main window. It sets the title, and closing the window ends the program.
 class WindowsCtrl {
  public:
   using EndProcess = std::function<void(int status)>;

@@ -1,4 +1,4 @@
-#include "tests/support/SystemCallFaults.h"
+#include "tests/serial/SystemCallFaults.h"
 
 #include <array>
 #include <atomic>

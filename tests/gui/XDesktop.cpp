@@ -1,4 +1,4 @@
-#include "tests/support/XDesktop.h"
+#include "tests/gui/XDesktop.h"
 
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>

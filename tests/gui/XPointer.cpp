@@ -1,4 +1,4 @@
-#include "tests/support/XPointer.h"
+#include "tests/gui/XPointer.h"
 
 #include <X11/Xlib.h>
 #include <X11/extensions/XTest.h>
