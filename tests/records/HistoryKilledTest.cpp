@@ -11,9 +11,13 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <cstdint>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include <sys/ptrace.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -35,22 +39,77 @@ EntryLine newEntry() {
   ::_exit(file.append(newEntry()).error.happened() ? 1 : 0);
 }
 
+/// A child that appends, and stops before and after each of its system calls.
+class TracedChild {
+ public:
+  explicit TracedChild(const std::string &path) : child_(::fork()) {
+    if (child_ == 0) appendTraced(path);
+    isStopped_ =
+        waitForStop(SIGSTOP) && ::ptrace(PTRACE_SETOPTIONS, child_, nullptr, PTRACE_O_TRACESYSGOOD) == 0;
+  }
+
+  /// Lets it go on to its next stop; false once it has ended, or if something is wrong.
+  bool goOn() {
+    isStopped_ =
+        isStopped_ && ::ptrace(PTRACE_SYSCALL, child_, nullptr, nullptr) == 0 && waitForStop(callStop);
+    return isStopped_;
+  }
+  bool kill() {
+    return isStopped_ && ::kill(child_, SIGKILL) == 0 && !waitForStop(callStop) && WIFSIGNALED(status_) &&
+           WTERMSIG(status_) == SIGKILL;
+  }
+  bool hasAppended() const { return !isStopped_ && WIFEXITED(status_) && WEXITSTATUS(status_) == 0; }
+  /// The system call that it is about to make, if it is not behind one.
+  std::optional<__ptrace_syscall_info> nextCall() const {
+    __ptrace_syscall_info info{};
+    if (::ptrace(PTRACE_GET_SYSCALL_INFO, child_, sizeof info, &info) < 0) return {};
+    return info.op == PTRACE_SYSCALL_INFO_ENTRY ? std::optional(info) : std::nullopt;
+  }
+
+ private:
+  static constexpr int callStop = SIGTRAP | 0x80;  // as PTRACE_O_TRACESYSGOOD has it
+
+  bool waitForStop(int signal) {
+    return ::waitpid(child_, &status_, 0) == child_ && WIFSTOPPED(status_) && WSTOPSIG(status_) == signal;
+  }
+
+  pid_t child_;
+  int status_ = 0;
+  bool isStopped_ = false;
+};
+
 enum class End { Killed, Done, Failed };
 
-/// Lets a child append, and kills it at its so many-th stop. It stops before and after each system call.
+/// Kills the child at its so many-th stop, unless it gets to its end.
 End appendKilledAt(const std::string &path, int stop) {
-  const pid_t child = ::fork();
-  if (child == 0) appendTraced(path);
-  int status = 0;
-  if (::waitpid(child, &status, 0) != child || !WIFSTOPPED(status)) return End::Failed;
+  TracedChild child(path);
   for (int stops = 0; stops < stop; ++stops) {
-    if (::ptrace(PTRACE_SYSCALL, child, nullptr, nullptr) != 0) return End::Failed;
-    if (::waitpid(child, &status, 0) != child) return End::Failed;
-    if (WIFEXITED(status)) return WEXITSTATUS(status) == 0 ? End::Done : End::Failed;
-    if (!WIFSTOPPED(status) || WSTOPSIG(status) != SIGTRAP) return End::Failed;
+    if (!child.goOn()) return child.hasAppended() ? End::Done : End::Failed;
   }
-  if (::kill(child, SIGKILL) != 0 || ::waitpid(child, &status, 0) != child) return End::Failed;
-  return WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL ? End::Killed : End::Failed;
+  return child.kill() ? End::Killed : End::Failed;
+}
+
+/// A system call that writes or syncs.
+struct DiskCall {
+  std::uint64_t number;
+  std::uint64_t descriptor;
+  std::uint64_t size;  ///< of what is written
+
+  bool operator==(const DiskCall &) const = default;
+};
+
+/// Those of a child that appends. Nothing if it failed.
+std::vector<DiskCall> diskCallsOfAppending(const std::string &path) {
+  TracedChild child(path);
+  std::vector<DiskCall> calls;
+  while (child.goOn()) {
+    const auto info = child.nextCall();
+    if (!info) continue;
+    const auto &call = info->entry;
+    if (call.nr == SYS_write) calls.push_back({call.nr, call.args[0], call.args[2]});
+    if (call.nr == SYS_fsync) calls.push_back({call.nr, call.args[0], 0});
+  }
+  return child.hasAppended() ? calls : std::vector<DiskCall>();
 }
 
 class HistoryKilledTest : public testing::Test {
@@ -74,9 +133,12 @@ class HistoryKilledTest : public testing::Test {
     EXPECT_GT(kept, 1);
   }
 
- private:
   std::string path() const { return QFile::encodeName(path_).toStdString(); }
 
+  QTemporaryDir folder_;
+  QString path_ = folder_.filePath(QStringLiteral("data/tavril/history.jsonl"));
+
+ private:
   void expectSound(const QByteArray &before, std::size_t entries, bool mustBeThere) {
     HistoryFile file(path());
     ASSERT_FALSE(file.refresh().happened());
@@ -100,10 +162,29 @@ class HistoryKilledTest : public testing::Test {
     ASSERT_FALSE(again.book().endsTorn());
   }
 
-  QTemporaryDir folder_;
-  QString path_ = folder_.filePath(QStringLiteral("data/tavril/history.jsonl"));
   bool isThere_ = false;
 };
+
+TEST_F(HistoryKilledTest, WritesALineAtOnceAndSyncsIt) {
+  const std::string before = numbered(entryWith(someSettings), 1);
+  writeFile(path_, QByteArray::fromStdString(before));
+  const std::vector<DiskCall> calls = diskCallsOfAppending(path());
+  ASSERT_EQ(calls.size(), 2U);
+  EXPECT_EQ(calls[0], (DiskCall{SYS_write, calls[0].descriptor, numbered(newEntry(), 2).size()}));
+  EXPECT_EQ(calls[1], (DiskCall{SYS_fsync, calls[0].descriptor, 0}));
+}
+
+TEST_F(HistoryKilledTest, SyncsTheFoldersOfANewFile) {
+  const std::vector<DiskCall> calls = diskCallsOfAppending(path());
+  // Those in which the two folders were made; then the file, and the folder in which it was.
+  ASSERT_EQ(calls.size(), 5U);
+  EXPECT_EQ(calls[0].number, SYS_fsync);
+  EXPECT_EQ(calls[1].number, SYS_fsync);
+  EXPECT_EQ(calls[2].number, SYS_write);
+  EXPECT_EQ(calls[3], (DiskCall{SYS_fsync, calls[2].descriptor, 0}));
+  EXPECT_EQ(calls[4].number, SYS_fsync);
+  EXPECT_NE(calls[4].descriptor, calls[2].descriptor);
+}
 
 TEST_F(HistoryKilledTest, LosesNothingButTheLineIfThereIsNoFileYet) {
   killAtEveryCall({}, 0);

@@ -3,8 +3,10 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
+#include <cstddef>
+#include <fstream>
 #include <string>
+#include <variant>
 
 namespace tavril::records {
 namespace {
@@ -59,6 +61,17 @@ TEST(HistoryLines, AreReadAsTheyWereWritten) {
     EXPECT_EQ(decoded.problem, LineProblem::None) << text;
     EXPECT_EQ(decoded.line, line) << text;
   }
+}
+
+TEST(HistoryLines, OfTheDocumentAreRead) {
+  std::ifstream document(HISTORY_DOCUMENT);
+  std::size_t found = 0;
+  for (std::string line; std::getline(document, line);) {
+    if (!line.starts_with("{\"format\"")) continue;
+    EXPECT_EQ(problemOf(line), LineProblem::None) << line;
+    ++found;
+  }
+  EXPECT_EQ(found, std::variant_size_v<HistoryLine>) << "one of each kind";
 }
 
 TEST(HistoryLines, OfAnyContentAreReadAsTheyWereWritten) {
