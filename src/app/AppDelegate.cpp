@@ -15,6 +15,7 @@
 #include "protocol/Function.h"
 #include "protocol/RegisterCatalogue.h"
 #include "protocol/SharedState.h"
+#include "serial/PortError.h"
 #include "serial/SerialEnvironment.h"
 #include "serial/SerialPort.h"
 #include "wire/Frames.h"
@@ -245,9 +246,9 @@ void AppDelegate::serialPortWasRemovedFromSystem(const Port &) {
   alertUser(QStringLiteral("Serial Port Was Removed From PC."));
 }
 
-void AppDelegate::didEncounterError(const Port &port, const PosixError &error) {
+void AppDelegate::didEncounterError(const Port &port, const Error &error) {
   lastSerialError_ = error;
-  desktop_.log.warn(error.logLine(port->description()));
+  desktop_.log.warn(portErrorLine(error, port->description()));
 }
 
 // ------------------------------------------------------------------------------------ ports that come and go

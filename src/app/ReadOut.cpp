@@ -8,7 +8,7 @@
 #include "protocol/Function.h"
 #include "protocol/RegisterCatalogue.h"
 #include "protocol/SharedState.h"
-#include "serial/OpenFailure.h"
+#include "serial/PortError.h"
 #include "serial/SerialPort.h"
 
 #include <algorithm>

@@ -5,9 +5,9 @@
 #include "platform/MainQueue.h"
 #include "serial/DeliveryRule.h"
 #include "serial/LineSession.h"
+#include "serial/PortError.h"
 #include "serial/PortRegistry.h"
 #include "serial/PortRequests.h"
-#include "serial/PosixError.h"
 #include "serial/ReadLoop.h"
 #include "serial/SerialEnvironment.h"
 
@@ -430,7 +430,7 @@ void SerialPort::changed(const QString &key, const Change &change) {
 void SerialPort::notifyDelegateOfPosixError(int error, bool waitUntilDone,
                                             const std::shared_ptr<void> &place) {
   if (!whoHears(SerialPortCallback::DidEncounterError)) return;
-  const auto tell = [self = shared_from_this(), failure = PosixError::make(error, path()), place] {
+  const auto tell = [self = shared_from_this(), failure = portError(error, path()), place] {
     if (const auto delegate = self->whoHears(SerialPortCallback::DidEncounterError)) {
       delegate->didEncounterError(self, failure);
     }

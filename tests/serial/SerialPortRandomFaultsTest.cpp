@@ -89,7 +89,7 @@ class FaultyUse {
                           sendsThatMayHaveBeenCutOff_)
         << "no error is made up";
     const auto waitsTold =
-        std::ranges::count(delegate_->errors, ENOMEM, [](const PosixError &error) { return error.code; });
+        std::ranges::count(delegate_->errors, ENOMEM, [](const Error &error) { return error.code; });
     EXPECT_LE(waitsTold, books.failedWaits);
     totals.failedWaits += books.failedWaits;
     totals.failedWaitsTold += waitsTold;
