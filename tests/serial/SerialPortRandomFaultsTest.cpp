@@ -1,3 +1,4 @@
+#include "platform/Log.h"
 #include "tests/support/AccountingCalls.h"
 #include "tests/support/ProcessCounts.h"
 #include "tests/support/SerialBench.h"
@@ -168,7 +169,7 @@ class FaultyUse {
   std::mt19937 random_;
   SystemCallFaults &faults_;
   RecordingLog log_;
-  PosixTerminalCalls posix_{log_};
+  PosixTerminalCalls posix_{linesTo(log_)};
   AccountingCalls calls_{posix_};
   FakeDevices devices_;
   NotificationCenter notifications_;

@@ -1,5 +1,6 @@
 #include "program/tavril/LinuxServices.h"
 
+#include "platform/Log.h"
 #include "platform/LoggingAlert.h"
 #include "platform/linux/QtModalAlert.h"
 
@@ -11,7 +12,7 @@ LinuxServices::LinuxServices(bool interactive)
     : blockingWait(paintPendingWidgets),
       alert(interactive ? std::unique_ptr<ModalAlert>(std::make_unique<QtModalAlert>(mainQueue))
                         : std::make_unique<LoggingAlert>(log)),
-      terminal(log, anyThreadPause(mainQueue, blockingWait)) {}
+      terminal(linesTo(log), anyThreadPause(mainQueue, blockingWait)) {}
 
 AppServices LinuxServices::services() {
   return {log,
