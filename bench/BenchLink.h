@@ -1,8 +1,8 @@
 #pragma once
 
 #include "app/AppDelegate.h"
+#include "platform/Log.h"
 #include "platform/linux/PosixPrivateFiles.h"
-#include "platform/linux/PosixTerminalCalls.h"
 #include "platform/linux/QtMainQueue.h"
 #include "platform/linux/QtTimers.h"
 #include "platform/linux/StreamLog.h"
@@ -11,6 +11,7 @@
 #include "protocol/Function.h"
 #include "tests/support/PlainScreen.h"
 #include "protocol/SharedState.h"
+#include "terminal/PosixTerminalCalls.h"
 #include "tests/doctor/FakeMachine.h"
 #include "tests/support/AnsweringAlert.h"
 #include "tests/support/FakeDevices.h"
@@ -53,7 +54,7 @@ struct BenchLink {
   StringTables strings{StringTables::standardFolders(), log};
   PosixPrivateFiles files;
   MemoryPreferences preferences;
-  PosixTerminalCalls posix{log};
+  PosixTerminalCalls posix{linesTo(log)};
   FakeDevices devices;
   doctor::FakeMachine machine;
   PlainScreen elements;

@@ -1,12 +1,13 @@
 #pragma once
 
+#include "platform/Log.h"
 #include "platform/NotificationCenter.h"
-#include "platform/linux/PosixTerminalCalls.h"
 #include "platform/linux/QtMainQueue.h"
 #include "platform/linux/StreamLog.h"
 #include "program/SerialObjects.h"
 #include "serial/PortRegistry.h"
 #include "serial/SerialPort.h"
+#include "terminal/PosixTerminalCalls.h"
 #include "tests/support/FakeDevices.h"
 
 #include <memory>
@@ -24,7 +25,7 @@ struct BenchPorts {
 
   StreamLog log;
   QtMainQueue mainQueue;
-  PosixTerminalCalls terminal{log};
+  PosixTerminalCalls terminal{linesTo(log)};
   FakeDevices devices;
   NotificationCenter notifications;
   PortRegistry::PortList allSerialPortsInfo;

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "bench/WireLine.h"
-#include "platform/TerminalCalls.h"
+#include "terminal/TerminalCalls.h"
 
 #include <cerrno>
 #include <span>
@@ -47,7 +47,7 @@ class EmulatedAdapter final : public TerminalCalls {
   }
   CallResult pins(int descriptor, int &pins) override { return real_.pins(descriptor, pins); }
   CallResult setPins(int descriptor, int pins) override { return real_.setPins(descriptor, pins); }
-  CallResult waitForInput(int descriptor, int wakeDescriptor, std::chrono::milliseconds timeout) override {
+  CallResult waitForInput(int descriptor, int wakeDescriptor, std::chrono::microseconds timeout) override {
     return real_.waitForInput(descriptor, wakeDescriptor, timeout);
   }
   CallResult read(int descriptor, std::span<std::byte> buffer) override {

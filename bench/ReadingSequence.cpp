@@ -5,6 +5,7 @@
 // reading that has not ended within ten seconds has the time -1.
 #include "bench/BenchLink.h"
 #include "bench/EmulatedAdapter.h"
+#include "platform/Log.h"
 #include "serial/SerialPort.h"
 
 #include <QCoreApplication>
@@ -57,7 +58,7 @@ int main(int argc, char **argv) {
   const bool withLatency = std::string_view(argv[3]) == "1";
   WireLine line{std::chrono::milliseconds(std::atoi(argv[1]))};
   StreamLog log;
-  PosixTerminalCalls posix(log);
+  PosixTerminalCalls posix(linesTo(log));
   EmulatedAdapter calls(posix, line);
   BenchLink link(line.path(), &calls);
 

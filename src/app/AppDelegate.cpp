@@ -13,6 +13,7 @@
 #include "protocol/Function.h"
 #include "protocol/RegisterCatalogue.h"
 #include "protocol/SharedState.h"
+#include "serial/PortError.h"
 #include "serial/SerialEnvironment.h"
 #include "serial/SerialPort.h"
 #include "wire/Frames.h"
@@ -228,9 +229,9 @@ void AppDelegate::serialPortWasRemovedFromSystem(const Port &) {
   announcements_.serialPortWasRemoved();
 }
 
-void AppDelegate::didEncounterError(const Port &port, const PosixError &error) {
+void AppDelegate::didEncounterError(const Port &port, const Error &error) {
   lastSerialError_ = error;
-  desktop_.log.warn(error.logLine(port->description()));
+  desktop_.log.warn(portErrorLine(error, port->description()));
 }
 
 // --------------------------------------------------------------------------------------------- menu actions

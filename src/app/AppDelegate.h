@@ -1,10 +1,10 @@
 #pragma once
 
 #include "app/PortAnnouncements.h"
+#include "platform/Error.h"
 #include "platform/UserNotifications.h"
 #include "protocol/CommandSender.h"
 #include "serial/LinkOpener.h"
-#include "serial/PosixError.h"
 #include "serial/SerialPortDelegate.h"
 #include "serial/SerialPortManager.h"
 #include "store/StoreController.h"
@@ -104,7 +104,7 @@ class AppDelegate final : public SerialPortDelegate,
   /// The link, for guests.
   const std::shared_ptr<ServoLink> &link() const { return link_; }
   /// The last error since the link was last asked to open, if any.
-  const std::optional<PosixError> &lastSerialError() const { return lastSerialError_; }
+  const std::optional<Error> &lastSerialError() const { return lastSerialError_; }
 
   /// The path of the port that the link has open; empty when it has none.
   QString openPath() const;
@@ -126,7 +126,7 @@ class AppDelegate final : public SerialPortDelegate,
   bool respondsTo(SerialPortCallback callback) const override;
   void serialPortWasRemovedFromSystem(const Port &port) override;
   void didReceiveData(const Port &port, const QByteArray &data) override;
-  void didEncounterError(const Port &port, const PosixError &error) override;
+  void didEncounterError(const Port &port, const Error &error) override;
   void serialPortWasOpened(const Port &port) override;
   void serialPortWasClosed(const Port &port) override;
 
@@ -164,7 +164,7 @@ class AppDelegate final : public SerialPortDelegate,
   std::shared_ptr<SerialPortManager> serialPortManager_;
   std::shared_ptr<SerialPort> serialPort_;
   const std::shared_ptr<ServoLink> link_;
-  std::optional<PosixError> lastSerialError_;
+  std::optional<Error> lastSerialError_;
   QByteArray received_;
 };
 

@@ -1,6 +1,6 @@
 #include "app/ReadOutTexts.h"
 
-#include "serial/OpenFailure.h"
+#include "serial/PortError.h"
 #include "serial/SerialPort.h"
 #include "wire/Registers.h"
 
@@ -12,7 +12,7 @@ QString noPort() {
       "PATH, or try --demo.");
 }
 
-QString notOpened(const SerialPort &port, const PosixError *error) {
+QString notOpened(const SerialPort &port, const Error *error) {
   return error ? openFailureText(*error)
                : QStringLiteral("%1 could not be opened: check that it is the servo adapter's port.")
                      .arg(port.path());

@@ -5,7 +5,7 @@
 namespace tavril {
 
 class SerialPort;
-struct PosixError;
+struct Error;
 
 /// Why a read-out of all registers has failed: one line that says what was wrong and what to do.
 namespace readOutTexts {
@@ -15,7 +15,7 @@ inline constexpr int countdownSeconds = 30;
 
 QString noPort();
 /// `error`: what the port told, if it did.
-QString notOpened(const SerialPort &port, const PosixError *error);
+QString notOpened(const SerialPort &port, const Error *error);
 QString removed(const QString &portName);
 QString noServo(const QString &portName);
 QString severalServos(const QString &portName);

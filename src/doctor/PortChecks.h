@@ -2,7 +2,7 @@
 
 #include "doctor/Heard.h"
 #include "doctor/Result.h"
-#include "platform/TerminalCalls.h"
+#include "terminal/TerminalCalls.h"
 
 #include <QString>
 

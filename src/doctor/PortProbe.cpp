@@ -1,6 +1,6 @@
 #include "doctor/PortProbe.h"
 
-#include "serial/LineSettings.h"
+#include "terminal/LineSettings.h"
 
 #include <QFile>
 

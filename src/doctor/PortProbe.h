@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/TerminalCalls.h"
 #include "servo/Line.h"
+#include "terminal/TerminalCalls.h"
 
 #include <QString>
 

@@ -12,7 +12,8 @@ struct Error {
   int code = 0;
   QString localizedDescription;
   QString localizedFailureReason;
-  std::shared_ptr<const Error> underlyingError;
+  std::shared_ptr<const Error> underlyingError = nullptr;
+  QString filePath = {};  ///< what it is about, where the description does not say so
 };
 
 /// The domain of failed system calls: the code is the error number.

@@ -3,6 +3,9 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
+#include <string_view>
+
 namespace tavril {
 
 /// The diagnostic log. No behaviour depends on it. Thread-safe.
@@ -16,6 +19,13 @@ class Log {
   /// Whether lines are kept. Ask first if they are costly to make.
   virtual bool isEnabled() const { return true; }
 };
+
+/// The log for a room that knows no Qt.
+inline std::function<void(std::string_view)> linesTo(Log &log) {
+  return [&log](std::string_view line) {
+    log.write(QString::fromUtf8(line.data(), static_cast<qsizetype>(line.size())));
+  };
+}
 
 /// A list in a log line: "(255, 7, 145)".
 inline QString listText(const QStringList &items) {

@@ -1,14 +1,14 @@
 #pragma once
 
-#include "serial/LineSettings.h"
 #include "serial/PortLine.h"
+#include "terminal/LineSettings.h"
+#include "terminal/LineTakeover.h"
 
 #include <QString>
 
 #include <atomic>
 #include <cstdint>
 #include <functional>
-#include <memory>
 
 namespace tavril {
 
@@ -22,29 +22,29 @@ class LineControl : protected PortLine {
   LineControl &operator=(const LineControl &) = delete;
 
   /// Line settings; on an open port they act at once. Every setBaudRate() counts as a change.
-  unsigned long baudRate() const { return settings_.baudRate; }
+  unsigned long baudRate() const { return takeover_.settings.baudRate; }
   void setBaudRate(unsigned long baudRate);
-  bool allowsNonStandardBaudRates() const { return settings_.allowsNonStandardBaudRates; }
-  void setAllowsNonStandardBaudRates(bool allow) { settings_.allowsNonStandardBaudRates = allow; }
-  std::uint64_t numberOfStopBits() const { return settings_.numberOfStopBits; }
+  bool allowsNonStandardBaudRates() const { return takeover_.settings.allowsNonStandardBaudRates; }
+  void setAllowsNonStandardBaudRates(bool allow) { takeover_.settings.allowsNonStandardBaudRates = allow; }
+  std::uint64_t numberOfStopBits() const { return takeover_.settings.numberOfStopBits; }
   void setNumberOfStopBits(std::uint64_t count) { change(&LineSettings::numberOfStopBits, count); }
-  bool shouldEchoReceivedData() const { return settings_.shouldEchoReceivedData; }
+  bool shouldEchoReceivedData() const { return takeover_.settings.shouldEchoReceivedData; }
   void setShouldEchoReceivedData(bool echo) { change(&LineSettings::shouldEchoReceivedData, echo); }
-  std::uint64_t parity() const { return settings_.parity; }
+  std::uint64_t parity() const { return takeover_.settings.parity; }
   /// Any value that is no SerialPortParity counts as none.
   void setParity(std::uint64_t parity);
 
   /// Whether the driver is asked, at the next opening, to hand bytes over without delay. Drivers that know no
   /// such thing are no error. Closing puts back what was there before. False by default.
-  bool usesLowLatency() const { return usesLowLatency_; }
-  void setUsesLowLatency(bool use) { usesLowLatency_ = use; }
+  bool usesLowLatency() const { return takeover_.settings.usesLowLatency; }
+  void setUsesLowLatency(bool use) { takeover_.settings.usesLowLatency = use; }
 
   /// Flow control; changing one closes an open port and opens it again.
-  bool usesRTSCTSFlowControl() const { return settings_.flowControl.rtsCts; }
+  bool usesRTSCTSFlowControl() const { return takeover_.settings.flowControl.rtsCts; }
   void setUsesRTSCTSFlowControl(bool use) { applyFlowControl(&FlowControl::rtsCts, use); }
-  bool usesDTRDSRFlowControl() const { return settings_.flowControl.dtrDsr; }
+  bool usesDTRDSRFlowControl() const { return takeover_.settings.flowControl.dtrDsr; }
   void setUsesDTRDSRFlowControl(bool use) { applyFlowControl(&FlowControl::dtrDsr, use); }
-  bool usesDCDOutputFlowControl() const { return settings_.flowControl.dcdOutput; }
+  bool usesDCDOutputFlowControl() const { return takeover_.settings.flowControl.dcdOutput; }
   void setUsesDCDOutputFlowControl(bool use) { applyFlowControl(&FlowControl::dcdOutput, use); }
 
   /// Output pins as the user wants them; on an open port they act at once.
@@ -59,17 +59,13 @@ class LineControl : protected PortLine {
 
  protected:
   explicit LineControl(const SerialEnvironment &environment);
-  ~LineControl() override;
+  ~LineControl() override = default;
 
-  /// The line has been opened anew: what is known of it was true of the opening before.
-  void forgetLine();
-  // The steps of taking a line over, in their order.
-  void keepOriginalAttributes();
-  void setPortOptions();
-  void takeLowLatency();
+  // Taking a line over: first these steps, one after the other, then the pins.
+  using TakeoverStep = CallResult (LineTakeover::*)(int descriptor);
+  void take(TakeoverStep step);
   void takeOverPins();
-  /// Makes the line what it was before. Waits for its output.
-  void restoreLine(int descriptor);
+  LineTakeover &takeover() { return takeover_; }
 
   void showPins(int pins) override;
 
@@ -80,25 +76,24 @@ class LineControl : protected PortLine {
 
   template <typename Value>
   void change(Value LineSettings::*setting, Value value) {
-    if (settings_.*setting == value) return;
-    settings_.*setting = value;
+    if (takeover_.settings.*setting == value) return;
+    takeover_.settings.*setting = value;
     setPortOptions();
   }
+  void setPortOptions() { take(&LineTakeover::applySettings); }
+  /// Makes the call if the port is open, and tells the delegate of its failure.
+  void onOpenLine(const std::function<CallResult(int descriptor)> &call);
   void applyFlowControl(bool FlowControl::*kind, bool use);
   void drivePin(std::atomic<bool> &stored, int pin, bool on);
   void showPin(std::atomic<bool> &stored, const QString &key, bool on);
 
   const SerialEnvironment &environment_;
-  LineSettings settings_;
-  bool usesLowLatency_ = false;
+  LineTakeover takeover_;
   std::atomic<bool> RTS_ = false;
   std::atomic<bool> DTR_ = false;
   std::atomic<bool> CTS_ = false;
   std::atomic<bool> DSR_ = false;
   std::atomic<bool> DCD_ = false;
-
-  std::unique_ptr<termios> originalPortAttributes_;  // nothing when they could not be read
-  bool hasTakenLowLatency_ = false;                  // and it was off before
 };
 
 }  // namespace tavril

@@ -1,20 +1,10 @@
 #include "serial/LineSession.h"
 
 #include "platform/Background.h"
-#include "platform/TerminalCalls.h"
 
 #include <utility>
 
 namespace tavril {
-
-LineSession::LineSession(TerminalCalls &calls, int descriptor) : calls_(calls), descriptor_(descriptor) {
-  const CallResult wake = calls_.openWake();
-  if (!wake.failed()) wakeDescriptor_ = static_cast<int>(wake.value);
-}
-
-LineSession::~LineSession() {
-  if (wakeDescriptor_ >= 0) calls_.closeWake(wakeDescriptor_);
-}
 
 void LineSession::setPinPollTimer(std::shared_ptr<RepeatingWork> timer) {
   {
@@ -26,7 +16,7 @@ void LineSession::setPinPollTimer(std::shared_ptr<RepeatingWork> timer) {
 
 void LineSession::beginClosing() {
   closing_ = true;
-  if (wakeDescriptor_ >= 0) calls_.wake(wakeDescriptor_);
+  wake_.wake();
 }
 
 void LineSession::end() {
@@ -35,7 +25,7 @@ void LineSession::end() {
     ended_ = true;
   }
   endedCondition_.notify_all();
-  if (wakeDescriptor_ >= 0) calls_.wake(wakeDescriptor_);
+  wake_.wake();
 }
 
 std::shared_ptr<void> LineSession::takePlace(std::chrono::milliseconds patience) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "terminal/TerminalCalls.h"
+
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
@@ -10,21 +12,18 @@
 namespace tavril {
 
 class RepeatingWork;
-class TerminalCalls;
 
 /// One opening of a port, from open to close: what its read loop and pin poller go by. A port that is closed
 /// and opened again has a new session, so that loops of the old one end and cannot touch the new descriptor.
 /// Thread-safe.
 class LineSession {
  public:
-  LineSession(TerminalCalls &calls, int descriptor);
-  ~LineSession();
+  LineSession(TerminalCalls &calls, int descriptor) : descriptor_(descriptor), wake_(calls) {}
   LineSession(const LineSession &) = delete;
   LineSession &operator=(const LineSession &) = delete;
 
   int descriptor() const { return descriptor_; }
-  /// -1 where none could be had: a wait then ends by its time-out only.
-  int wakeDescriptor() const { return wakeDescriptor_; }
+  int wakeDescriptor() const { return wake_.get(); }
 
   /// Cancels the pin poller there was before; storing nothing therefore stops the polling.
   void setPinPollTimer(std::shared_ptr<RepeatingWork> timer);
@@ -50,9 +49,8 @@ class LineSession {
  private:
   using Places = std::counting_semaphore<mostUntold>;
 
-  TerminalCalls &calls_;
   const int descriptor_;
-  int wakeDescriptor_ = -1;
+  const WakeDescriptor wake_;
   const std::shared_ptr<Places> places_ = std::make_shared<Places>(mostUntold);
   std::mutex mutex_;
   std::shared_ptr<RepeatingWork> pinPollTimer_;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/TerminalCalls.h"
+#include "terminal/TerminalCalls.h"
 
 #include <QByteArray>
 

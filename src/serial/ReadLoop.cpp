@@ -1,9 +1,9 @@
 #include "serial/ReadLoop.h"
 
-#include "platform/TerminalCalls.h"
 #include "serial/DeliveryRule.h"
 #include "serial/LineSession.h"
 #include "serial/PortLine.h"
+#include "terminal/TerminalCalls.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/TerminalCalls.h"
 #include "serial/DeliveryAssembler.h"
+#include "terminal/TerminalCalls.h"
 
 #include <QByteArray>
 

@@ -5,13 +5,14 @@
 #include "platform/MainQueue.h"
 #include "serial/DeliveryRule.h"
 #include "serial/LineSession.h"
+#include "serial/PortError.h"
 #include "serial/PortRegistry.h"
 #include "serial/PortRequests.h"
-#include "serial/PosixError.h"
 #include "serial/ReadLoop.h"
 #include "serial/SerialEnvironment.h"
+#include "terminal/LineTakeover.h"
+#include "terminal/TerminalCalls.h"
 
-#include <array>
 #include <cerrno>
 #include <chrono>
 #include <cstdint>
@@ -107,7 +108,7 @@ SerialPort::~SerialPort() {
   if (const auto running = session()) {
     running->setPinPollTimer(nullptr);
     running->end();
-    restoreLine(running->descriptor());
+    takeover().restore(running->descriptor());
     releaseDescriptor();
   }
 }
@@ -130,24 +131,11 @@ void SerialPort::setDeliveryRule(std::shared_ptr<const DeliveryRule> rule) {
 
 // ------------------------------------------------------------------------------------- opening and closing
 
-CallResult SerialPort::openExclusively() {
-  TerminalCalls &calls = environment_.terminal;
-  const CallResult opened = calls.open(path().toStdString());
-  const int descriptor = static_cast<int>(opened.value);
-  if (descriptor == 0) calls.close(descriptor);  // Kept: C47.
-  if (descriptor < 1) return CallResult::failure(opened.error);
-  if (const CallResult locked = calls.lock(descriptor); locked.failed()) {
-    calls.close(descriptor);
-    return locked;
-  }
-  return opened;
-}
-
 bool SerialPort::open() {
   if (isOpen()) return true;
   awaitOlderClosing();
   if (isOpen()) return true;  // the delegate has opened it when it heard of that
-  const CallResult opened = openExclusively();
+  const CallResult opened = LineTakeover::openExclusively(environment_.terminal, path().toStdString());
   if (opened.failed()) {
     notifyDelegateOfPosixError(opened.error);
     return false;
@@ -158,19 +146,18 @@ bool SerialPort::open() {
         QStringLiteral("Could not make %1 blocking: error %2").arg(path()).arg(cleared.error));
   }
   const auto opening = std::make_shared<LineSession>(environment_.terminal, descriptor);
-  forgetLine();
+  takeover().forget();
   setSession(opening);
   latestSession_ = opening;
   requests_->beginOpening();
-  // Observers and the delegate hear of each of these steps, and may close the port or even open it anew.
-  const std::array<void (SerialPort::*)(), 4> steps{&SerialPort::keepOriginalAttributes,
-                                                    &SerialPort::setPortOptions, &SerialPort::takeLowLatency,
-                                                    &SerialPort::takeOverPins};
   setFileDescriptor(descriptor);
-  for (const auto step : steps) {
+  // Observers and the delegate hear of each of these steps, and may close the port or even open it anew.
+  for (const auto step : LineTakeover::steps) {
     if (session() != opening) return isOpen();
-    (this->*step)();
+    take(step);
   }
+  if (session() != opening) return isOpen();
+  takeOverPins();
   if (session() != opening) return isOpen();
 
   if (whoHears(SerialPortCallback::WasOpened)) {
@@ -209,8 +196,7 @@ bool SerialPort::closeSession(const std::shared_ptr<LineSession> &closing) {
     return true;
   }
   // A read may have been beaten to its bytes by another program on the terminal, and a write may be held up.
-  environment_.terminal.stopBlocking(fileDescriptor_);
-  restoreLine(fileDescriptor_);
+  takeover().giveBack(fileDescriptor_);
   if (closing) closing->end();
   setSession(nullptr);
   const std::uint64_t opening = requests_->opening();
@@ -270,8 +256,7 @@ CallResult SerialPort::releaseDescriptor() {
   CallResult closed;
   {
     const std::unique_lock lock(descriptorGuard_);
-    environment_.terminal.unlock(descriptor);
-    closed = environment_.terminal.close(descriptor);
+    closed = LineTakeover::release(environment_.terminal, descriptor);
   }
   if (closed.failed()) setFileDescriptor(descriptor);
   return closed;
@@ -360,24 +345,21 @@ std::vector<std::shared_ptr<SerialRequest>> SerialPort::queuedRequests() const {
 bool SerialPort::sendData(const QByteArray &bytes) {
   if (!isOpen()) return false;
   const auto sending = session();
-  auto remaining = std::as_bytes(std::span(bytes.constData(), static_cast<std::size_t>(bytes.size())));
-  while (!remaining.empty()) {
-    bool wasTried = false;
-    const CallResult written = withDescriptor([&](int fd) {
+  bool wasTried = false;
+  const auto all = std::as_bytes(std::span(bytes.constData(), static_cast<std::size_t>(bytes.size())));
+  const CallResult written = writeAll(all, [&](std::span<const std::byte> remaining) {
+    wasTried = false;
+    return withDescriptor([&](int fd) {
       // What could not be sent before the port was closed is not sent once it has been opened anew.
       if (sending && sending->hasEnded()) return CallResult::failure(EBADF);
       wasTried = true;
       return environment_.terminal.write(fd, remaining);
     });
-    if (written.failed()) {
-      // Closing lets go whoever is held up in a write. Neither that nor a port that is closed is an error.
-      const bool wasLetGo = written.error == EAGAIN && sending && sending->isClosing();
-      if (wasTried && !wasLetGo) notifyDelegateOfPosixError(written.error);
-      return false;
-    }
-    remaining = remaining.subspan(static_cast<std::size_t>(written.value));
-  }
-  return true;
+  });
+  // Closing lets go whoever is held up in a write. Neither that nor a port that is closed is an error.
+  const bool wasLetGo = written.error == EAGAIN && sending && sending->isClosing();
+  if (written.failed() && wasTried && !wasLetGo) notifyDelegateOfPosixError(written.error);
+  return !written.failed();
 }
 
 void SerialPort::receiveData(const QByteArray &bytes, const std::shared_ptr<void> &place) {
@@ -430,7 +412,7 @@ void SerialPort::changed(const QString &key, const Change &change) {
 void SerialPort::notifyDelegateOfPosixError(int error, bool waitUntilDone,
                                             const std::shared_ptr<void> &place) {
   if (!whoHears(SerialPortCallback::DidEncounterError)) return;
-  const auto tell = [self = shared_from_this(), failure = PosixError::make(error, path()), place] {
+  const auto tell = [self = shared_from_this(), failure = portError(error, path()), place] {
     if (const auto delegate = self->whoHears(SerialPortCallback::DidEncounterError)) {
       delegate->didEncounterError(self, failure);
     }

@@ -120,7 +120,6 @@ class SerialPort final : public PortIdentity,
   void setFileDescriptor(int descriptor);
   std::shared_ptr<LineSession> session() const;
   void setSession(std::shared_ptr<LineSession> session);
-  CallResult openExclusively();
   void startLoops(const std::shared_ptr<LineSession> &running);
   bool closeSession(const std::shared_ptr<LineSession> &closing);
   CallResult giveUpDescriptor(const std::shared_ptr<ToldOnce> &closed);

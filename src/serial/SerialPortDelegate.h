@@ -8,7 +8,7 @@ namespace tavril {
 
 class SerialPort;
 class SerialRequest;
-struct PosixError;
+struct Error;
 
 /// The callbacks that a delegate may leave out.
 enum class SerialPortCallback {
@@ -38,7 +38,7 @@ class SerialPortDelegate {
   virtual void didReceiveData(const Port &, const QByteArray &) {}
   virtual void didReceiveResponse(const Port &, const QByteArray &, const std::shared_ptr<SerialRequest> &) {}
   virtual void requestDidTimeout(const Port &, const std::shared_ptr<SerialRequest> &) {}
-  virtual void didEncounterError(const Port &, const PosixError &) {}
+  virtual void didEncounterError(const Port &, const Error &) {}
   virtual void serialPortWasOpened(const Port &) {}
   virtual void serialPortWasClosed(const Port &) {}
 };

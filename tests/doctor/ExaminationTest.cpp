@@ -1,12 +1,13 @@
 // Every finding of the doctor, brought about.
 #include "doctor/Examination.h"
 #include "doctor/MachineChecks.h"
+#include "platform/Log.h"
 #include "platform/StringTableFile.h"
 #include "platform/linux/PosixDeviceNodes.h"
-#include "platform/linux/PosixTerminalCalls.h"
 #include "platform/linux/ProcProcesses.h"
 #include "platform/linux/UdevUsbBus.h"
 #include "simulator/VirtualServo.h"
+#include "terminal/PosixTerminalCalls.h"
 #include "tests/doctor/FakeMachine.h"
 #include "tests/platform/linux/MockMachine.h"
 #include "tests/support/FaultyTerminalCalls.h"
@@ -52,7 +53,7 @@ struct Ward {
   std::unique_ptr<MockMachine> mock;
   UdevUsbBus udev;
   RecordingLog log;
-  PosixTerminalCalls posix{log};
+  PosixTerminalCalls posix{linesTo(log)};
   FaultyTerminalCalls terminal{posix};
   simulator::VirtualServo servo;
   Pty silent;

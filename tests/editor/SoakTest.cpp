@@ -1,5 +1,4 @@
 #include "app/AppDelegate.h"
-#include "platform/linux/PosixTerminalCalls.h"
 #include "platform/linux/ThreadBackground.h"
 #include "protocol/Function.h"
 #include "protocol/RegisterCatalogue.h"
@@ -7,6 +6,7 @@
 #include "simulator/ServoModel.h"
 #include "store/AlertErrorPresenter.h"
 #include "store/StoreController.h"
+#include "terminal/PosixTerminalCalls.h"
 #include "tests/editor/EditorBench.h"
 #include "tests/support/FakeDevices.h"
 #include "tests/support/MemoryFiles.h"

@@ -4,7 +4,7 @@
 #include "editor/screen/MainScreen.h"
 #include "editor/windows/EditorWindow.h"
 #include "look/Style.h"
-#include "platform/linux/PosixTerminalCalls.h"
+#include "platform/Log.h"
 #include "platform/linux/QtMainQueue.h"
 #include "platform/linux/QtTimers.h"
 #include "platform/linux/StringTables.h"
@@ -14,6 +14,7 @@
 #include "serial/SerialPort.h"
 #include "serial/config/Config.h"
 #include "simulator/VirtualServo.h"
+#include "terminal/PosixTerminalCalls.h"
 #include "tests/doctor/FakeMachine.h"
 #include "tests/support/AnsweringAlert.h"
 #include "tests/support/AnsweringFilePanels.h"
@@ -168,7 +169,7 @@ class GuiBench : public testing::Test {
   MemoryFiles files;
   MemoryPreferences preferences;
   RecordingUserNotifications userNotifications;
-  PosixTerminalCalls posix{log};
+  PosixTerminalCalls posix{linesTo(log)};
   FaultyTerminalCalls terminal{posix};  // here only to count the calls
   FakeDevices devices;
   doctor::FakeMachine machine;

@@ -1,9 +1,10 @@
-#include "platform/linux/PosixTerminalCalls.h"
+#include "platform/Log.h"
 #include "platform/linux/QtMainQueue.h"
 #include "platform/linux/QtTimers.h"
 #include "platform/linux/StringTables.h"
 #include "program/tavril/AppObjects.h"
 #include "serial/SerialPort.h"
+#include "terminal/PosixTerminalCalls.h"
 #include "tests/doctor/FakeMachine.h"
 #include "tests/support/AnsweringAlert.h"
 #include "tests/support/FakeDevices.h"
@@ -60,7 +61,7 @@ class AppObjectsTest : public testing::Test {
   StringTables strings{{}, log};
   MemoryFiles files;
   MemoryPreferences preferences;
-  PosixTerminalCalls posix{log};
+  PosixTerminalCalls posix{linesTo(log)};
   FaultyTerminalCalls terminal{posix};
   FakeDevices devices;
   doctor::FakeMachine machine;

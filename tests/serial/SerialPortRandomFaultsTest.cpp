@@ -1,3 +1,4 @@
+#include "platform/Log.h"
 #include "tests/serial/AccountingCalls.h"
 #include "tests/serial/SystemCallFaults.h"
 #include "tests/support/ProcessCounts.h"
@@ -89,7 +90,7 @@ class FaultyUse {
                           sendsThatMayHaveBeenCutOff_)
         << "no error is made up";
     const auto waitsTold =
-        std::ranges::count(delegate_->errors, ENOMEM, [](const PosixError &error) { return error.code; });
+        std::ranges::count(delegate_->errors, ENOMEM, [](const Error &error) { return error.code; });
     EXPECT_LE(waitsTold, books.failedWaits);
     totals.failedWaits += books.failedWaits;
     totals.failedWaitsTold += waitsTold;
@@ -168,7 +169,7 @@ class FaultyUse {
   std::mt19937 random_;
   SystemCallFaults &faults_;
   RecordingLog log_;
-  PosixTerminalCalls posix_{log_};
+  PosixTerminalCalls posix_{linesTo(log_)};
   AccountingCalls calls_{posix_};
   FakeDevices devices_;
   NotificationCenter notifications_;

@@ -113,6 +113,7 @@ int __real_fcntl(int descriptor, int command, ...);
 int __real_ioctl(int descriptor, unsigned long request, ...);
 int __real_flock(int descriptor, int operation);
 int __real_poll(pollfd *watched, nfds_t count, int timeout);
+int __real_ppoll(pollfd *watched, nfds_t count, const timespec *timeout, const sigset_t *signals);
 int __real_tcgetattr(int descriptor, termios *attributes);
 int __real_tcsetattr(int descriptor, int when, const termios *attributes);
 
@@ -170,12 +171,20 @@ int __wrap_flock(int descriptor, int operation) {
   return __real_flock(descriptor, operation);
 }
 
-// It gives none of the others, and ENOMEM only here, so that a test can tell where an error has come from.
+// These two give none of the others, and ENOMEM only here, so that a test can tell where an error has come
+// from.
 int __wrap_poll(pollfd *watched, nfds_t count, int timeout) {
   if (const auto error = tavril::failureOf(watched->fd)) {
     return tavril::failed(*error == EINTR ? EINTR : ENOMEM);
   }
   return __real_poll(watched, count, timeout);
+}
+
+int __wrap_ppoll(pollfd *watched, nfds_t count, const timespec *timeout, const sigset_t *signals) {
+  if (const auto error = tavril::failureOf(watched->fd)) {
+    return tavril::failed(*error == EINTR ? EINTR : ENOMEM);
+  }
+  return __real_ppoll(watched, count, timeout, signals);
 }
 
 int __wrap_tcgetattr(int descriptor, termios *attributes) {

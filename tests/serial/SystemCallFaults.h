@@ -10,9 +10,9 @@
 namespace tavril {
 
 /// Makes the system calls on terminals fail at random, beneath everything of ours: EINTR, EAGAIN, EIO, ENXIO,
-/// ENODEV and ENOSPC at every call (ENOMEM at poll), short reads and short writes. One at a time; while it
-/// lives, the calls of this program on descriptors that it opened below /dev/pts/ are asked for. Needs the
-/// linker's --wrap for each of the calls, see tests/serial/CMakeLists.txt. Thread-safe.
+/// ENODEV and ENOSPC at every call (ENOMEM at poll and ppoll), short reads and short writes. One at a time;
+/// while it lives, the calls of this program on descriptors that it opened below /dev/pts/ are asked for.
+/// Needs the linker's --wrap for each of the calls, see tests/serial/CMakeLists.txt. Thread-safe.
 class SystemCallFaults {
  public:
   SystemCallFaults();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/TerminalCalls.h"
+#include "terminal/TerminalCalls.h"
 
 #include <QByteArray>
 
@@ -88,7 +88,7 @@ class MemoryTerminal final : public TerminalCalls {
       return CallResult::success();
     });
   }
-  CallResult waitForInput(int descriptor, int wake, std::chrono::milliseconds timeout) override {
+  CallResult waitForInput(int descriptor, int wake, std::chrono::microseconds timeout) override {
     std::unique_lock lock(mutex_);
     const auto readable = [&] { return !input_.isEmpty() || hungUp_.contains(descriptor); };
     changed_.wait_for(lock, timeout, [&] { return readable() || woken_.contains(wake); });

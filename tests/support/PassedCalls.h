@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/TerminalCalls.h"
+#include "terminal/TerminalCalls.h"
 
 #include <chrono>
 #include <cstddef>
@@ -75,7 +75,7 @@ class PassedCalls : public TerminalCalls {
   CallResult setPins(int descriptor, int pins) override {
     return pass(Call::SetPins, [&] { return real_.setPins(descriptor, pins); });
   }
-  CallResult waitForInput(int descriptor, int wakeDescriptor, std::chrono::milliseconds timeout) override {
+  CallResult waitForInput(int descriptor, int wakeDescriptor, std::chrono::microseconds timeout) override {
     return pass(Call::Wait, [&] { return real_.waitForInput(descriptor, wakeDescriptor, timeout); });
   }
   CallResult read(int descriptor, std::span<std::byte> buffer) override {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "serial/PosixError.h"
+#include "platform/Error.h"
 #include "serial/SerialPort.h"
 #include "serial/SerialPortDelegate.h"
 
@@ -36,7 +36,7 @@ class RecordingDelegate final : public SerialPortDelegate {
     timeouts.push_back(request);
     note(QStringLiteral("timeout"), port);
   }
-  void didEncounterError(const Port &port, const PosixError &error) override {
+  void didEncounterError(const Port &port, const Error &error) override {
     errors.push_back(error);
     note(QStringLiteral("error ") + QString::number(error.code), port);
   }
@@ -44,7 +44,7 @@ class RecordingDelegate final : public SerialPortDelegate {
   void serialPortWasClosed(const Port &port) override { note(QStringLiteral("closed"), port); }
 
   QStringList events;
-  std::vector<PosixError> errors;
+  std::vector<Error> errors;
   QByteArray received;
   std::vector<QByteArray> deliveries;
   std::vector<std::pair<std::shared_ptr<SerialRequest>, QByteArray>> responses;

@@ -1,12 +1,13 @@
 #pragma once
 
+#include "platform/Log.h"
 #include "platform/NotificationCenter.h"
 #include "platform/ProcessExit.h"
-#include "platform/linux/PosixTerminalCalls.h"
 #include "platform/linux/ThreadBackground.h"
 #include "serial/PortRegistry.h"
 #include "serial/SerialEnvironment.h"
 #include "serial/SerialPort.h"
+#include "terminal/PosixTerminalCalls.h"
 #include "tests/support/FakeDevices.h"
 #include "tests/support/FaultyTerminalCalls.h"
 #include "tests/support/ManualMainQueue.h"
@@ -55,7 +56,7 @@ struct SerialBench {
   }
 
   RecordingLog log;
-  PosixTerminalCalls posix{log};
+  PosixTerminalCalls posix{linesTo(log)};
   FaultyTerminalCalls terminal{posix};
   FakeDevices devices;
   NotificationCenter notifications;

@@ -2,11 +2,10 @@
 
 #include "platform/DeviceRegistry.h"
 #include "platform/linux/RegistryTable.h"
+#include "terminal/SerialDevices.h"
 
 #include <QString>
-#include <QStringList>
 
-#include <filesystem>
 #include <map>
 #include <memory>
 #include <optional>
@@ -14,14 +13,13 @@
 #include <vector>
 
 class QSocketNotifier;
-struct udev;
 struct udev_device;
 struct udev_monitor;
 
 namespace tavril {
 
-/// The machine's serial devices as udev knows them, and the terminals that the user named. No device is ever
-/// opened here: opening raises DTR, which resets many bridges. Needs an event loop for word of changes.
+/// The serial devices of terminal/SerialDevices as a registry that tells of changes, for which it needs an
+/// event loop.
 class UdevDeviceRegistry : public DeviceRegistry {
  public:
   UdevDeviceRegistry();
@@ -29,9 +27,7 @@ class UdevDeviceRegistry : public DeviceRegistry {
   UdevDeviceRegistry(const UdevDeviceRegistry &) = delete;
   UdevDeviceRegistry &operator=(const UdevDeviceRegistry &) = delete;
 
-  /// Puts a terminal of any kind (links are followed) behind those added before and in front of all others,
-  /// in every walk made from now on, as long as it exists. Gives the reason, for the user to read, when there
-  /// is no terminal at this path. Naming one twice is no error.
+  /// As SerialDevices::addTerminal(), for every walk made from now on.
   [[nodiscard]] std::optional<QString> addTerminal(const QString &path);
 
   RegistryHandle matchingServices(const DeviceMatch &match) override;
@@ -44,36 +40,17 @@ class UdevDeviceRegistry : public DeviceRegistry {
   void release(RegistryHandle handle) override;
 
  private:
-  struct UdevRelease {
-    void operator()(udev *object) const;
-    void operator()(udev_device *object) const;
-    void operator()(udev_monitor *object) const;
-  };
-  using DevicePointer = std::unique_ptr<udev_device, UdevRelease>;
-  /// Devices by their place in the kernel's tree, in udev's order.
-  struct Listed {
-    std::string place;
-    DeviceProperties properties;
-  };
-
-  /// Where in sysfs the terminals are that may be listed, sorted. Nothing when it cannot be read.
-  std::optional<std::vector<std::filesystem::path>> places() const;
-  /// The devices present now that udev knows. Nothing when that cannot be found out.
-  std::optional<std::vector<Listed>> present() const;
   /// What a walk over all devices holds.
   std::vector<DeviceProperties> listing();
-  /// Nothing for a device that is not to be listed.
-  std::optional<DeviceProperties> describe(udev_device *device) const;
   bool startMonitor();
   void receiveEvents();
   void handleEvent(udev_device *device);
   void reportDifferences();
 
-  std::unique_ptr<udev, UdevRelease> udev_;
+  SerialDevices devices_;
   std::unique_ptr<udev_monitor, UdevRelease> monitor_;
   std::unique_ptr<QSocketNotifier> notifier_;
-  QStringList namedNodes_;
-  std::map<std::string, DeviceProperties> known_;
+  std::map<std::string, SerialDevice> known_;
   /// Whether known_ has all that was there when the monitor began.
   bool isListed_ = false;
   RegistryTable table_;

@@ -1,10 +1,10 @@
 #include "platform/linux/UdevUsbBus.h"
 
-#include "platform/DeviceRegistry.h"
 #include "platform/PrintableText.h"
-#include "platform/linux/UdevTty.h"
+#include "terminal/SerialDevices.h"
 
 #include <QString>
+#include <QStringList>
 #include <QStringView>
 
 #include <libudev.h>
@@ -40,8 +40,7 @@ void eachOf(udev *udev, const char *subsystem, const std::function<void(udev_dev
   }
   udev_list_entry *entry = nullptr;
   udev_list_entry_foreach(entry, udev_enumerate_get_list_entry(enumeration.get())) {
-    const std::unique_ptr<udev_device, decltype(&udev_device_unref)> device(
-        udev_device_new_from_syspath(udev, udev_list_entry_get_name(entry)), &udev_device_unref);
+    const UdevDevice device(udev_device_new_from_syspath(udev, udev_list_entry_get_name(entry)));
     if (device) visit(device.get());
   }
 }
@@ -59,16 +58,16 @@ QString lastingNameOf(udev_device *terminal) {
 }
 
 UsbAdapter adapterOf(udev_device *terminal) {
-  const DeviceProperties properties = describeTerminal(terminal);
-  const auto property = [&](const char16_t *key) { return properties.value(QString::fromUtf16(key)); };
+  const SerialDevice device = describeTerminal(terminal);
+  const auto text = [](const std::string &value) { return printableText(QString::fromStdString(value)); };
   UsbAdapter adapter;
-  adapter.product = property(DeviceKey::product);
-  adapter.serialNumber = property(DeviceKey::serialNumber);
-  adapter.vendorId = property(DeviceKey::vendorId);
-  adapter.productId = property(DeviceKey::productId);
-  adapter.driver = property(DeviceKey::driver);
+  adapter.product = text(device.product);
+  adapter.serialNumber = text(device.serialNumber);
+  adapter.vendorId = text(device.vendorId);
+  adapter.productId = text(device.productId);
+  adapter.driver = text(device.driver);
   adapter.usualDriver = adapter.driver;
-  adapter.node = nodeOf(terminal);
+  adapter.node = QString::fromStdString(device.node);
   adapter.lastingName = lastingNameOf(terminal);
   return adapter;
 }
@@ -96,7 +95,7 @@ UsbAdapter adapterWithoutTerminal(udev_device *interface, udev_device *usbDevice
 
 std::vector<UsbAdapter> UdevUsbBus::serialAdapters() const {
   std::vector<UsbAdapter> adapters;
-  const std::unique_ptr<udev, decltype(&udev_unref)> udev(udev_new(), &udev_unref);
+  const std::unique_ptr<udev, UdevRelease> udev(udev_new());
   if (!udev) return adapters;
   std::map<std::string, bool> shown;
   eachOf(udev.get(), "tty", [&](udev_device *terminal) {

@@ -33,7 +33,7 @@ LinuxServices::LinuxServices(bool interactive)
     : blockingWait(paintPendingWidgets),
       alert(interactive ? std::unique_ptr<ModalAlert>(std::make_unique<QtModalAlert>(mainQueue))
                         : std::make_unique<LoggingAlert>(log)),
-      terminal(log, anyThreadPause(mainQueue, blockingWait)) {}
+      terminal(linesTo(log), anyThreadPause(mainQueue, blockingWait)) {}
 
 AppServices LinuxServices::services() {
   return {log,

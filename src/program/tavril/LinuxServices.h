@@ -5,7 +5,6 @@
 #include "platform/linux/PaintingWait.h"
 #include "platform/linux/PosixDeviceNodes.h"
 #include "platform/linux/PosixPrivateFiles.h"
-#include "platform/linux/PosixTerminalCalls.h"
 #include "platform/linux/ProcProcesses.h"
 #include "platform/linux/ProgramLog.h"
 #include "platform/linux/QtMainQueue.h"
@@ -15,6 +14,7 @@
 #include "platform/linux/UdevDeviceRegistry.h"
 #include "platform/linux/UdevUsbBus.h"
 #include "program/tavril/AppServices.h"
+#include "terminal/PosixTerminalCalls.h"
 
 #include <memory>
 

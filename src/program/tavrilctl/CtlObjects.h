@@ -1,9 +1,9 @@
 #pragma once
 
 #include "cli/Ports.h"
+#include "platform/Log.h"
 #include "platform/NotificationCenter.h"
 #include "platform/linux/PosixDeviceNodes.h"
-#include "platform/linux/PosixTerminalCalls.h"
 #include "platform/linux/ProcProcesses.h"
 #include "platform/linux/ProgramLog.h"
 #include "platform/linux/QtMainQueue.h"
@@ -13,6 +13,7 @@
 #include "program/SerialObjects.h"
 #include "serial/PortRegistry.h"
 #include "simulator/VirtualServo.h"
+#include "terminal/PosixTerminalCalls.h"
 
 #include <QString>
 
@@ -43,7 +44,7 @@ class CtlObjects {
   QtMainQueue mainQueue;
   NotificationCenter notifications;
   StringTables strings{StringTables::standardFolders(), log};
-  PosixTerminalCalls terminal{log};
+  PosixTerminalCalls terminal{linesTo(log)};
   UdevDeviceRegistry devices;
   UdevUsbBus bus;
   PosixDeviceNodes nodes;

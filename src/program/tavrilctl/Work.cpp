@@ -11,7 +11,7 @@
 #include "platform/linux/EndingSignals.h"
 #include "program/tavrilctl/CtlObjects.h"
 #include "program/tavrilctl/ReadlineCommands.h"
-#include "serial/OpenFailure.h"
+#include "serial/PortError.h"
 #include "serial/SerialPort.h"
 #include "serial/line/SerialLine.h"
 #include "servo/Servo.h"

@@ -3,7 +3,7 @@
 #include "platform/Background.h"
 #include "platform/Bytes.h"
 #include "platform/Log.h"
-#include "serial/PosixError.h"
+#include "serial/PortError.h"
 #include "serial/SerialPort.h"
 #include "serial/SerialRequest.h"
 
@@ -97,7 +97,7 @@ void SerialLine::resume() {
   cancelled_ = false;
 }
 
-std::shared_ptr<const PosixError> SerialLine::lastError() const {
+std::shared_ptr<const Error> SerialLine::lastError() const {
   const std::lock_guard lock(mutex_);
   return lastError_;
 }
@@ -136,10 +136,10 @@ void SerialLine::requestDidTimeout(const Port &, const std::shared_ptr<SerialReq
   finish(request, End::TimedOut);
 }
 
-void SerialLine::didEncounterError(const Port &port, const PosixError &error) {
-  log_.warn(error.logLine(port->description()));
+void SerialLine::didEncounterError(const Port &port, const Error &error) {
+  log_.warn(portErrorLine(error, port->description()));
   const std::lock_guard lock(mutex_);
-  lastError_ = std::make_shared<const PosixError>(error);
+  lastError_ = std::make_shared<const Error>(error);
 }
 
 void SerialLine::finish(const std::shared_ptr<SerialRequest> &request, End end) {

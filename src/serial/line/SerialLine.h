@@ -36,14 +36,14 @@ class SerialLine final : public servo::Line, public SerialPortDelegate {
   /// Lets the work go on after it was cancelled.
   void resume();
   /// What the port told last went wrong with it.
-  std::shared_ptr<const PosixError> lastError() const;
+  std::shared_ptr<const Error> lastError() const;
 
   bool respondsTo(SerialPortCallback callback) const override;
   void serialPortWasRemovedFromSystem(const Port &port) override;
   void didReceiveResponse(const Port &port, const QByteArray &bytes,
                           const std::shared_ptr<SerialRequest> &request) override;
   void requestDidTimeout(const Port &port, const std::shared_ptr<SerialRequest> &request) override;
-  void didEncounterError(const Port &port, const PosixError &error) override;
+  void didEncounterError(const Port &port, const Error &error) override;
 
  private:
   using End = servo::Received::End;
@@ -61,7 +61,7 @@ class SerialLine final : public servo::Line, public SerialPortDelegate {
   std::optional<End> end_;  ///< of the current request
   bool cancelled_ = false;
   bool removed_ = false;
-  std::shared_ptr<const PosixError> lastError_;
+  std::shared_ptr<const Error> lastError_;
 };
 
 }  // namespace tavril

@@ -2,9 +2,9 @@
 
 #include "app/AppDelegate.h"
 #include "editor/windows/EditorWindow.h"
+#include "platform/Log.h"
 #include "platform/linux/PaintingWait.h"
 #include "platform/linux/PosixDeviceNodes.h"
-#include "platform/linux/PosixTerminalCalls.h"
 #include "platform/linux/PosixUserFiles.h"
 #include "platform/linux/ProcProcesses.h"
 #include "platform/linux/QtFilePanels.h"
@@ -17,6 +17,7 @@
 #include "program/tavril/AppObjects.h"
 #include "program/tavril/EditorObjects.h"
 #include "protocol/SharedState.h"
+#include "terminal/PosixTerminalCalls.h"
 #include "tests/support/MemoryFiles.h"
 #include "tests/support/MemoryPreferences.h"
 #include "tests/support/RecordingLog.h"
@@ -57,7 +58,7 @@ struct GuestEditor {
   MemoryFiles files;
   MemoryPreferences preferences;
   RecordingUserNotifications userNotifications;
-  PosixTerminalCalls terminal{log};
+  PosixTerminalCalls terminal{linesTo(log)};
   UdevDeviceRegistry devices;
   UdevUsbBus bus;
   PosixDeviceNodes nodes;

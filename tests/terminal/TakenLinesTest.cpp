@@ -1,8 +1,7 @@
-#include "platform/linux/PosixTerminalCalls.h"
-#include "platform/linux/TakenLines.h"
+#include "terminal/PosixTerminalCalls.h"
+#include "terminal/TakenLines.h"
 #include "tests/support/Ownership.h"
 #include "tests/support/Pty.h"
-#include "tests/support/RecordingLog.h"
 
 #include <gtest/gtest.h>
 
@@ -26,8 +25,7 @@ class TakenLinesTest : public testing::Test {
   }
   bool isAsBefore() const { return sameAttributes(pty_.attributes(), before_); }
 
-  RecordingLog log_;
-  PosixTerminalCalls calls_{log_};
+  PosixTerminalCalls calls_;
   Pty pty_;
   const termios before_ = pty_.attributes();
 };

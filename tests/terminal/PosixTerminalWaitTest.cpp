@@ -1,6 +1,5 @@
-#include "platform/linux/PosixTerminalCalls.h"
+#include "terminal/PosixTerminalCalls.h"
 #include "tests/support/Pty.h"
-#include "tests/support/RecordingLog.h"
 #include "tests/support/WaitFor.h"
 
 #include <gtest/gtest.h>
@@ -91,8 +90,7 @@ class PosixTerminalWaitTest : public testing::Test {
   }
 
   Pty pty;
-  RecordingLog log;
-  PosixTerminalCalls calls{log};
+  PosixTerminalCalls calls;
   const int descriptor = static_cast<int>(calls.open(pty.path().toStdString()).value);
   const int wake = static_cast<int>(calls.openWake().value);
 };
@@ -113,7 +111,7 @@ TEST_F(PosixTerminalWaitTest, EndsWithInput) {
 
 TEST_F(PosixTerminalWaitTest, EndsAtOnceWhenWokenFromAnotherThread) {
   InterruptibleCall waiting([&] { return wait(forEver); });
-  EXPECT_TRUE(waiting.isBlockedIn(SYS_poll));
+  EXPECT_TRUE(waiting.isBlockedIn(SYS_ppoll));
   calls.wake(wake);
   EXPECT_EQ(waiting.result().value, 0) << "nothing has come";
 }
@@ -150,7 +148,7 @@ TEST_F(PosixTerminalWaitTest, WithoutAWakeDescriptorOnlyInputAndTimeEndIt) {
 
 TEST_F(PosixTerminalWaitTest, ASignalEndsTheWaitWithoutAnError) {
   InterruptibleCall waiting([&] { return wait(forEver); });
-  ASSERT_TRUE(waiting.isBlockedIn(SYS_poll));
+  ASSERT_TRUE(waiting.isBlockedIn(SYS_ppoll));
   EXPECT_TRUE(waiting.interrupt());
   const CallResult result = waiting.result();
   EXPECT_EQ(result.value, 0);

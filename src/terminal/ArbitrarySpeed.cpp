@@ -1,6 +1,6 @@
 // The kernel's record with free speeds has the same name parts as the C library's <termios.h>, and the two
 // headers cannot be read together: nothing but these calls live in this file.
-#include "platform/linux/ArbitrarySpeed.h"
+#include "terminal/ArbitrarySpeed.h"
 
 #include <cerrno>
 

@@ -1,5 +1,5 @@
 // The kernel's record of settings has all speeds, and its header cannot be read together with <termios.h>.
-#include "platform/linux/TakenLines.h"
+#include "terminal/TakenLines.h"
 
 #include <asm/ioctls.h>
 #include <asm/termbits.h>

@@ -1,4 +1,4 @@
-#include "platform/linux/NamedSpeeds.h"
+#include "terminal/NamedSpeeds.h"
 
 #include <gtest/gtest.h>
 

@@ -1,11 +1,8 @@
-#include "platform/linux/PosixTerminalCalls.h"
+#include "terminal/PosixTerminalCalls.h"
 
-#include "platform/Log.h"
-#include "platform/linux/ArbitrarySpeed.h"
-#include "platform/linux/NamedSpeeds.h"
 #include "posix/Descriptor.h"
-
-#include <QString>
+#include "terminal/ArbitrarySpeed.h"
+#include "terminal/NamedSpeeds.h"
 
 #include <array>
 #include <cerrno>
@@ -114,7 +111,8 @@ CallResult openOnce(const std::string &path) {
 
 }  // namespace
 
-PosixTerminalCalls::PosixTerminalCalls(Log &log, Pause pause) : log_(log), pause_(std::move(pause)) {
+PosixTerminalCalls::PosixTerminalCalls(Log log, Pause pause)
+    : log_(std::move(log)), pause_(std::move(pause)) {
   if (!pause_) pause_ = [](std::chrono::milliseconds duration) { std::this_thread::sleep_for(duration); };
 }
 
@@ -241,15 +239,17 @@ CallResult PosixTerminalCalls::setPins(int descriptor, int pins) {
 }
 
 void PosixTerminalCalls::noteMissingPins() {
-  if (!missingPinsNoted_.exchange(true)) {
-    log_.write(QStringLiteral("This terminal has no modem lines; its pins count as not set."));
+  if (!missingPinsNoted_.exchange(true) && log_) {
+    log_("This terminal has no modem lines; its pins count as not set.");
   }
 }
 
 CallResult PosixTerminalCalls::waitForInput(int descriptor, int wakeDescriptor,
-                                            std::chrono::milliseconds timeout) {
+                                            std::chrono::microseconds timeout) {
   std::array<pollfd, 2> watched{{{descriptor, POLLIN, 0}, {wakeDescriptor, POLLIN, 0}}};
-  const int ready = ::poll(watched.data(), watched.size(), static_cast<int>(timeout.count()));
+  const auto seconds = std::chrono::floor<std::chrono::seconds>(timeout);
+  const timespec longest{seconds.count(), std::chrono::nanoseconds(timeout - seconds).count()};
+  const int ready = ::ppoll(watched.data(), watched.size(), &longest, nullptr);
   if (ready < 0) return errno == EINTR ? CallResult::success() : CallResult::failure(errno);
   if ((watched[0].revents & POLLNVAL) != 0) return CallResult::failure(EBADF);
   return CallResult::success(watched[0].revents != 0 ? 1 : 0);

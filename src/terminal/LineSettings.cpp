@@ -1,4 +1,4 @@
-#include "serial/LineSettings.h"
+#include "terminal/LineSettings.h"
 
 #include <termios.h>
 

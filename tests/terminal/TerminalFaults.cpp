@@ -1,4 +1,4 @@
-#include "tests/platform/linux/TerminalFaults.h"
+#include "tests/terminal/TerminalFaults.h"
 
 #include <cerrno>
 #include <cstdarg>

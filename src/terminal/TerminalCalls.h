@@ -70,7 +70,7 @@ class TerminalCalls {
   virtual CallResult pins(int descriptor, int &pins) = 0;
   virtual CallResult setPins(int descriptor, int pins) = 0;
   /// Waits for input. 1 if there is some or the line is hung up, 0 after the time-out or wake().
-  virtual CallResult waitForInput(int descriptor, int wakeDescriptor, std::chrono::milliseconds timeout) = 0;
+  virtual CallResult waitForInput(int descriptor, int wakeDescriptor, std::chrono::microseconds timeout) = 0;
   virtual CallResult read(int descriptor, std::span<std::byte> buffer) = 0;
   virtual CallResult write(int descriptor, std::span<const std::byte> bytes) = 0;
   virtual CallResult close(int descriptor) = 0;
@@ -80,5 +80,39 @@ class TerminalCalls {
   virtual void wake(int wakeDescriptor) = 0;
   virtual void closeWake(int wakeDescriptor) = 0;
 };
+
+/// What ends a waitForInput() from another thread.
+class WakeDescriptor {
+ public:
+  explicit WakeDescriptor(TerminalCalls &calls)
+      : calls_(calls), value_(static_cast<int>(calls.openWake().value)) {}
+  ~WakeDescriptor() {
+    if (value_ >= 0) calls_.closeWake(value_);
+  }
+  WakeDescriptor(const WakeDescriptor &) = delete;
+  WakeDescriptor &operator=(const WakeDescriptor &) = delete;
+
+  /// -1 where none could be had: a wait then ends by its time-out only.
+  int get() const { return value_; }
+  /// Also ends each wait that begins from now on.
+  void wake() const {
+    if (value_ >= 0) calls_.wake(value_);
+  }
+
+ private:
+  TerminalCalls &calls_;
+  const int value_;
+};
+
+/// Calls `write`, which writes some of the bytes that it is given, until all are written or it fails.
+template <typename Write>
+CallResult writeAll(std::span<const std::byte> bytes, Write write) {
+  while (!bytes.empty()) {
+    const CallResult written = write(bytes);
+    if (written.failed()) return written;
+    bytes = bytes.subspan(static_cast<std::size_t>(written.value));
+  }
+  return CallResult::success();
+}
 
 }  // namespace tavril

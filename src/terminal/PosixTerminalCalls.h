@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/TerminalCalls.h"
-#include "platform/linux/TakenLines.h"
+#include "terminal/TakenLines.h"
+#include "terminal/TerminalCalls.h"
 
 #include <atomic>
 #include <chrono>
@@ -9,10 +9,9 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <string_view>
 
 namespace tavril {
-
-class Log;
 
 /// The terminal calls of this kernel. Translates what differs here: the exclusive lock that open() does not
 /// have, hung-up lines, terminals without pins, speeds outside the fixed list, and a drain that may last for
@@ -28,9 +27,11 @@ class PosixTerminalCalls final : public TerminalCalls {
   /// How long after each attempt the next is made.
   static constexpr std::chrono::milliseconds betweenAttempts{50};
   using Pause = std::function<void(std::chrono::milliseconds duration)>;
+  using Log = std::function<void(std::string_view line)>;
 
-  /// `pause`: what to do between these attempts, on whatever thread opens; none: only sleep.
-  explicit PosixTerminalCalls(Log &log, Pause pause = {});
+  /// `log`: gets a line for what is unusual and no error, on any thread; none: nobody is told. `pause`: what
+  /// to do between these attempts, on whatever thread opens; none: only sleep.
+  explicit PosixTerminalCalls(Log log = {}, Pause pause = {});
 
   /// The terminals between lock() and close(); the object may outlive this one.
   std::shared_ptr<TakenLines> takenLines() const { return taken_; }
@@ -48,7 +49,7 @@ class PosixTerminalCalls final : public TerminalCalls {
   CallResult setLowLatency(int descriptor, bool on) override;
   CallResult pins(int descriptor, int &pins) override;
   CallResult setPins(int descriptor, int pins) override;
-  CallResult waitForInput(int descriptor, int wakeDescriptor, std::chrono::milliseconds timeout) override;
+  CallResult waitForInput(int descriptor, int wakeDescriptor, std::chrono::microseconds timeout) override;
   CallResult read(int descriptor, std::span<std::byte> buffer) override;
   CallResult write(int descriptor, std::span<const std::byte> bytes) override;
   CallResult close(int descriptor) override;
@@ -59,7 +60,7 @@ class PosixTerminalCalls final : public TerminalCalls {
  private:
   void noteMissingPins();
 
-  Log &log_;
+  const Log log_;
   Pause pause_;
   const std::shared_ptr<TakenLines> taken_ = std::make_shared<TakenLines>();
   std::atomic<bool> missingPinsNoted_ = false;

@@ -1,6 +1,4 @@
-#include "serial/OpenFailure.h"
-
-#include "serial/PosixError.h"
+#include "serial/PortError.h"
 
 #include <QFileInfo>
 
@@ -23,7 +21,16 @@ QString permissionText(const QString &path) {
 
 }  // namespace
 
-QString openFailureText(const PosixError &error) {
+Error portError(int number, const QString &path) {
+  return {QString::fromUtf16(PosixErrorDomain), number, systemErrorText(number), {}, nullptr, path};
+}
+
+QString portErrorLine(const Error &error, const QString &port) {
+  return QStringLiteral("Serial port %1 encountered an error: %2 (%3): %4")
+      .arg(port, error.localizedDescription, QString::number(error.code), error.filePath);
+}
+
+QString openFailureText(const Error &error) {
   const QString &path = error.filePath;
   switch (error.code) {
     case EACCES:

@@ -1,5 +1,4 @@
-#include "serial/OpenFailure.h"
-#include "serial/PosixError.h"
+#include "serial/PortError.h"
 
 #include <QFileInfo>
 #include <QTemporaryFile>
@@ -15,7 +14,7 @@ namespace tavril {
 namespace {
 
 QString textFor(int code, const QString &path = QStringLiteral("/dev/ttyUSB0")) {
-  return openFailureText(PosixError::make(code, path));
+  return openFailureText(portError(code, path));
 }
 
 TEST(OpenFailure, EveryTextIsOneLineWithThePathAndARemedy) {

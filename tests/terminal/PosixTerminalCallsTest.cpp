@@ -1,11 +1,12 @@
-#include "platform/linux/PosixTerminalCalls.h"
-#include "tests/platform/linux/TerminalFaults.h"
+#include "platform/Log.h"
+#include "terminal/PosixTerminalCalls.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/ProcessCounts.h"
 #include "tests/support/Pty.h"
 #include "tests/support/RecordingLog.h"
 #include "tests/support/Rescue.h"
 #include "tests/support/WaitFor.h"
+#include "tests/terminal/TerminalFaults.h"
 
 #include <gtest/gtest.h>
 
@@ -46,7 +47,7 @@ class PosixTerminalCallsTest : public testing::Test {
 
   Pty pty;
   RecordingLog log;
-  PosixTerminalCalls calls{log};
+  PosixTerminalCalls calls{linesTo(log)};
   int descriptor = -1;
 };
 
@@ -125,7 +126,8 @@ TEST_F(PosixTerminalCallsTest,
 
 TEST_F(PosixTerminalCallsTest, BetweenItsAttemptsTheOpenerPausesAsItWasToldTo) {
   std::vector<std::chrono::milliseconds> pauses;
-  PosixTerminalCalls pausing(log, [&](std::chrono::milliseconds duration) { pauses.push_back(duration); });
+  PosixTerminalCalls pausing(linesTo(log),
+                             [&](std::chrono::milliseconds duration) { pauses.push_back(duration); });
   terminalFaults().open = {EACCES, 3};
   const CallResult result = pausing.open(path());
   ASSERT_FALSE(result.failed());

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/TerminalCalls.h"
+#include "terminal/TerminalCalls.h"
 
 #include <cstdint>
 
@@ -22,9 +22,11 @@ struct LineSettings {
   bool shouldEchoReceivedData = false;
   std::uint64_t parity = SerialPortParityNone;
   FlowControl flowControl;
+  bool usesLowLatency = false;
 };
 
-/// Turns a terminal's settings into a raw 8-bit line with these settings, all but speed and flow control.
+/// Turns a terminal's settings into a raw 8-bit line with these settings, all but speed, flow control and low
+/// latency.
 /// A parity that is none of the three leaves the parity bits alone.
 void applyLineSettings(termios &attributes, const LineSettings &settings);
 
