@@ -51,6 +51,7 @@ Terminal::Failure Terminal::open(const std::string &path, unsigned long baudRate
 }
 
 Terminal::Failure Terminal::write(std::span<const std::byte> bytes) {
+  if (!isOpen()) return failed("write to", EBADF);
   const CallResult written = writeAll(bytes, [this](std::span<const std::byte> left) {
     return cancelled_ ? CallResult::failure(ECANCELED) : calls_.write(descriptor_, left);
   });

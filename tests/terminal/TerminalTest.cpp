@@ -220,6 +220,7 @@ TEST_F(TerminalTest, AClosedTerminalNeitherReadsNorWrites) {
   const auto failure = terminal.write(bytesOf("x"));
   ASSERT_TRUE(failure);
   EXPECT_EQ(failure->number, EBADF);
+  EXPECT_TRUE(calls.order().empty());
 }
 
 // ------------------------------------------------------------------------------------------------ the unplug

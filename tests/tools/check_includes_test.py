@@ -19,7 +19,8 @@ class CheckIncludesTest(unittest.TestCase):
         for header in QT_HEADERS:
             self.put(os.path.join(self.qt, header), "")
         for header in ("platform/Log.h", "platform/linux/StderrLog.h", "protocol/Function.h", "serial/SerialPort.h",
-                       "protocol/SharedState.h", "app/AppDelegate.h", "editor/Dial.h", "simulator/Servo.h", "posix/Files.h"):
+                       "protocol/SharedState.h", "app/AppDelegate.h", "editor/Dial.h", "simulator/Servo.h",
+                       "posix/Files.h", "terminal/Terminal.h"):
             self.put(os.path.join(self.root, "src", header), "#pragma once\n")
         self.put(os.path.join(self.root, "tests/support/FakeLog.h"), "#pragma once\n")
 
@@ -91,9 +92,20 @@ class CheckIncludesTest(unittest.TestCase):
     def test_files_know_nothing_of_qt(self):
         self.assert_bad("src/posix/Files.cpp", "#include <QString>\n", "QtCore")
 
-    def test_serial_may_use_the_record_of_line_settings_and_no_call(self):
-        self.assert_good("src/serial/SerialPort.cpp", "#include <termios.h>\n")
-        self.assert_bad("src/serial/SerialPort.cpp", "#include <unistd.h>\n", "system headers")
+    def test_terminals_know_the_system_and_nothing_of_qt(self):
+        self.assert_good("src/terminal/Terminal.cpp",
+                         '#include "posix/Files.h"\n#include <libudev.h>\n#include <termios.h>\n')
+        self.assert_bad("src/terminal/Terminal.cpp", "#include <QString>\n", "QtCore")
+        self.assert_bad("src/terminal/Terminal.cpp", '#include "platform/Log.h"\n', "may not use platform")
+
+    def test_serial_may_use_terminals_and_no_system_call(self):
+        self.assert_good("src/serial/SerialPort.cpp", '#include "terminal/Terminal.h"\n')
+        for header in ("unistd.h", "termios.h"):
+            self.assert_bad("src/serial/SerialPort.cpp", f"#include <{header}>\n", "system headers")
+
+    def test_the_doctor_may_use_the_record_of_line_settings_and_no_call(self):
+        self.assert_good("src/doctor/PortProbe.cpp", "#include <termios.h>\n")
+        self.assert_bad("src/doctor/PortProbe.cpp", "#include <unistd.h>\n", "system headers")
 
     def test_the_port_dialog_may_use_the_shared_state_and_nothing_else_of_the_protocol(self):
         self.assert_good("src/serial/config/Config.cpp", '#include "protocol/SharedState.h"\n#include <QWidget>\n')
