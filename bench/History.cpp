@@ -19,7 +19,7 @@ EntryLine entry(LineNumber number) {
           std::chrono::sys_seconds(std::chrono::seconds(1'772'600'767 + number)),
           Reason::BeforePlan,
           "usbserial-A10KX3M2",
-          "tavril 1.0.0",
+          "tavril 0.9.1",
           {1, 2, 0, 1, 70, 90, 140, 400, static_cast<int>(number % 1000), 0, 120, 100, 100, 100, -3}};
 }
 

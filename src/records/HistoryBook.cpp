@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <functional>
 #include <set>
 #include <utility>
 #include <variant>
@@ -73,7 +72,7 @@ void HistoryBook::takeLine(std::string_view text) {
     const LineNumber number = numberOf(*decoded.line);
     if (number > highest_) {
       highest_ = number;
-      std::visit([this](auto &&line) { keep(std::move(line)); }, std::move(*decoded.line));
+      std::visit([this](auto &line) { keep(std::move(line)); }, *decoded.line);
       return;
     }
     decoded.problem = LineProblem::Repeated;
@@ -88,12 +87,10 @@ void HistoryBook::keep(NameLine &&line) {
 void HistoryBook::keep(PlanEndLine &&line) {
   // The line with which it began may be among those that were skipped.
   // Most plans end before the next one begins.
-  for (auto plan = plans_.rbegin(); plan != plans_.rend(); ++plan) {
-    if (plan->begin.number == line.plan) {
-      plan->end = std::move(line);
-      return;
-    }
-  }
+  const auto plan = std::find_if(plans_.rbegin(), plans_.rend(), [&line](const PlanRecord &record) {
+    return record.begin.number == line.plan;
+  });
+  if (plan != plans_.rend()) plan->end = std::move(line);
 }
 
 const EntryLine *HistoryBook::find(LineNumber number) const {
@@ -149,10 +146,10 @@ bool HistoryBook::isFactory(const RawSettings &settings,
 std::vector<const EntryLine *> HistoryBook::newestOfEachName() const {
   std::vector<const EntryLine *> all;
   std::set<std::string> seen;
-  for (auto entry = entries_.rbegin(); entry != entries_.rend(); ++entry) {
-    const std::string name = nameOf(entry->number);
-    if (!name.empty() && seen.insert(name).second) all.push_back(&*entry);
-  }
+  std::for_each(entries_.rbegin(), entries_.rend(), [&](const EntryLine &entry) {
+    const std::string name = nameOf(entry.number);
+    if (!name.empty() && seen.insert(name).second) all.push_back(&entry);
+  });
   return all;
 }
 

@@ -27,7 +27,7 @@ inline RawSettings settingsWith(int number, int value) {
 inline constexpr std::chrono::sys_seconds someTime{std::chrono::seconds(1'772'600'767)};
 
 inline EntryLine entryWith(const RawSettings &settings, Reason why = Reason::ReadOut) {
-  return {0, someTime, why, "usbserial-A1", "tavril 1.0.0", settings};
+  return {0, someTime, why, "usbserial-A1", "tavril 0.9.1", settings};
 }
 
 inline LineNumber &numberOf(HistoryLine &line) {

@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -36,8 +37,8 @@ class HistoryBookTest : public testing::Test {
 };
 
 std::vector<LineNumber> numbersOf(const auto &lines) {
-  std::vector<LineNumber> all;
-  for (const auto *line : lines) all.push_back(line->number);
+  std::vector<LineNumber> all(lines.size());
+  std::ranges::transform(lines, all.begin(), [](const auto *line) { return line->number; });
   return all;
 }
 

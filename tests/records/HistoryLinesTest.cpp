@@ -19,13 +19,13 @@ struct Pair {
 /// One of each kind. The texts, and their checksums with another program's CRC-32, are written by hand.
 std::vector<Pair> examples() {
   return {
-      {EntryLine{3, someTime, Reason::BeforePlan, "usbserial-A1", "tavril 1.0.0", someSettings},
-       R"({"format":1,"kind":"entry","number":3,"time":"2026-03-04T05:06:07Z","why":"before-plan","port":"usbserial-A1","program":"tavril 1.0.0","settings":[1,2,0,1,70,90,140,400,440,0,120,100,100,100,-3],"crc":"61c785f2"})"},
+      {EntryLine{3, someTime, Reason::BeforePlan, "usbserial-A1", "tavril 0.9.1", someSettings},
+       R"({"format":1,"kind":"entry","number":3,"time":"2026-03-04T05:06:07Z","why":"before-plan","port":"usbserial-A1","program":"tavril 0.9.1","settings":[1,2,0,1,70,90,140,400,440,0,120,100,100,100,-3],"crc":"b38f9c26"})"},
       {NameLine{4, someTime + std::chrono::seconds(1), "linke Hüfte", {1, 3}},
        R"({"format":1,"kind":"name","number":4,"time":"2026-03-04T05:06:08Z","name":"linke Hüfte","entries":[1,3],"crc":"db77a11e"})"},
       {PlanBeginLine{5, std::chrono::sys_days(std::chrono::year(2024) / 3 / 1) - std::chrono::seconds(1),
-                     "usbserial-A1", "tavril 1.0.0", someSettings, settingsWith(9, 450)},
-       R"({"format":1,"kind":"plan-begin","number":5,"time":"2024-02-29T23:59:59Z","port":"usbserial-A1","program":"tavril 1.0.0","before":[1,2,0,1,70,90,140,400,440,0,120,100,100,100,-3],"after":[1,2,0,1,70,90,140,400,450,0,120,100,100,100,-3],"crc":"5e4536e2"})"},
+                     "usbserial-A1", "tavril 0.9.1", someSettings, settingsWith(9, 450)},
+       R"({"format":1,"kind":"plan-begin","number":5,"time":"2024-02-29T23:59:59Z","port":"usbserial-A1","program":"tavril 0.9.1","before":[1,2,0,1,70,90,140,400,440,0,120,100,100,100,-3],"after":[1,2,0,1,70,90,140,400,450,0,120,100,100,100,-3],"crc":"9415d0ba"})"},
       {PlanEndLine{6, {}, 5, PlanOutcome::RolledBack, "interrupted by \"Move\""},
        R"({"format":1,"kind":"plan-end","number":6,"time":"1970-01-01T00:00:00Z","plan":5,"outcome":"rolled-back","detail":"interrupted by \"Move\"","crc":"5f83df72"})"},
   };
