@@ -19,15 +19,15 @@ constexpr std::chrono::milliseconds settleTime{50};
 
 }  // namespace
 
-Examination::Examination(const Surroundings &surroundings, Request request)
-    : surroundings_(surroundings), request_(std::move(request)), probe_(surroundings.terminal) {}
+Examination::Examination(const Services &services, Request request)
+    : services_(services), request_(std::move(request)), probe_(services.terminal) {}
 
 std::vector<Result> Examination::run(const Listener &listener) {
-  const Patient patient = patientOf(request_.path, surroundings_.bus, surroundings_.nodes);
+  const ExaminedPort port = examinedPort(request_.path, services_.bus, services_.nodes);
   for (const CheckId check : allChecks) {
     if (isCancelled()) break;
     if (listener.began) listener.began(check);
-    const Result result = examine(check, patient);
+    const Result result = examine(check, port);
     if (isCancelled()) break;
     results_.push_back(result);
     if (listener.found) listener.found(result);
@@ -36,36 +36,36 @@ std::vector<Result> Examination::run(const Listener &listener) {
   return results_;
 }
 
-Result Examination::examine(CheckId check, const Patient &patient) {
+Result Examination::examine(CheckId check, const ExaminedPort &port) {
   switch (check) {
     case CheckId::UsbAdapter:
-      return checkUsbAdapter(patient);
+      return checkUsbAdapter(port);
     case CheckId::Driver:
-      return checkDriver(patient);
+      return checkDriver(port);
     case CheckId::Node:
-      return checkNode(patient);
+      return checkNode(port);
     case CheckId::Permission:
-      return checkPermission(patient);
+      return checkPermission(port);
     case CheckId::Holder:
-      return checkHolder(patient, {surroundings_.processes.holding(patient.node.path),
-                                   surroundings_.processes.own(), surroundings_.processes.seesAll()});
+      return checkHolder(port, {services_.processes.holding(port.node.path), services_.processes.own(),
+                                services_.processes.seesAll()});
     case CheckId::Daemons:
-      return checkDaemons(surroundings_.processes.named(troublesomeDaemons()));
+      return checkDaemons(services_.processes.named(troublesomeDaemons()));
     default:
       break;
   }
-  if (isOwnLink(patient)) return examineLink(check);
+  if (isOwnLink(port)) return examineLink(check);
   // A port that somebody else has open is not opened: that alone would restart the bridge under his hands.
   for (const CheckId needed : {CheckId::Node, CheckId::Permission, CheckId::Holder, CheckId::Opening,
                                CheckId::LineSettings, CheckId::Reply, CheckId::Frame}) {
     if (needed < check && hasFailed(needed)) return notLookedAt(check);
   }
-  if (!patient.node.exists) return notLookedAt(check);
-  return examinePort(check, patient);
+  if (!port.node.exists) return notLookedAt(check);
+  return examinePort(check, port);
 }
 
-Result Examination::examinePort(CheckId check, const Patient &patient) {
-  const QString &path = patient.node.path;
+Result Examination::examinePort(CheckId check, const ExaminedPort &port) {
+  const QString &path = port.node.path;
   switch (check) {
     case CheckId::Opening:
       return checkOpening(path, probe_.open(path));
@@ -129,9 +129,9 @@ bool Examination::hasFailed(CheckId check) const {
   });
 }
 
-bool Examination::isOwnLink(const Patient &patient) const {
-  return request_.link && patient.node.exists &&
-         surroundings_.nodes.look(request_.link->path).path == patient.node.path;
+bool Examination::isOwnLink(const ExaminedPort &port) const {
+  return request_.link && port.node.exists &&
+         services_.nodes.look(request_.link->path).path == port.node.path;
 }
 
 bool isHealthy(const std::vector<Result> &results) {

@@ -21,10 +21,10 @@ class UsbBus;
 
 namespace tavril::doctor {
 
-struct Patient;
+struct ExaminedPort;
 
-/// What the doctor looks at the machine through. Owns nothing.
-struct Surroundings {
+/// What the doctor uses to look at the machine.
+struct Services {
   const UsbBus &bus;
   const DeviceNodes &nodes;
   const Processes &processes;
@@ -55,7 +55,7 @@ struct Listener {
 /// thread; one examination runs once. cancel() may come from any thread, also before it runs.
 class Examination {
  public:
-  Examination(const Surroundings &surroundings, Request request);
+  Examination(const Services &services, Request request);
 
   /// All results, or those up to the cancellation.
   std::vector<Result> run(const Listener &listener = {});
@@ -63,14 +63,14 @@ class Examination {
   bool isCancelled() const { return probe_.isCancelled(); }
 
  private:
-  Result examine(CheckId check, const Patient &patient);
-  Result examinePort(CheckId check, const Patient &patient);
+  Result examine(CheckId check, const ExaminedPort &port);
+  Result examinePort(CheckId check, const ExaminedPort &port);
   Result examineLink(CheckId check) const;
   void ask();
   bool hasFailed(CheckId check) const;
-  bool isOwnLink(const Patient &patient) const;
+  bool isOwnLink(const ExaminedPort &port) const;
 
-  const Surroundings surroundings_;
+  const Services services_;
   const Request request_;
   PortProbe probe_;
   std::vector<Result> results_;

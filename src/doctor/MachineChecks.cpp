@@ -25,37 +25,37 @@ constexpr char16_t brailleDaemon[] = u"brltty";
 
 }  // namespace
 
-const UsbAdapter *Patient::adapter() const {
+const UsbAdapter *ExaminedPort::adapter() const {
   return found(adapters, [this](const UsbAdapter &adapter) {
     return !path.isEmpty() && (adapter.node == path || adapter.node == node.path);
   });
 }
 
-const UsbAdapter *Patient::withoutNode() const {
+const UsbAdapter *ExaminedPort::withoutNode() const {
   return found(adapters, [](const UsbAdapter &adapter) { return adapter.node.isEmpty(); });
 }
 
-const UsbAdapter *Patient::otherPort() const {
+const UsbAdapter *ExaminedPort::otherPort() const {
   return found(adapters, [this](const UsbAdapter &adapter) {
     return !adapter.node.isEmpty() && adapter.node != path && adapter.node != node.path;
   });
 }
 
-Patient patientOf(const QString &path, const UsbBus &bus, const DeviceNodes &nodes) {
-  Patient patient{path, bus.serialAdapters(), !path.isEmpty()};
-  if (!patient.isChosen) {
-    if (const UsbAdapter *first = patient.otherPort()) patient.path = first->node;
+ExaminedPort examinedPort(const QString &path, const UsbBus &bus, const DeviceNodes &nodes) {
+  ExaminedPort port{path, bus.serialAdapters(), !path.isEmpty()};
+  if (!port.isChosen) {
+    if (const UsbAdapter *first = port.otherPort()) port.path = first->node;
   }
-  if (!patient.path.isEmpty()) patient.node = nodes.look(patient.path);
-  return patient;
+  if (!port.path.isEmpty()) port.node = nodes.look(port.path);
+  return port;
 }
 
-Result checkUsbAdapter(const Patient &patient) {
+Result checkUsbAdapter(const ExaminedPort &port) {
   const CheckId check = CheckId::UsbAdapter;
-  if (patient.isOther()) return {check, State::Skipped, QStringLiteral("doctor_not_usb"), {patient.path}};
-  const UsbAdapter *adapter = patient.adapter();
-  if (!adapter) adapter = patient.withoutNode();
-  if (!adapter) adapter = patient.otherPort();
+  if (port.isOther()) return {check, State::Skipped, QStringLiteral("doctor_not_usb"), {port.path}};
+  const UsbAdapter *adapter = port.adapter();
+  if (!adapter) adapter = port.withoutNode();
+  if (!adapter) adapter = port.otherPort();
   if (adapter) return {check, State::Passed, QStringLiteral("doctor_usb_found"), {adapter->label()}};
   return {check,
           State::Failed,
@@ -65,12 +65,12 @@ Result checkUsbAdapter(const Patient &patient) {
           QStringLiteral("lsusb")};
 }
 
-Result checkDriver(const Patient &patient) {
+Result checkDriver(const ExaminedPort &port) {
   const CheckId check = CheckId::Driver;
-  if (patient.isOther()) return {check, State::Skipped, QStringLiteral("doctor_not_usb"), {patient.path}};
-  if (const UsbAdapter *adapter = patient.adapter())
+  if (port.isOther()) return {check, State::Skipped, QStringLiteral("doctor_not_usb"), {port.path}};
+  if (const UsbAdapter *adapter = port.adapter())
     return {check, State::Passed, QStringLiteral("doctor_driver_bound"), {adapter->driver}};
-  if (const UsbAdapter *bare = patient.withoutNode()) {
+  if (const UsbAdapter *bare = port.withoutNode()) {
     if (bare->driver == u"usbfs") {
       return {check,
               State::Failed,
@@ -89,28 +89,28 @@ Result checkDriver(const Patient &patient) {
     }
     return {check, State::Passed, QStringLiteral("doctor_driver_bound"), {bare->driver}};
   }
-  if (const UsbAdapter *other = patient.otherPort())
+  if (const UsbAdapter *other = port.otherPort())
     return {check, State::Passed, QStringLiteral("doctor_driver_bound"), {other->driver}};
   return notLookedAt(check);
 }
 
-Result checkNode(const Patient &patient) {
+Result checkNode(const ExaminedPort &port) {
   const CheckId check = CheckId::Node;
-  const UsbAdapter *other = patient.otherPort();
-  if (patient.path.isEmpty()) {
-    if (!patient.withoutNode()) return notLookedAt(check);
+  const UsbAdapter *other = port.otherPort();
+  if (port.path.isEmpty()) {
+    if (!port.withoutNode()) return notLookedAt(check);
     return {check,
             State::Failed,
             QStringLiteral("doctor_node_missing"),
             {},
             QStringLiteral("doctor_advice_replug")};
   }
-  if (!patient.node.exists) {
+  if (!port.node.exists) {
     if (other) {
       return {check,
               State::Failed,
               QStringLiteral("doctor_node_moved"),
-              {patient.path, other->node, other->label()},
+              {port.path, other->node, other->label()},
               QStringLiteral("doctor_advice_moved"),
               QStringLiteral("tavrilctl doctor --port ") +
                   shellWord(other->lastingName.isEmpty() ? other->node : other->lastingName)};
@@ -118,35 +118,34 @@ Result checkNode(const Patient &patient) {
     return {check,
             State::Failed,
             QStringLiteral("doctor_node_none"),
-            {patient.path},
+            {port.path},
             QStringLiteral("doctor_advice_replug")};
   }
-  if (!patient.node.isCharacterDevice) {
+  if (!port.node.isCharacterDevice) {
     return {check,
             State::Failed,
             QStringLiteral("doctor_node_no_terminal"),
-            {patient.path},
+            {port.path},
             QStringLiteral("doctor_advice_choose_port"),
             QStringLiteral("tavrilctl ports")};
   }
-  if (!patient.isChosen && other) {
+  if (!port.isChosen && other) {
     return {check,
             State::Warning,
             QStringLiteral("doctor_node_several"),
-            {patient.path, other->node, other->label()},
+            {port.path, other->node, other->label()},
             QStringLiteral("doctor_advice_moved"),
             QStringLiteral("tavrilctl doctor --port ") + shellWord(other->node)};
   }
-  const UsbAdapter *adapter = patient.adapter();
+  const UsbAdapter *adapter = port.adapter();
   if (adapter && !adapter->lastingName.isEmpty())
-    return {
-        check, State::Passed, QStringLiteral("doctor_node_lasting"), {patient.path, adapter->lastingName}};
-  return {check, State::Passed, QStringLiteral("doctor_node_found"), {patient.path}};
+    return {check, State::Passed, QStringLiteral("doctor_node_lasting"), {port.path, adapter->lastingName}};
+  return {check, State::Passed, QStringLiteral("doctor_node_found"), {port.path}};
 }
 
-Result checkPermission(const Patient &patient) {
+Result checkPermission(const ExaminedPort &port) {
   const CheckId check = CheckId::Permission;
-  const DeviceNode &node = patient.node;
+  const DeviceNode &node = port.node;
   if (!node.exists || !node.isCharacterDevice) return notLookedAt(check);
   if (node.mayUse) {
     if (node.byAccessList)
@@ -179,9 +178,9 @@ Result checkPermission(const Patient &patient) {
           QStringLiteral("sudo usermod -aG %1 %2").arg(shellWord(node.group), shellWord(node.user))};
 }
 
-Result checkHolder(const Patient &patient, const Holders &holders) {
+Result checkHolder(const ExaminedPort &port, const Holders &holders) {
   const CheckId check = CheckId::Holder;
-  if (!patient.node.exists) return notLookedAt(check);
+  if (!port.node.exists) return notLookedAt(check);
   std::vector<RunningProcess> others;
   std::ranges::copy_if(holders.all, std::back_inserter(others),
                        [&](const RunningProcess &process) { return process.id != holders.own; });
@@ -191,20 +190,19 @@ Result checkHolder(const Patient &patient, const Holders &holders) {
     return {check,
             State::Failed,
             QStringLiteral("doctor_holder"),
-            {patient.node.path, labels(others)},
+            {port.node.path, labels(others)},
             QStringLiteral("doctor_advice_end_program"),
             QStringLiteral("kill ") + ids.join(u' ')};
   }
   if (others.size() != holders.all.size())
-    return {check, State::Passed, QStringLiteral("doctor_holder_own"), {patient.node.path}};
-  if (holders.seesAll)
-    return {check, State::Passed, QStringLiteral("doctor_holder_none"), {patient.node.path}};
+    return {check, State::Passed, QStringLiteral("doctor_holder_own"), {port.node.path}};
+  if (holders.seesAll) return {check, State::Passed, QStringLiteral("doctor_holder_none"), {port.node.path}};
   return {check,
           State::Passed,
           QStringLiteral("doctor_holder_unseen"),
-          {patient.node.path},
+          {port.node.path},
           {},
-          QStringLiteral("sudo fuser -v ") + shellWord(patient.node.path)};
+          QStringLiteral("sudo fuser -v ") + shellWord(port.node.path)};
 }
 
 QStringList troublesomeDaemons() {

@@ -13,7 +13,7 @@
 namespace tavril::doctor {
 
 /// Which port the examination is about, and what the bus has to say of it.
-struct Patient {
+struct ExaminedPort {
   QString path;                      ///< empty when there is no port at all
   std::vector<UsbAdapter> adapters;  ///< all that are plugged in
   bool isChosen = false;             ///< the user named the port
@@ -29,14 +29,14 @@ struct Patient {
   bool isOther() const { return isChosen && node.exists && !adapter(); }
 };
 
-/// The patient of this name, or the first port on the bus without one.
-Patient patientOf(const QString &path, const UsbBus &bus, const DeviceNodes &nodes);
+/// The port of this name, or the first port on the bus without one.
+ExaminedPort examinedPort(const QString &path, const UsbBus &bus, const DeviceNodes &nodes);
 
 // The checks that need no port to be opened. Pure.
-Result checkUsbAdapter(const Patient &patient);
-Result checkDriver(const Patient &patient);
-Result checkNode(const Patient &patient);
-Result checkPermission(const Patient &patient);
+Result checkUsbAdapter(const ExaminedPort &port);
+Result checkDriver(const ExaminedPort &port);
+Result checkNode(const ExaminedPort &port);
+Result checkPermission(const ExaminedPort &port);
 
 /// What is known of the programs that have the port open.
 struct Holders {
@@ -44,7 +44,7 @@ struct Holders {
   int own = 0;           ///< the number of this program
   bool seesAll = false;  ///< those of other users too
 };
-Result checkHolder(const Patient &patient, const Holders &holders);
+Result checkHolder(const ExaminedPort &port, const Holders &holders);
 /// `running`: those daemons that run, of those named below.
 Result checkDaemons(const std::vector<RunningProcess> &running);
 QStringList troublesomeDaemons();

@@ -28,12 +28,12 @@ void LineSession::end() {
   wake_.wake();
 }
 
-std::shared_ptr<void> LineSession::takePlace(std::chrono::milliseconds patience) {
+BackpressureSlot LineSession::takeBackpressureSlot(std::chrono::milliseconds patience) {
   // A timed attempt gives the processor away even when there is no time to wait for.
-  const bool taken = patience.count() > 0 ? places_->try_acquire_for(patience) : places_->try_acquire();
+  const bool taken = patience.count() > 0 ? slots_->try_acquire_for(patience) : slots_->try_acquire();
   if (!taken) return nullptr;
-  // Holds the places and not the session: what waits to be told may outlive it.
-  return {this, [places = places_](const void *) { places->release(); }};
+  // Holds the semaphore, not the session, because a slot may outlive the session.
+  return {this, [slots = slots_](const void *) { slots->release(); }};
 }
 
 void LineSession::pause(std::chrono::milliseconds duration) {

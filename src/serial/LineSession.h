@@ -13,6 +13,10 @@ namespace tavril {
 
 class RepeatingWork;
 
+/// The right to bring one thing to the main thread. It is free again when the last copy has gone, which is
+/// when the thing has been told, or dropped.
+using BackpressureSlot = std::shared_ptr<void>;
+
 /// One opening of a port, from open to close: what its read loop and pin poller go by. A port that is closed
 /// and opened again has a new session, so that loops of the old one end and cannot touch the new descriptor.
 /// Thread-safe.
@@ -36,22 +40,20 @@ class LineSession {
   /// True for the first of those who tell that the device of this opening is gone.
   bool claimRemoval() { return !removalClaimed_.exchange(true); }
 
-  /// Whoever has something for the main thread takes a place first and gives it along: it is free again when
-  /// that has been told, or dropped. So a main thread that is busy, or held by an alert, finds no more than
-  /// `mostUntold` things waiting, and what else the device sends stays in the kernel. Nothing when no place
-  /// became free in time.
-  std::shared_ptr<void> takePlace(std::chrono::milliseconds patience);
-  static constexpr int mostUntold = 256;
+  /// Takes one of the slots, or nothing if none became free in time. With all of them taken, further input of
+  /// the device stays in the kernel, so that not more than this waits for a busy main thread.
+  BackpressureSlot takeBackpressureSlot(std::chrono::milliseconds patience);
+  static constexpr int backpressureSlots = 256;
 
   /// Blocks until the session ends or the time is over.
   void pause(std::chrono::milliseconds duration);
 
  private:
-  using Places = std::counting_semaphore<mostUntold>;
+  using Slots = std::counting_semaphore<backpressureSlots>;
 
   const int descriptor_;
   const WakeDescriptor wake_;
-  const std::shared_ptr<Places> places_ = std::make_shared<Places>(mostUntold);
+  const std::shared_ptr<Slots> slots_ = std::make_shared<Slots>(backpressureSlots);
   std::mutex mutex_;
   std::shared_ptr<RepeatingWork> pinPollTimer_;
   std::condition_variable endedCondition_;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "serial/LineSession.h"
 #include "terminal/TerminalCalls.h"
 
 #include <QByteArray>
@@ -11,8 +12,6 @@
 #include <mutex>
 
 namespace tavril {
-
-class LineSession;
 
 /// A counting semaphore that asks the kernel for nothing as long as nobody has to wait, which the standard
 /// library's does at each release. Thread-safe.
@@ -55,11 +54,11 @@ class PortLine {
   virtual CallResult withDescriptor(const std::function<CallResult(int)> &call) const = 0;
   /// Held while somebody waits for input, and while the port is closed.
   virtual Semaphore &selectSemaphore() = 0;
-  /// `place` is kept until the bytes have been told, or dropped.
-  virtual void receiveData(const QByteArray &bytes, const std::shared_ptr<void> &place) = 0;
+  /// `slot` is kept until the delegate has been told of the bytes, or they have been dropped.
+  virtual void receiveData(const QByteArray &bytes, const BackpressureSlot &slot) = 0;
   virtual void showPins(int pins) = 0;
   virtual void notifyDelegateOfPosixError(int error, bool waitUntilDone = false,
-                                          const std::shared_ptr<void> &place = nullptr) = 0;
+                                          const BackpressureSlot &slot = nullptr) = 0;
   /// Tells the delegate, waiting until it has heard, unless somebody has told it already or the port was
   /// opened anew; and closes the port unless the session has ended by then.
   virtual void deviceHasGone(const std::shared_ptr<LineSession> &session) = 0;

@@ -46,20 +46,20 @@ void ReadLoop::run() {
 /// come for a while: the line is hung up (which counts as readable for ever) or the wait itself fails, and
 /// the loop must not spin.
 bool ReadLoop::readOnce(PortLine &line) {
-  const auto place = session_->takePlace(inputTimeout);
-  if (!place) return true;
-  if (deliverNext(line, place)) return true;
+  const auto slot = session_->takeBackpressureSlot(inputTimeout);
+  if (!slot) return true;
+  if (deliverNext(line, slot)) return true;
 
   const CallResult ready = waitForInput(line);
   if (session_->hasEnded()) return true;
   if (ready.failed()) {
-    line.notifyDelegateOfPosixError(ready.error, false, place);
+    line.notifyDelegateOfPosixError(ready.error, false, slot);
     return false;
   }
   if (ready.value == 0) {
     // Only now: what has come by the end of the time counts, even if this thread had no time to read it.
     const bool isOver = assembler_.isWaiting() && assembler_.timeLeft(Clock::now()).count() == 0;
-    if (isOver && !session_->isClosing()) deliverFirstRead(line, place);
+    if (isOver && !session_->isClosing()) deliverFirstRead(line, slot);
     return true;
   }
 
@@ -72,11 +72,11 @@ bool ReadLoop::readOnce(PortLine &line) {
   if (got.value <= 0) {  // Kept: C54.
     // The rest will not come from a line like this. What else is held comes out in the next rounds.
     if (!assembler_.isWaiting() || session_->isClosing()) return false;
-    deliverFirstRead(line, place);
+    deliverFirstRead(line, slot);
     return true;
   }
   assembler_.add(std::span(buffer).first(static_cast<std::size_t>(got.value)), Clock::now());
-  deliverNext(line, place);
+  deliverNext(line, slot);
   return true;
 }
 
@@ -91,23 +91,23 @@ CallResult ReadLoop::waitForInput(PortLine &line) const {
   return ready;
 }
 
-bool ReadLoop::deliverNext(PortLine &line, const std::shared_ptr<void> &place) {
+bool ReadLoop::deliverNext(PortLine &line, const BackpressureSlot &slot) {
   if (!assembler_.isWaiting()) return false;
   const auto came = assembler_.firstCame();
   const auto delivery = assembler_.next();
-  if (delivery) deliver(line, *delivery, came, place);
+  if (delivery) deliver(line, *delivery, came, slot);
   return delivery.has_value();
 }
 
-void ReadLoop::deliverFirstRead(PortLine &line, const std::shared_ptr<void> &place) {
+void ReadLoop::deliverFirstRead(PortLine &line, const BackpressureSlot &slot) {
   const auto came = assembler_.firstCame();
-  deliver(line, assembler_.takeFirstRead(), came, place);
+  deliver(line, assembler_.takeFirstRead(), came, slot);
 }
 
 void ReadLoop::deliver(PortLine &line, const QByteArray &delivery, DeliveryAssembler::Time came,
-                       const std::shared_ptr<void> &place) {
+                       const BackpressureSlot &slot) {
   if (rule_ && rule_->take && rule_->take(delivery, came)) return;
-  line.receiveData(delivery, place);
+  line.receiveData(delivery, slot);
 }
 
 }  // namespace tavril

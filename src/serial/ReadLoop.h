@@ -1,6 +1,7 @@
 #pragma once
 
 #include "serial/DeliveryAssembler.h"
+#include "serial/LineSession.h"
 #include "terminal/TerminalCalls.h"
 
 #include <QByteArray>
@@ -9,7 +10,6 @@
 
 namespace tavril {
 
-class LineSession;
 class PortLine;
 struct DeliveryRule;
 
@@ -28,10 +28,10 @@ class ReadLoop {
  private:
   bool readOnce(PortLine &line);
   CallResult waitForInput(PortLine &line) const;
-  bool deliverNext(PortLine &line, const std::shared_ptr<void> &place);
-  void deliverFirstRead(PortLine &line, const std::shared_ptr<void> &place);
+  bool deliverNext(PortLine &line, const BackpressureSlot &slot);
+  void deliverFirstRead(PortLine &line, const BackpressureSlot &slot);
   void deliver(PortLine &line, const QByteArray &delivery, DeliveryAssembler::Time came,
-               const std::shared_ptr<void> &place);
+               const BackpressureSlot &slot);
 
   TerminalCalls &calls_;
   std::weak_ptr<PortLine> line_;

@@ -31,8 +31,8 @@ void pollPins(TerminalCalls &calls, const std::weak_ptr<PortLine> &watched,
               const std::shared_ptr<LineSession> &session) {
   const auto line = watched.lock();
   if (!line) return;
-  const auto place = session->takePlace({});
-  if (!place) return;
+  const auto slot = session->takeBackpressureSlot({});
+  if (!slot) return;
   int pins = 0;
   const CallResult read = line->withDescriptor([&](int descriptor) {
     return session->hasEnded() ? CallResult::failure(EBADF) : calls.pins(descriptor, pins);
@@ -43,7 +43,7 @@ void pollPins(TerminalCalls &calls, const std::weak_ptr<PortLine> &watched,
     return;
   }
   const bool isGone = read.error == ENXIO;
-  line->notifyDelegateOfPosixError(read.error, isGone, place);
+  line->notifyDelegateOfPosixError(read.error, isGone, slot);
   if (isGone) line->deviceHasGone(session);
 }
 
@@ -362,10 +362,10 @@ bool SerialPort::sendData(const QByteArray &bytes) {
   return !written.failed();
 }
 
-void SerialPort::receiveData(const QByteArray &bytes, const std::shared_ptr<void> &place) {
+void SerialPort::receiveData(const QByteArray &bytes, const BackpressureSlot &slot) {
   if (whoHears(SerialPortCallback::DidReceiveData)) {
     // Bytes that wait to be told do not keep a port alive: under steady traffic it would otherwise never go.
-    environment_.mainQueue.async([weak = weak_from_this(), bytes, place] {
+    environment_.mainQueue.async([weak = weak_from_this(), bytes, slot] {
       const Ptr self = weak.lock();
       const auto delegate = self ? self->whoHears(SerialPortCallback::DidReceiveData) : nullptr;
       if (delegate) delegate->didReceiveData(self, bytes);
@@ -409,10 +409,9 @@ void SerialPort::changed(const QString &key, const Change &change) {
   }
 }
 
-void SerialPort::notifyDelegateOfPosixError(int error, bool waitUntilDone,
-                                            const std::shared_ptr<void> &place) {
+void SerialPort::notifyDelegateOfPosixError(int error, bool waitUntilDone, const BackpressureSlot &slot) {
   if (!whoHears(SerialPortCallback::DidEncounterError)) return;
-  const auto tell = [self = shared_from_this(), failure = portError(error, path()), place] {
+  const auto tell = [self = shared_from_this(), failure = portError(error, path()), slot] {
     if (const auto delegate = self->whoHears(SerialPortCallback::DidEncounterError)) {
       delegate->didEncounterError(self, failure);
     }

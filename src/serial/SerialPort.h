@@ -110,9 +110,9 @@ class SerialPort final : public PortIdentity,
  private:
   CallResult withDescriptor(const std::function<CallResult(int)> &call) const override;
   Semaphore &selectSemaphore() override { return selectSemaphore_; }
-  void receiveData(const QByteArray &bytes, const std::shared_ptr<void> &place) override;
+  void receiveData(const QByteArray &bytes, const BackpressureSlot &slot) override;
   void notifyDelegateOfPosixError(int error, bool waitUntilDone = false,
-                                  const std::shared_ptr<void> &place = nullptr) override;
+                                  const BackpressureSlot &slot = nullptr) override;
   void deviceHasGone(const std::shared_ptr<LineSession> &session) override;
   void whileClosed(const std::function<void()> &change) override;
   void pinChanged(const QString &key) override { changed(key); }

@@ -14,7 +14,7 @@
 namespace tavril {
 namespace {
 
-constexpr std::size_t mostUntold = LineSession::mostUntold;
+constexpr std::size_t backpressureSlots = LineSession::backpressureSlots;
 
 /// 8 MiB in which every place can be told from its neighbours.
 QByteArray flood() {
@@ -45,10 +45,10 @@ TEST(SerialPortBackPressure, BytesThatComeWhileTheMainThreadIsHeldWaitInTheKerne
   bool heldBack = false;
   while (!heldBack && sent < bytes.size()) {
     if (send()) continue;
-    heldBack = ::poll(&writable, 1, 300) == 0 && bench.mainQueue.pending() > mostUntold;
+    heldBack = ::poll(&writable, 1, 300) == 0 && bench.mainQueue.pending() > backpressureSlots;
   }
   EXPECT_TRUE(heldBack) << "nothing has held the device back";
-  EXPECT_EQ(bench.mainQueue.pending(), mostUntold + 1) << "the reads, and the opening";
+  EXPECT_EQ(bench.mainQueue.pending(), backpressureSlots + 1) << "the reads, and the opening";
 
   ::fcntl(pty.master(), F_SETFL, 0);
   std::thread device([&] {
@@ -96,14 +96,14 @@ TEST_F(BackPressureOnBench, AFailingPollIsToldEachTimeButDoesNotFillAMainQueueTh
 
   const int polls = bench.terminal.count(Call::Pins);
   tick(5000);
-  EXPECT_EQ(bench.mainQueue.pending(), mostUntold);
-  EXPECT_EQ(bench.terminal.count(Call::Pins) - polls, static_cast<int>(mostUntold))
+  EXPECT_EQ(bench.mainQueue.pending(), backpressureSlots);
+  EXPECT_EQ(bench.terminal.count(Call::Pins) - polls, static_cast<int>(backpressureSlots))
       << "what could not be told is not even asked";
   bench.mainQueue.runAll();
-  EXPECT_EQ(delegate->events.count("error 22"), static_cast<int>(mostUntold) + 2);
+  EXPECT_EQ(delegate->events.count("error 22"), static_cast<int>(backpressureSlots) + 2);
   tick(1);
   bench.mainQueue.runAll();
-  EXPECT_EQ(delegate->events.count("error 22"), static_cast<int>(mostUntold) + 3);
+  EXPECT_EQ(delegate->events.count("error 22"), static_cast<int>(backpressureSlots) + 3);
 }
 
 TEST_F(BackPressureOnBench, EachOpeningHasPlacesOfItsOwn) {
@@ -113,7 +113,7 @@ TEST_F(BackPressureOnBench, EachOpeningHasPlacesOfItsOwn) {
   ASSERT_TRUE(port->open());
   bench.terminal.fail(Call::Pins, EINVAL);
   tick(1);
-  EXPECT_EQ(bench.mainQueue.pending(), mostUntold + 2) << "the opening, and another error";
+  EXPECT_EQ(bench.mainQueue.pending(), backpressureSlots + 2) << "the opening, and another error";
 }
 
 }  // namespace

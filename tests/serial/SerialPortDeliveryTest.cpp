@@ -148,8 +148,8 @@ TEST_F(SerialPortDelivery, EachPartOfAReadTakesAPlaceOfItsOwnInTheMainQueue) {
   port->setDeliveryRule(waiting(1h));
   ASSERT_TRUE(port->open());
   pty.write(QByteArray(1000, 'a'));
-  ASSERT_TRUE(waitFor([&] { return bench.mainQueue.pending() > LineSession::mostUntold; }));
-  EXPECT_EQ(bench.mainQueue.pending(), LineSession::mostUntold + 1) << "the parts, and the opening";
+  ASSERT_TRUE(waitFor([&] { return bench.mainQueue.pending() > LineSession::backpressureSlots; }));
+  EXPECT_EQ(bench.mainQueue.pending(), LineSession::backpressureSlots + 1) << "the parts, and the opening";
   ASSERT_TRUE(hasDelivered(1000));
   EXPECT_EQ(delegate->deliveries, Deliveries(1000, "a"));
 }
@@ -158,10 +158,10 @@ TEST_F(SerialPortDelivery, ABeginningThatHadToWaitForAPlaceStillGetsItsRest) {
   port->setDeliveryRule(waiting(1ms));
   ASSERT_TRUE(port->open());
   // The read loop has no place for the beginning until the main queue runs, and by then its time is over.
-  pty.write(QByteArray(LineSession::mostUntold, 'a') + "c1");
-  ASSERT_TRUE(waitFor([&] { return bench.mainQueue.pending() > LineSession::mostUntold; }));
+  pty.write(QByteArray(LineSession::backpressureSlots, 'a') + "c1");
+  ASSERT_TRUE(waitFor([&] { return bench.mainQueue.pending() > LineSession::backpressureSlots; }));
   pty.write("2");
-  ASSERT_TRUE(hasDelivered(LineSession::mostUntold + 1));
+  ASSERT_TRUE(hasDelivered(LineSession::backpressureSlots + 1));
   EXPECT_EQ(delegate->deliveries.back(), "c12") << "it was there, only not read yet";
 }
 

@@ -47,11 +47,11 @@ QPushButton *button(const char *name, QWidget *parent) {
 
 }  // namespace
 
-DoctorWindow::DoctorWindow(const Desktop &desktop, const doctor::Surroundings &surroundings,
-                           Background &background, MakeRequest makeRequest, QWidget *parent)
+DoctorWindow::DoctorWindow(const Desktop &desktop, const doctor::Services &services, Background &background,
+                           MakeRequest makeRequest, QWidget *parent)
     : SideWindow(desktop.strings, desktop.notifications, parent, Qt::Window),
       desktop_(desktop),
-      surroundings_(surroundings),
+      services_(services),
       background_(background),
       makeRequest_(std::move(makeRequest)),
       intro_(label("intro", this)),
@@ -66,10 +66,10 @@ DoctorWindow::DoctorWindow(const Desktop &desktop, const doctor::Surroundings &s
   setTexts();
 }
 
-void DoctorWindow::open(QWidget &parent, const Desktop &desktop, const doctor::Surroundings &surroundings,
+void DoctorWindow::open(QWidget &parent, const Desktop &desktop, const doctor::Services &services,
                         Background &background, const MakeRequest &makeRequest) {
   auto *window = openOnce<DoctorWindow>(parent, [&] {
-    auto *made = new DoctorWindow(desktop, surroundings, background, makeRequest, &parent);
+    auto *made = new DoctorWindow(desktop, services, background, makeRequest, &parent);
     made->resize(doctorSize.boundedTo(parent.screen()->availableSize()));
     return made;
   });
@@ -124,35 +124,34 @@ void DoctorWindow::build() {
 }
 
 void DoctorWindow::begin() {
-  consultation_.reset();
+  run_.reset();
   isDone_ = false;
   for (const auto &[check, shown] : rows_) shown->clear();
   again_->setEnabled(false);
   setTexts();
-  consultation_ =
-      std::make_unique<doctor::Consultation>(surroundings_, makeRequest_(), background_, desktop_.mainQueue,
-                                             doctor::Listener{[this](doctor::CheckId check) {
-                                                                row(check).setRunning();
-                                                                row(check).setTexts(strings_);
-                                                              },
-                                                              [this](const doctor::Result &result) {
-                                                                row(result.check).setResult(result);
-                                                                row(result.check).setTexts(strings_);
-                                                              }},
-                                             [this] {
-                                               isDone_ = true;
-                                               again_->setEnabled(true);
-                                               showOutcome();
-                                             });
+  run_ = std::make_unique<doctor::DiagnosisRun>(services_, makeRequest_(), background_, desktop_.mainQueue,
+                                                doctor::Listener{[this](doctor::CheckId check) {
+                                                                   row(check).setRunning();
+                                                                   row(check).setTexts(strings_);
+                                                                 },
+                                                                 [this](const doctor::Result &result) {
+                                                                   row(result.check).setResult(result);
+                                                                   row(result.check).setTexts(strings_);
+                                                                 }},
+                                                [this] {
+                                                  isDone_ = true;
+                                                  again_->setEnabled(true);
+                                                  showOutcome();
+                                                });
 }
 
 bool DoctorWindow::isAtWork() const {
-  return consultation_ && !isDone_;
+  return run_ && !isDone_;
 }
 
 void DoctorWindow::stop() {
   if (!isAtWork()) return;
-  consultation_.reset();
+  run_.reset();
   for (const auto &[check, shown] : rows_) {
     if (!shown->result()) shown->clear();
   }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "doctor/Consultation.h"
+#include "doctor/DiagnosisRun.h"
 #include "look/SideWindow.h"
 
 #include <QEvent>
@@ -33,11 +33,11 @@ class DoctorWindow final : public SideWindow<QWidget> {
   /// Returns what to examine. Called before each run.
   using MakeRequest = std::function<doctor::Request()>;
 
-  DoctorWindow(const Desktop &desktop, const doctor::Surroundings &surroundings, Background &background,
+  DoctorWindow(const Desktop &desktop, const doctor::Services &services, Background &background,
                MakeRequest makeRequest, QWidget *parent = nullptr);
 
   /// Opens the window, of which the parent has at most one, and begins the checks unless they run already.
-  static void open(QWidget &parent, const Desktop &desktop, const doctor::Surroundings &surroundings,
+  static void open(QWidget &parent, const Desktop &desktop, const doctor::Services &services,
                    Background &background, const MakeRequest &makeRequest);
   /// What to examine in the editor: the port that the link has open, or would open.
   static doctor::Request requestFor(const AppDelegate &link, std::chrono::milliseconds bootWait);
@@ -59,7 +59,7 @@ class DoctorWindow final : public SideWindow<QWidget> {
   DoctorRow &row(doctor::CheckId check) { return *rows_.at(check); }
 
   const Desktop &desktop_;
-  const doctor::Surroundings surroundings_;
+  const doctor::Services services_;
   Background &background_;
   const MakeRequest makeRequest_;
   std::map<doctor::CheckId, DoctorRow *> rows_;
@@ -69,7 +69,7 @@ class DoctorWindow final : public SideWindow<QWidget> {
   QPushButton *again_;
   QPushButton *close_;
   bool isDone_ = false;
-  std::unique_ptr<doctor::Consultation> consultation_;
+  std::unique_ptr<doctor::DiagnosisRun> run_;
 };
 
 }  // namespace tavril

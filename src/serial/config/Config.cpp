@@ -131,13 +131,13 @@ void Config::cancel() {
 
 QString Config::detailsOf(int index) const {
   const auto place = static_cast<std::size_t>(index);
-  return place < sights_.size() ? sights_[place].details(desktop_.strings) : QString();
+  return place < statuses_.size() ? statuses_[place].details(desktop_.strings) : QString();
 }
 
 void Config::lookAtPorts() {
-  sights_.clear();
+  statuses_.clear();
   for (const auto &port : state_.allSerialPortsInfo)
-    sights_.push_back(PortSight::of(*port, serial_, nodes_, processes_));
+    statuses_.push_back(PortStatus::of(*port, serial_, nodes_, processes_));
 }
 
 /// Shows what is known about the current port, and which port will be opened.
@@ -145,11 +145,11 @@ void Config::showSights() {
   const QString details = detailsOf(ui_->portCombo->currentIndex());
   ui_->details->setText(details);
   ui_->portCombo->setAccessibleDescription(details);
-  if (sights_.empty()) {
+  if (statuses_.empty()) {
     ui_->first->setText(desktop_.strings.text(u"port_none"));
     return;
   }
-  const PortSight &first = sights_.front();
+  const PortStatus &first = statuses_.front();
   ui_->first->setText(desktop_.strings.text(u"port_first")
                           .replace(QStringLiteral("%@"), first.name + QStringLiteral(" (") +
                                                              first.stateText(desktop_.strings) + u')'));

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "serial/config/PortSight.h"
+#include "serial/config/PortStatus.h"
 
 #include <QDialog>
 #include <QString>
@@ -62,7 +62,7 @@ class Config final : public QDialog {
   const SerialEnvironment &serial_;
   const DeviceNodes &nodes_;
   const Processes &processes_;
-  std::vector<PortSight> sights_;  ///< of the listed ports, in their order
+  std::vector<PortStatus> statuses_;  ///< of the listed ports, in their order
   std::unique_ptr<Ui::PortDialog> ui_;
   PortListModel *model_ = nullptr;
 };

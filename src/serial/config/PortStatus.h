@@ -12,7 +12,7 @@ class StringTable;
 struct SerialEnvironment;
 
 /// What can be found out about a listed port without opening it: its device, and whether it can be opened.
-struct PortSight {
+struct PortStatus {
   enum class State { Ready, Open, Gone, Denied, InUse };
 
   State state = State::Ready;
@@ -22,8 +22,8 @@ struct PortSight {
   QString serialNumber;  ///< likewise
   QString holder;        ///< who uses it, "minicom (1234)"
 
-  static PortSight of(const SerialPort &port, const SerialEnvironment &serial, const DeviceNodes &nodes,
-                      const Processes &processes);
+  static PortStatus of(const SerialPort &port, const SerialEnvironment &serial, const DeviceNodes &nodes,
+                       const Processes &processes);
   /// "can be opened"
   QString stateText(const StringTable &strings) const;
   /// Everything but the name, separated by dots.

@@ -1,4 +1,4 @@
-#include "serial/config/PortSight.h"
+#include "serial/config/PortStatus.h"
 
 #include "platform/DeviceNodes.h"
 #include "platform/DeviceRegistry.h"
@@ -10,41 +10,41 @@
 
 namespace tavril {
 
-PortSight PortSight::of(const SerialPort &port, const SerialEnvironment &serial, const DeviceNodes &nodes,
-                        const Processes &processes) {
+PortStatus PortStatus::of(const SerialPort &port, const SerialEnvironment &serial, const DeviceNodes &nodes,
+                          const Processes &processes) {
   const auto property = [&](const char16_t *key) {
     return SerialPort::stringPropertyOf(serial, port.IOKitDevice(), QString::fromUtf16(key));
   };
-  PortSight sight;
-  sight.name = port.name();
-  sight.path = port.path();
-  sight.product = property(DeviceKey::product);
-  sight.serialNumber = property(DeviceKey::serialNumber);
+  PortStatus status;
+  status.name = port.name();
+  status.path = port.path();
+  status.product = property(DeviceKey::product);
+  status.serialNumber = property(DeviceKey::serialNumber);
   if (port.isOpen()) {
-    sight.state = State::Open;
-    return sight;
+    status.state = State::Open;
+    return status;
   }
-  const DeviceNode node = nodes.look(sight.path);
+  const DeviceNode node = nodes.look(status.path);
   if (!node.exists) {
-    sight.state = State::Gone;
-    return sight;
+    status.state = State::Gone;
+    return status;
   }
   if (!node.mayUse) {
-    sight.state = State::Denied;
-    return sight;
+    status.state = State::Denied;
+    return status;
   }
   QStringList holders;
-  for (const RunningProcess &process : processes.holding(sight.path)) {
+  for (const RunningProcess &process : processes.holding(status.path)) {
     if (process.id != processes.own()) holders.append(process.label());
   }
   if (!holders.isEmpty()) {
-    sight.state = State::InUse;
-    sight.holder = holders.join(QStringLiteral(", "));
+    status.state = State::InUse;
+    status.holder = holders.join(QStringLiteral(", "));
   }
-  return sight;
+  return status;
 }
 
-QString PortSight::stateText(const StringTable &strings) const {
+QString PortStatus::stateText(const StringTable &strings) const {
   switch (state) {
     case State::Open:
       return strings.text(u"port_open");
@@ -60,7 +60,7 @@ QString PortSight::stateText(const StringTable &strings) const {
   return strings.text(u"port_ready");
 }
 
-QString PortSight::details(const StringTable &strings) const {
+QString PortStatus::details(const StringTable &strings) const {
   QStringList parts{product, serialNumber, path, stateText(strings)};
   parts.removeAll(QString());
   return parts.join(QStringLiteral(" · "));

@@ -1,4 +1,4 @@
-#include "doctor/Consultation.h"
+#include "doctor/DiagnosisRun.h"
 
 #include "platform/Background.h"
 #include "platform/MainQueue.h"
@@ -8,8 +8,8 @@
 
 namespace tavril::doctor {
 
-struct Consultation::State {
-  State(const Surroundings &surroundings, const Request &request) : examination(surroundings, request) {}
+struct DiagnosisRun::State {
+  State(const Services &services, const Request &request) : examination(services, request) {}
 
   Examination examination;
   Listener listener;
@@ -18,9 +18,9 @@ struct Consultation::State {
   bool isStopped = false;  // main thread only
 };
 
-Consultation::Consultation(const Surroundings &surroundings, const Request &request, Background &background,
+DiagnosisRun::DiagnosisRun(const Services &services, const Request &request, Background &background,
                            MainQueue &mainQueue, Listener listener, std::function<void()> ended)
-    : state_(std::make_shared<State>(surroundings, request)) {
+    : state_(std::make_shared<State>(services, request)) {
   state_->listener = std::move(listener);
   state_->ended = std::move(ended);
   background.run([state = state_, &mainQueue] {
@@ -37,11 +37,11 @@ Consultation::Consultation(const Surroundings &surroundings, const Request &requ
   });
 }
 
-Consultation::~Consultation() {
+DiagnosisRun::~DiagnosisRun() {
   stop();
 }
 
-void Consultation::stop() {
+void DiagnosisRun::stop() {
   if (state_->isStopped) return;
   state_->isStopped = true;
   state_->examination.cancel();
