@@ -6,7 +6,6 @@
 #include <charconv>
 #include <cstddef>
 #include <cstdio>
-#include <limits>
 #include <nlohmann/json.hpp>
 #include <span>
 #include <system_error>
