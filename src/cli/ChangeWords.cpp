@@ -24,6 +24,10 @@ QString dangerInWords(const Danger &danger) {
           .arg(danger.other);
     case Danger::Kind::AllowsNothing:
       return QStringLiteral("%1=0 allows nothing at all.").arg(keyOf(danger.number));
+    case Danger::Kind::AnswersFewer:
+      return QStringLiteral("ack_policy=%1 keeps the servo from answering every command.").arg(danger.value);
+    case Danger::Kind::ShaftMayJump:
+      return QStringLiteral("%1=%2: the shaft may jump.").arg(keyOf(danger.number)).arg(danger.value);
     case Danger::Kind::PassedNow:
       break;
   }

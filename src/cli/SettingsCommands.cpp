@@ -15,9 +15,7 @@
 #include <QStringList>
 
 #include <algorithm>
-#include <optional>
 #include <set>
-#include <utility>
 #include <vector>
 
 namespace tavril::cli {
@@ -30,15 +28,6 @@ std::vector<int> numbersOf(const Settings &settings) {
   std::vector<int> numbers;
   for (const auto &[number, value] : settings) numbers.push_back(number);
   return numbers;
-}
-
-/// What has to change for the servo to hold these settings.
-std::vector<Change> changesBetween(const Settings &held, const Settings &wanted) {
-  std::vector<Change> changes;
-  for (const auto &[number, value] : wanted) {
-    if (held.at(number) != value) changes.push_back({.number = number, .from = held.at(number), .to = value});
-  }
-  return servo::inSafeOrder(std::move(changes));
 }
 
 QString changesText(const std::vector<Change> &changes) {
@@ -136,7 +125,7 @@ void dump(Session &session, const QString &file, bool mayReplace) {
 
 void restore(Session &session, const Settings &wanted, const WriteMode &mode) {
   const std::vector<Change> changes =
-      changesBetween(readBeforeWriting(session, numbersOf(wanted), mode), wanted);
+      servo::changesBetween(readBeforeWriting(session, numbersOf(wanted), mode), wanted);
   if (changes.empty()) {
     if (mode.json) session.console.data(changesJson(session.portName, changes));
     session.console.note(QStringLiteral("The servo has these settings already."));

@@ -21,6 +21,14 @@ std::pair<int, int> rankOf(const Change &change) {
   return {isWider ? 0 : 1, 0};
 }
 
+/// The bit of the status error with which a servo reports that it has shut down.
+constexpr int hasShutDown = 0x80;
+
+bool mayMoveTheShaft(int number) {
+  const wire::WriteStage stage = wire::findRegister(number)->stage;
+  return stage == wire::WriteStage::Gain || stage == wire::WriteStage::Calibration;
+}
+
 std::optional<int> valueIn(const Settings &settings, int number) {
   const auto found = settings.find(number);
   if (found == settings.end()) return std::nullopt;
@@ -32,6 +40,14 @@ std::optional<int> valueIn(const Settings &settings, int number) {
 std::vector<Change> inSafeOrder(std::vector<Change> changes) {
   std::ranges::stable_sort(changes, {}, rankOf);
   return changes;
+}
+
+std::vector<Change> changesBetween(const Settings &held, const Settings &wanted) {
+  std::vector<Change> changes;
+  for (const auto &[number, value] : wanted) {
+    if (held.at(number) != value) changes.push_back({.number = number, .from = held.at(number), .to = value});
+  }
+  return inSafeOrder(std::move(changes));
 }
 
 std::set<int> neededToJudge(const Settings &wanted) {
@@ -71,6 +87,28 @@ std::vector<Danger> dangersOf(const Settings &wanted, const Settings &present) {
       dangers.push_back({Kind::PassedNow, number, value, *now});
   }
   return dangers;
+}
+
+std::set<int> neededToWarn(const Settings &wanted) {
+  std::set<int> needed = neededToJudge(wanted);
+  for (const auto &[number, value] : wanted) {
+    if (mayMoveTheShaft(number)) needed.insert(RegisterNumber::StatusError);
+  }
+  return needed;
+}
+
+std::vector<Danger> warningsOf(const Settings &wanted, const Settings &present) {
+  using Kind = Danger::Kind;
+  std::vector<Danger> warnings = dangersOf(wanted, present);
+  const auto policy = valueIn(wanted, RegisterNumber::AckPolicy);
+  if (policy && *policy != 0 && *policy != answersEverything)
+    warnings.push_back({.kind = Kind::AnswersFewer, .number = RegisterNumber::AckPolicy, .value = *policy});
+  if (valueIn(present, RegisterNumber::StatusError).value_or(0) & hasShutDown) return warnings;
+  for (const auto &[number, value] : wanted) {
+    if (mayMoveTheShaft(number))
+      warnings.push_back({.kind = Kind::ShaftMayJump, .number = number, .value = value});
+  }
+  return warnings;
 }
 
 Outcome<Done> carryOut(Servo &servo, std::vector<Change> &changes,

@@ -62,11 +62,18 @@ Outcome<wire::Reply> Conversation::askOnce(const wire::Command &command) {
   return replyIn(exchange(command, true));
 }
 
+Outcome<wire::Reply> Conversation::askWithoutRepeat(const wire::Command &command) {
+  if (const auto problem = settleBefore(command)) return *problem;
+  return replyIn(attempt(command, true, 0));
+}
+
 Outcome<Conversation::Answer> Conversation::exchange(const wire::Command &command, bool mayFail) {
-  if (mayStillBeAnswered(command)) {
-    if (const auto problem = settle(command)) return *problem;
-  }
-  return attempt(command, mayFail);
+  if (const auto problem = settleBefore(command)) return *problem;
+  return attempt(command, mayFail, patience_.retries);
+}
+
+std::optional<Problem> Conversation::settleBefore(const wire::Command &command) {
+  return mayStillBeAnswered(command) ? settle(command) : std::nullopt;
 }
 
 Received Conversation::send(const wire::Command &command, Time timeout) {
@@ -114,13 +121,13 @@ Outcome<Done> Conversation::tell(const wire::Command &command) {
   return Done{};
 }
 
-/// Sends the command until it is answered, as often as patience has it.
-Outcome<Conversation::Answer> Conversation::attempt(const wire::Command &command, bool mayFail) {
+/// Sends the command until it is answered, and `retries` times again at most.
+Outcome<Conversation::Answer> Conversation::attempt(const wire::Command &command, bool mayFail, int retries) {
   std::optional<int> lastError;
   std::size_t strayBytes = 0;
   unanswered_.insert(unanswered_.end(), tried_.begin(), tried_.end());
   tried_.clear();
-  for (int tries = 0; tries <= patience_.retries; ++tries) {
+  for (int tries = 0; tries <= retries; ++tries) {
     unanswered_.push_back(command);
     const bool alone = isAloneUnanswered(command);
     const Received received = send(command, patience_.timeout);
@@ -145,7 +152,7 @@ Outcome<Conversation::Answer> Conversation::attempt(const wire::Command &command
   return Problem{.kind = Kind::NoAnswer,
                  .command = command,
                  .timeout = patience_.timeout,
-                 .tries = patience_.retries + 1,
+                 .tries = retries + 1,
                  .strayBytes = strayBytes};
 }
 
@@ -164,7 +171,7 @@ std::optional<Problem> Conversation::settle(const wire::Command &command) {
   for (const wire::Register &row : wire::registers) {
     const wire::Command marker = wire::Command::readRegister(row.number);
     if (mayStillBeAnswered(marker) || shareReplies(marker, command)) continue;
-    const Outcome<Answer> answer = attempt(marker, false);
+    const Outcome<Answer> answer = attempt(marker, false, patience_.retries);
     return answer ? std::nullopt : std::optional(answer.problem());
   }
   return Problem{.kind = Kind::TooManyUnanswered};

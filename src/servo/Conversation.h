@@ -57,6 +57,8 @@ class Conversation {
   Outcome<wire::Reply> askSteady(const wire::Command &command);
   /// The reply to the command, which may be an error report.
   Outcome<wire::Reply> askOnce(const wire::Command &command);
+  /// The same, but the command is sent only one time.
+  Outcome<wire::Reply> askWithoutRepeat(const wire::Command &command);
   struct Answer {
     wire::Reply reply;
     bool noisy = false;  ///< bytes came along that belong to no reply
@@ -71,9 +73,10 @@ class Conversation {
 
  private:
   Outcome<Answer> exchange(const wire::Command &command, bool mayFail);
-  Outcome<Answer> attempt(const wire::Command &command, bool mayFail);
+  Outcome<Answer> attempt(const wire::Command &command, bool mayFail, int retries);
   Received send(const wire::Command &command, Time timeout);
   bool mayStillBeAnswered(const wire::Command &command) const;
+  std::optional<Problem> settleBefore(const wire::Command &command);
   std::optional<Problem> settle(const wire::Command &command);
   void crossOut(const wire::Reply &reply);
   void trace(const Event &event) const;

@@ -108,6 +108,10 @@ Outcome<Servo::Written> Servo::write(const wire::Register &row, int value) {
   return Written{.held = *held};
 }
 
+Outcome<wire::Reply> Servo::writeOnce(const wire::Register &row, int value) {
+  return conversation_.askWithoutRepeat(wire::Command::writeRegister(row.number, value));
+}
+
 Outcome<int> Servo::position() {
   const Outcome<wire::Reply> reply = conversation_.ask(wire::Command::readPosition());
   if (!reply) return reply.problem();

@@ -59,6 +59,8 @@ class Servo {
   /// Writes and reads back. A write without a reply is no problem if the reading shows the value: with some
   /// reply policies the servo does not answer writes.
   Outcome<Written> write(const wire::Register &row, int value);
+  /// Writes one time and does not read back. The reply may be an error report.
+  Outcome<wire::Reply> writeOnce(const wire::Register &row, int value);
 
   Outcome<int> position();
   Outcome<Done> move(int position);
