@@ -4,6 +4,7 @@
 #include "platform/NotificationCenter.h"
 
 #include <QKeyEvent>
+#include <QObject>
 #include <QString>
 #include <QWidget>
 

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <filesystem>
 #include <initializer_list>
+#include <map>
 #include <optional>
 #include <utility>
 

@@ -1,17 +1,16 @@
 #pragma once
 
 #include "records/JsonDocument.h"
+#include "servo/Changes.h"
 #include "wire/Registers.h"
 
-#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace tavril::records {
 
-/// Values of settings by register number; all fifteen, or some of them.
-using Settings = std::map<int, int>;
+using servo::Settings;
 
 inline constexpr std::string_view settingsFormat = "tavril-servo-settings";
 inline constexpr int settingsVersion = 1;
