@@ -1,9 +1,11 @@
 // Preloaded into the program: makes one of its threads hang for good in a system call, as a driver that never
 // answers would. TAVRIL_TEST_HANG names the thread; the file TAVRIL_TEST_HANGS is made when it hangs.
 #include <array>
+#include <csignal>
 #include <cstdarg>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <dlfcn.h>
 
 #include <fcntl.h>
@@ -28,10 +30,10 @@ bool isThreadThatHangs() {
 
 }  // namespace
 
-extern "C" int poll(pollfd *descriptors, nfds_t count, int timeout) {
+extern "C" int ppoll(pollfd *descriptors, nfds_t count, const timespec *timeout, const sigset_t *signals) {
   if (isThreadThatHangs() && count > 0 && ::isatty(descriptors[0].fd) == 1) hang();
-  static const auto real = reinterpret_cast<decltype(&poll)>(::dlsym(RTLD_NEXT, "poll"));
-  return real(descriptors, count, timeout);
+  static const auto real = reinterpret_cast<decltype(&ppoll)>(::dlsym(RTLD_NEXT, "ppoll"));
+  return real(descriptors, count, timeout, signals);
 }
 
 extern "C" int ioctl(int descriptor, unsigned long request, ...) noexcept {

@@ -54,7 +54,7 @@ class HistoryJournalTest : public testing::Test {
 
   QTemporaryDir folder_;
   HistoryFile history{pathOf("history.jsonl")};
-  HistoryJournal journal{history, "ttyUSB0", "tavril 1.0.0", clock};
+  HistoryJournal journal{history, "ttyUSB0", "tavril 0.9", clock};
 };
 
 TEST_F(HistoryJournalTest, KeepsBeginAndEndAndTheStatesAround) {
@@ -62,7 +62,7 @@ TEST_F(HistoryJournalTest, KeepsBeginAndEndAndTheStatesAround) {
   ASSERT_TRUE(journal.begin(before, settingsOf(after)));
   ASSERT_EQ(book().plans().size(), 1U);
   EXPECT_EQ(book().plans()[0].begin,
-            (PlanBeginLine{2, someTime, "ttyUSB0", "tavril 1.0.0", someSettings, after}));
+            (PlanBeginLine{2, someTime, "ttyUSB0", "tavril 0.9", someSettings, after}));
   EXPECT_EQ(book().openPlans().size(), 1U);
 
   ASSERT_TRUE(journal.end(ended(PlanEnding::Done, settingsOf(after))));
