@@ -81,7 +81,7 @@ Terminal::Input Terminal::read(std::span<std::byte> buffer, Clock::time_point de
 
 void Terminal::cancel() {
   const std::lock_guard lock(mutex_);
-  if (!isOpen()) return;
+  if (!isOpen() || isClosing_) return;
   cancelled_ = true;
   calls_.stopBlocking(descriptor_);
   wake_->wake();
@@ -89,8 +89,13 @@ void Terminal::cancel() {
 
 Terminal::Failure Terminal::close() {
   if (!isOpen()) return {};
+  {
+    const std::lock_guard lock(mutex_);
+    isClosing_ = true;
+  }
   takeover_.giveBack(descriptor_);
   const std::lock_guard lock(mutex_);
+  isClosing_ = false;
   const CallResult closed = LineTakeover::release(calls_, descriptor_);
   descriptor_ = 0;
   wake_.reset();

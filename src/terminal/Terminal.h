@@ -71,6 +71,8 @@ class Terminal {
   int descriptor_ = 0;  // 0: not open
   std::unique_ptr<WakeDescriptor> wake_;
   std::atomic<bool> cancelled_ = false;
+  /// Then nobody waits, and cancel(), which sets attributes, would undo what is put back. Under the mutex.
+  bool isClosing_ = false;
   std::mutex mutex_;  // held while the descriptor comes and goes, and while another thread uses it
 };
 
