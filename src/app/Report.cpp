@@ -100,20 +100,34 @@ QString textOf(const Problem &problem, const QString &portName, const QString &s
 
 ReportOutcome reportOf(servo::Line &line, servo::Time startUp, const QString &portName, ReportFormat format,
                        Log &log) {
-  const auto trace = [&log](const servo::Event &event) { logReply(event, log); };
+  bool isSomethingThere = false;
+  const auto trace = [&](const servo::Event &event) {
+    if (event.kind != servo::Event::Kind::Sent && event.kind != servo::Event::Kind::Silence)
+      isSomethingThere = true;
+    logReply(event, log);
+  };
   const auto failed = [&](const Problem &problem, const QString &silent) {
     return ReportOutcome{false, textOf(problem, portName, silent)};
   };
   if (const auto problem = servo::problemOf(line.pause(startUp + settleTime))) return failed(*problem, {});
 
   // The bridge is not asked again while nothing comes, for a boot loader may listen.
+  const servo::Time end = line.now() + silence;
   servo::Outcome<servo::Done> detected = servo::Servo(line, {silence, 0}, trace).expectOne();
-  if (!detected && detected.problem().strayBytes > 0) {
-    // Something is there, and may be the bridge. The question is repeated if it can be read from.
-    servo::Servo servo(line, {seconds(10), 0}, trace);
-    if (servo.read(wire::registers.front())) {
-      detected = servo.expectOne();
+  if (!detected && isSomethingThere && detected.problem().kind != Problem::Kind::NotOneServo) {
+    // It may be the bridge. The question is repeated if the bridge can be read from.
+    const auto newServo = [&] { return servo::Servo(line, {seconds(10), 0}, trace); };
+    servo::Outcome<int> first = newServo().read(wire::registers.front());
+    // An error report comes at once, and the next answer may be none.
+    while (!first && first.problem().kind == Problem::Kind::ErrorReport && line.now() < end) {
+      line.pause(seconds(1));
+      first = newServo().read(wire::registers.front());
+    }
+    if (first) {
+      detected = newServo().expectOne();
       if (!detected) return failed(detected.problem(), readOutTexts::notDetected(portName));
+    } else if (first.problem().kind == Problem::Kind::Gone) {
+      detected = first.problem();
     }
   }
   if (!detected) return failed(detected.problem(), readOutTexts::silent(portName));

@@ -50,6 +50,7 @@ class ReportInTime : public testing::Test {
     }
     EXPECT_EQ(sent[2], 0x91);
     const int number = sent[3];
+    if (refuses) return after(0s, QByteArray::fromHex("FF05F901FE"));
     if (number == shortRegister) return after(0s, QByteArray::fromHex("FF06910801FE"));
     return number <= answers.registers ? after(0s, replyTo(number)) : Pieces();
   }
@@ -57,6 +58,7 @@ class ReportInTime : public testing::Test {
   Answers answers;
   int detections = 0;
   int shortRegister = 0;
+  bool refuses = false;  ///< to read registers, with an error report
   servo::MemoryLine line{[this](wire::Bytes sent) { return answer(sent); }};
   RecordingLog log;
 };
@@ -140,6 +142,19 @@ TEST_F(ReportInTime, ADetectionThatIsAnsweredAtTheSecondAttemptIsMadeGood) {
 TEST_F(ReportInTime, SeveralServosAtTheSecondAttemptAreAnError) {
   const ReportOutcome outcome = reportOn({{"FF059001", "FF059002FE"}, 20});
   EXPECT_TRUE(outcome.text.startsWith("more than one servo")) << outcome.text.toStdString();
+}
+
+TEST_F(ReportInTime, AnErrorReportBeforeTheDetectionIsAnsweredIsNotItsAnswer) {
+  EXPECT_TRUE(reportOn({{"FF05F901FE", "FF059001FE"}, 20}).succeeded);
+}
+
+TEST_F(ReportInTime, ErrorReportsAloneAreGivenUpAfterThirtySeconds) {
+  refuses = true;
+  const ReportOutcome outcome = reportOn({{"FF05F901FE"}, 20});
+  EXPECT_TRUE(outcome.text.startsWith("no answer from usbport-test within 30 s"))
+      << outcome.text.toStdString();
+  EXPECT_GE(line.now(), 30s);
+  EXPECT_LT(line.now(), 32s);
 }
 
 TEST_F(ReportInTime, AReplyOneByteShortIsNotPrinted) {
