@@ -65,10 +65,10 @@ Failure stillMoving(const Session &session, const servo::Problem &problem, int p
   if (problem.kind == servo::Problem::Kind::StillMoving) return failure;
   const bool isInterrupted = problem.kind == servo::Problem::Kind::Cancelled;
   const QString last = seen ? QStringLiteral(" It was at %1.").arg(*seen) : QString();
-  const QString text = isInterrupted
-                           ? QStringLiteral("interrupted; the servo goes on to %1.%2")
-                           : failure.text + QStringLiteral("\nThe servo may still be moving to %1.%2");
-  failure.text = text.arg(QString::number(position), last) + QStringLiteral(" \"tavrilctl stop\" stops it.");
+  const QString goesOn = isInterrupted ? QStringLiteral("interrupted; the servo goes on to %1.%2")
+                                       : QStringLiteral("\nThe servo may still be moving to %1.%2");
+  failure.text = (isInterrupted ? QString() : failure.text) + goesOn.arg(QString::number(position), last) +
+                 QStringLiteral(" \"tavrilctl stop\" stops it.");
   return failure;
 }
 

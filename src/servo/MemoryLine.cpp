@@ -12,11 +12,11 @@ Received MemoryLine::request(wire::Bytes data, Time timeout, Rule rule) {
   while (!onTheWay_.empty() && onTheWay_.front().at <= clock_) onTheWay_.pop_front();
   Received received;
   received.sentAt = clock_;
+  received.end = Received::End::Cancelled;
+  if (cancelled_) return received;
   for (Piece &piece : answer_(data)) deliver(std::move(piece));
-  if (cancelled_) {
-    received.end = Received::End::Cancelled;
-    return received;
-  }
+  if (cancelled_) return received;
+  received.end = Received::End::TimedOut;
   const Time deadline = clock_ + timeout;
   while (!onTheWay_.empty() && onTheWay_.front().at <= deadline) {
     const Arrival arrival = std::move(onTheWay_.front());

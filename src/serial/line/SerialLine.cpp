@@ -51,7 +51,7 @@ Received SerialLine::request(wire::Bytes data, Time timeout, Rule rule) {
         const std::lock_guard lock(soFar->mutex);
         const wire::Bytes all = asBytes(bytes);
         soFar->received.bytes.assign(all.begin(), all.end());
-        soFar->received.arrivedAt = steadyNow();
+        if (!all.empty()) soFar->received.arrivedAt = steadyNow();
         return rule(all);
       });
   std::unique_lock lock(mutex_);

@@ -58,7 +58,7 @@ TEST_F(SerialLineOnPty, StampsWhatIsSentAndWhatComes) {
 }
 
 TEST_F(SerialLineOnPty, TellsWhatCameBeforeTheTimeWasOver) {
-  const servo::Received received = request(200ms, 3, [this] { pty.write("ab"); });
+  const servo::Received received = request(2s, 3, [this] { pty.write("ab"); });
   EXPECT_EQ(received.end, End::TimedOut);
   EXPECT_EQ(received.bytes, (std::vector<std::uint8_t>{'a', 'b'}));
 }
