@@ -9,13 +9,13 @@
 #include "platform/linux/StringTables.h"
 #include "program/tavril/AppObjects.h"
 #include "protocol/Function.h"
-#include "tests/support/PlainScreen.h"
 #include "protocol/SharedState.h"
 #include "terminal/PosixTerminalCalls.h"
 #include "tests/doctor/FakeMachine.h"
 #include "tests/support/AnsweringAlert.h"
 #include "tests/support/FakeDevices.h"
 #include "tests/support/MemoryPreferences.h"
+#include "tests/support/PlainScreen.h"
 #include "tests/support/RecordingWait.h"
 
 namespace tavril::bench {
