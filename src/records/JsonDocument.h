@@ -13,6 +13,8 @@ struct TextPlace {
   int line = 1;
   int column = 1;  ///< in characters
 
+  // clang-tidy takes the 0 in what the compiler makes of this for a pointer.
+  // NOLINTNEXTLINE(modernize-use-nullptr)
   auto operator<=>(const TextPlace &other) const = default;
 };
 

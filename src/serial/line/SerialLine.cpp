@@ -35,7 +35,7 @@ SerialLine::SerialLine(Background &background, Log &log, Port port)
     : background_(background), log_(log), port_(std::move(port)) {}
 
 std::shared_ptr<SerialLine> SerialLine::open(Background &background, Log &log, const Port &port) {
-  const auto line = std::make_shared<SerialLine>(background, log, port);
+  auto line = std::make_shared<SerialLine>(background, log, port);
   port->setDelegate(line);
   port->setBaudRate(baudRate);
   port->setUsesLowLatency(true);
