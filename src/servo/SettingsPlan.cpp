@@ -78,6 +78,7 @@ class Run {
   NextStep stepAfter(const Change &change, int attemptsLeft) const;
   std::optional<Problem> readBack(Stage stage, const Settings &expected, const std::vector<Change> &written);
   Outcome<int> read(int number, int expected);
+  Outcome<int> readAgain(int number);
 
   bool changesReplyPolicy() const { return changes_.back().number == RegisterNumber::AckPolicy; }
   /// What the servo is to hold before the reply policy is written.
@@ -240,19 +241,22 @@ std::optional<Problem> Run::readBack(Stage stage, const Settings &expected,
 
 /// A value that is not the expected one is read again.
 Outcome<int> Run::read(int number, int expected) {
-  Outcome<int> held = servo_.read(rowOf(number));
-  if (held && meaningOf(expected, *held, false) == ReadBack::ReadAgain) {
-    // Once another question is answered, no copy of an earlier answer is left on the way.
-    const wire::Register &other =
-        wire::settingRegisters[static_cast<std::size_t>(number % wire::settingCount)];
-    if (const Outcome<int> between = servo_.read(other); !between) return between;
-    held = servo_.read(rowOf(number));
-  }
-  if (!held) return held;
+  const Outcome<int> first = servo_.read(rowOf(number));
+  if (!first) return first;
   isReadAnswered_ = true;
-  known_[number] = *held;
-  if (*held != before_.at(number)) possible_[number].insert(*held);
+  const bool isFirstEnough = meaningOf(expected, *first, false) == ReadBack::Kept;
+  const Outcome<int> held = isFirstEnough ? first : readAgain(number);
+  const int value = held ? *held : *first;
+  if (value != before_.at(number)) possible_[number].insert(value);
+  if (held) known_[number] = value;
   return held;
+}
+
+/// Once another question is answered, no copy of an earlier answer is left on the way.
+Outcome<int> Run::readAgain(int number) {
+  const wire::Register &other = wire::settingRegisters[static_cast<std::size_t>(number % wire::settingCount)];
+  if (const Outcome<int> between = servo_.read(other); !between) return between;
+  return servo_.read(rowOf(number));
 }
 
 }  // namespace

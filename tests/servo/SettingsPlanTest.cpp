@@ -88,6 +88,14 @@ class SettingsPlanTest : public testing::Test {
     return std::holds_alternative<PlanReport>(proposed) ? std::get<PlanReport>(proposed) : PlanReport();
   }
   PlanReport carryOut(const Settings &wanted) { return plan.carryOut(propose(wanted)); }
+  /// The command after the one with which `number` is read is not answered any more, once `written` was
+  /// written.
+  void fallSilentOnceReadAfterWrite(int number, int written) {
+    model.beforeCommand = [this, number, written](int command) {
+      if (model.mishaps.silentFrom || !model.writtenAt.contains(written)) return;
+      if (model.readAt.at(number) > model.writtenAt.at(written)) model.mishaps.silentFrom = command;
+    };
+  }
 
   ModelServo model;
   Servo servo{model};
@@ -306,6 +314,26 @@ TEST_F(SettingsPlanTest, DoesNotTakeSilenceAfterAnAnsweredReadForThatOfAPolicy) 
     if (model.writtenAt.contains(2) && !model.mishaps.silentFrom) model.mishaps.silentFrom = command + 2;
   };
   EXPECT_EQ(plan.carryOut(proposal).ending, PlanEnding::Unknown);
+}
+
+TEST_F(SettingsPlanTest, DoesNotTakeSilenceAfterAReadThatShowedTheOldPolicyForThatOfAPolicy) {
+  model.registers[2] = 1;
+  model.mishaps.deaf = {2};
+  model.mishaps.answersDetection = true;
+  const Proposal proposal = propose({{2, 0}});
+  fallSilentOnceReadAfterWrite(2, 2);
+  const PlanReport report = plan.carryOut(proposal);
+  EXPECT_EQ(report.ending, PlanEnding::Unknown);
+  EXPECT_EQ(report.doubtful, (std::map<int, std::set<int>>{{2, {0, 1}}}));
+}
+
+TEST_F(SettingsPlanTest, NamesWhatWasSeenToDifferJustBeforeTheServoFellSilent) {
+  model.mishaps.pulled = {{9, 12}};
+  const Proposal proposal = propose({{9, 500}});
+  fallSilentOnceReadAfterWrite(12, 9);
+  const PlanReport report = plan.carryOut(proposal);
+  EXPECT_EQ(report.ending, PlanEnding::Unknown);
+  EXPECT_EQ(report.doubtful, (std::map<int, std::set<int>>{{9, {440, 500}}, {12, {1, 100}}}));
 }
 
 TEST_F(SettingsPlanTest, ReadsAllBackBeforeItRepeatsTheReplyPolicy) {
