@@ -297,6 +297,9 @@ std::variant<Proposal, PlanReport> SettingsPlan::propose(const Settings &wanted)
 }
 
 Outcome<Done> SettingsPlan::writeReplyPolicyBlind() {
+  // Once this is answered, no answer to an earlier such write is left on the way, for which the next would
+  // wait.
+  if (const Outcome<Done> one = expectOneNow(servo_); !one) return one;
   const Outcome<wire::Reply> reply = servo_.writeOnce(rowOf(RegisterNumber::AckPolicy), answersEverything);
   if (!reply && !isUnanswered(reply.problem())) return reply.problem();
   return Done{};

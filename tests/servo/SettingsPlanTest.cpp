@@ -360,6 +360,25 @@ TEST_F(SettingsPlanTest, StartsAgainAfterABlindWriteOfTheReplyPolicy) {
   EXPECT_EQ(carryOut({{9, 500}}).ending, PlanEnding::Done);
 }
 
+TEST_F(SettingsPlanTest, WritesBlindlyToOneServoOnly) {
+  model.registers[2] = 0;
+  EXPECT_EQ(refusalOf({{9, 500}}).reason, PlanReason::ReadsUnanswered);
+  model.servos = 2;
+  const Outcome<Done> written = plan.writeReplyPolicyBlind();
+  ASSERT_FALSE(written);
+  EXPECT_EQ(written.problem().kind, Problem::Kind::NotOneServo);
+  EXPECT_THAT(model.sentTo, IsEmpty());
+}
+
+TEST_F(SettingsPlanTest, SendsTheBlindWriteEachTime) {
+  model.registers[2] = 0;
+  model.mishaps.deaf = {2};
+  for (const int writes : {1, 2}) {
+    EXPECT_TRUE(plan.writeReplyPolicyBlind());
+    EXPECT_EQ(model.writes, writes);
+  }
+}
+
 TEST_F(SettingsPlanTest, DoesNotOfferTheBlindWriteToASilentBridge) {
   model.mishaps.silentFrom = 2;
   EXPECT_EQ(refusalOf({{9, 500}}).reason, PlanReason::Problem);
