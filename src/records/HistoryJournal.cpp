@@ -124,10 +124,9 @@ bool HistoryJournal::begin(const Settings &before, const Settings &after) {
 }
 
 bool HistoryJournal::end(const PlanReport &report) {
-  const bool isKept =
-      append(PlanEndLine{0, clock_(), plan_, outcomeOf(report.ending), detailOf(report, before_)});
-  if (report.holds.size() != wire::settingCount) return isKept;
-  return keepEntry(Reason::AfterPlan, rawOf(report.holds)) && isKept;
+  if (!append(PlanEndLine{0, clock_(), plan_, outcomeOf(report.ending), detailOf(report, before_)}))
+    return false;
+  return report.holds.size() != wire::settingCount || keepEntry(Reason::AfterPlan, rawOf(report.holds));
 }
 
 /// Unless the newest entry has these settings.

@@ -3,13 +3,16 @@
 #include "servo/Servo.h"
 #include "servo/SettingsPlan.h"
 #include "tests/records/HistoryBench.h"
+#include "tests/support/FileSizeLimit.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -20,9 +23,12 @@
 #include <variant>
 #include <vector>
 
+#include <sys/resource.h>
+
 namespace tavril::records {
 namespace {
 
+using posix::FileError;
 using servo::PlanEnding;
 using servo::PlanReason;
 using servo::PlanReport;
@@ -107,6 +113,14 @@ TEST_F(HistoryJournalTest, SaysThatItCannotBegin) {
   HistoryJournal failing(nowhere, "", "", clock);
   EXPECT_FALSE(failing.begin(before, before));
   EXPECT_TRUE(failing.error().happened());
+}
+
+TEST_F(HistoryJournalTest, SaysWhyItCannotKeepTheEnd) {
+  ASSERT_TRUE(journal.begin(before, settingsOf(settingsWith(9, 500))));
+  const auto size = QFileInfo(folder_.filePath(QStringLiteral("history.jsonl"))).size();
+  const FileSizeLimit full(static_cast<rlim_t>(size));
+  EXPECT_FALSE(journal.end(ended(PlanEnding::RolledBack, before)));
+  EXPECT_EQ(journal.error(), (FileError{FileError::Step::Write, EFBIG, pathOf("history.jsonl")}));
 }
 
 TEST_F(HistoryJournalTest, TellsInDetailWhatTheServoMayHold) {
