@@ -71,6 +71,7 @@ class Run {
   PlanReport judge();
   PlanReport afterSilence(const Problem &problem);
   PlanReport rollBack(PlanReason reason, std::vector<int> numbers = {});
+  std::optional<Problem> restore();
   PlanReport unknown(const Problem &problem) const;
 
   std::optional<PlanReport> make(const Change &change, const std::vector<Change> &written);
@@ -176,22 +177,31 @@ PlanReport Run::afterSilence(const Problem &problem) {
 }
 
 PlanReport Run::rollBack(PlanReason reason, std::vector<int> numbers) {
-  const std::vector<Change> back = rollbackOf(before_, after_, known_);
   const int refusal = reason == PlanReason::Refused ? refusal_ : 0;
-  std::size_t done = 0;
-  for (const Change &change : back) {
-    tell(Stage::RollingBack, done++, back.size());
-    for (int left = mostAttempts - 1;; --left) {
-      if (const auto problem = attempt(change)) return unknown(*problem);
-      if (stepAfter(change, left) != NextStep::WriteAgain) break;
-    }
+  if (const auto problem = restore()) return unknown(*problem);
+  // What a write has pulled along is perhaps only known now.
+  if (known_ != before_) {
+    if (const auto problem = restore()) return unknown(*problem);
   }
-  if (const auto problem = readBack(Stage::ReadingBack, before_, back)) return unknown(*problem);
   return {.ending = endingOfRollback(before_, known_, reason),
           .reason = reason,
           .numbers = std::move(numbers),
           .error = refusal,
           .holds = known_};
+}
+
+/// Writes what is not known to be as before, and reads everything.
+std::optional<Problem> Run::restore() {
+  const std::vector<Change> back = rollbackOf(before_, after_, known_);
+  std::size_t done = 0;
+  for (const Change &change : back) {
+    tell(Stage::RollingBack, done++, back.size());
+    for (int left = mostAttempts - 1;; --left) {
+      if (const auto problem = attempt(change)) return problem;
+      if (stepAfter(change, left) != NextStep::WriteAgain) break;
+    }
+  }
+  return readBack(Stage::ReadingBack, before_, back);
 }
 
 PlanReport Run::unknown(const Problem &problem) const {

@@ -231,6 +231,16 @@ TEST_F(SettingsPlanTest, RollsBackWhatAnotherSettingHasPulledAlong) {
   EXPECT_EQ(settingsIn(model), before);
 }
 
+TEST_F(SettingsPlanTest, RollsBackWhatWasPulledAlongBeforeARefusal) {
+  model.mishaps.pulled = {{9, 12}};
+  model.mishaps.refused = {15};
+  const PlanReport report = carryOut({{9, 500}, {15, 0}});
+  EXPECT_EQ(report.reason, PlanReason::Refused);
+  EXPECT_EQ(report.ending, PlanEnding::RolledBack);
+  EXPECT_EQ(report.holds, before);
+  EXPECT_EQ(settingsIn(model), before);
+}
+
 TEST_F(SettingsPlanTest, SaysWhatItCouldNotRollBack) {
   model.mishaps.instead = {{9, 77}};
   const PlanReport report = carryOut({{9, 500}, {10, 5}});
