@@ -176,14 +176,14 @@ TEST_F(HistoryKilledTest, WritesALineAtOnceAndSyncsIt) {
 
 TEST_F(HistoryKilledTest, SyncsTheFoldersOfANewFile) {
   const std::vector<DiskCall> calls = diskCallsOfAppending(path());
-  // Those in which the two folders were made; then the file, and the folder in which it was.
+  // Those in which the two folders were made, and the one in which the file was; then the file.
   ASSERT_EQ(calls.size(), 5U);
   EXPECT_EQ(calls[0].number, SYS_fsync);
   EXPECT_EQ(calls[1].number, SYS_fsync);
-  EXPECT_EQ(calls[2].number, SYS_write);
-  EXPECT_EQ(calls[3], (DiskCall{SYS_fsync, calls[2].descriptor, 0}));
-  EXPECT_EQ(calls[4].number, SYS_fsync);
-  EXPECT_NE(calls[4].descriptor, calls[2].descriptor);
+  EXPECT_EQ(calls[2].number, SYS_fsync);
+  EXPECT_EQ(calls[3].number, SYS_write);
+  EXPECT_NE(calls[3].descriptor, calls[2].descriptor);
+  EXPECT_EQ(calls[4], (DiskCall{SYS_fsync, calls[3].descriptor, 0}));
 }
 
 TEST_F(HistoryKilledTest, LosesNothingButTheLineIfThereIsNoFileYet) {
