@@ -12,6 +12,9 @@ namespace tavril::records {
 
 namespace {
 
+/// A line of a plan cannot be appended later, so it waits longer for other programs than other lines do.
+constexpr std::chrono::seconds patience(10);
+
 using servo::PlanEnding;
 using servo::PlanReason;
 using servo::PlanReport;
@@ -138,7 +141,7 @@ bool HistoryJournal::keepEntry(Reason why, const RawSettings &settings) {
 }
 
 bool HistoryJournal::append(HistoryLine line) {
-  const HistoryFile::Appended appended = history_.append(std::move(line));
+  const HistoryFile::Appended appended = history_.append(std::move(line), patience);
   error_ = appended.error;
   appended_ = appended.number;
   return !error_.happened();

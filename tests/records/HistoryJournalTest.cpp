@@ -1,3 +1,4 @@
+#include "posix/LineFile.h"
 #include "records/HistoryJournal.h"
 #include "servo/MemoryLine.h"
 #include "servo/Servo.h"
@@ -17,8 +18,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <span>
 #include <string>
+#include <thread>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -121,6 +124,18 @@ TEST_F(HistoryJournalTest, SaysWhyItCannotKeepTheEnd) {
   const FileSizeLimit full(static_cast<rlim_t>(size));
   EXPECT_FALSE(journal.end(ended(PlanEnding::RolledBack, before)));
   EXPECT_EQ(journal.error(), (FileError{FileError::Step::Write, EFBIG, pathOf("history.jsonl")}));
+}
+
+TEST_F(HistoryJournalTest, HasMorePatienceThanOthersWhoAppend) {
+  ASSERT_TRUE(journal.begin(before, before));
+  auto locked = std::make_unique<posix::LineFile>(pathOf("history.jsonl"));
+  ASSERT_FALSE(locked->openToAppend(std::chrono::seconds(1)).happened());
+  bool isKept = false;
+  std::thread ending([&] { isKept = journal.end(ended(PlanEnding::Done)); });
+  std::this_thread::sleep_for(std::chrono::milliseconds(2500));
+  locked.reset();
+  ending.join();
+  EXPECT_TRUE(isKept);
 }
 
 TEST_F(HistoryJournalTest, TellsInDetailWhatTheServoMayHold) {
