@@ -80,8 +80,8 @@ class Run {
   std::optional<Problem> readBack(Stage stage, const Settings &expected, const std::vector<Change> &written);
   Outcome<int> read(int number, int expected);
   Outcome<int> readAgain(int number);
+  void noteSeen(int number, int value);
 
-  bool changesReplyPolicy() const { return changes_.back().number == RegisterNumber::AckPolicy; }
   /// What the servo is to hold before the reply policy is written.
   Settings allButReplyPolicy() const {
     Settings settings = after_;
@@ -100,7 +100,8 @@ class Run {
   Settings after_ = before_;
   Settings known_ = {};                         ///< as last read, of registers not written since
   std::map<int, std::set<int>> possible_ = {};  ///< of each register that may not hold what it held before
-  bool isReadAnswered_ = false;                 ///< since the last write
+  std::optional<int> written_ = {};             ///< the register that was written last
+  bool isReadAnswered_ = false;                 ///< since then
   int refusal_ = 0;                             ///< the error with which the last value was refused
 };
 
@@ -138,8 +139,7 @@ std::optional<PlanReport> Run::make(const Change &change, const std::vector<Chan
       if (const auto problem = readBack(Stage::ReadingBack, expected, written)) return unknown(*problem);
       if (known_ != expected) return rollBack(PlanReason::NotKept, differencesBetween(expected, known_));
     }
-    if (cancelled_)
-      return possible_.empty() ? notBegun(PlanReason::Cancelled) : rollBack(PlanReason::Cancelled);
+    if (cancelled_) return written_ ? rollBack(PlanReason::Cancelled) : notBegun(PlanReason::Cancelled);
     if (const auto problem = attempt(change)) return afterSilence(*problem);
     switch (stepAfter(change, left)) {
       case NextStep::GoOn:
@@ -161,8 +161,8 @@ PlanReport Run::judge() {
 
 /// Either the servo obeys its new reply policy, or the link is lost.
 PlanReport Run::afterSilence(const Problem &problem) {
-  const bool isPolicyWritten = changesReplyPolicy() && possible_.contains(RegisterNumber::AckPolicy);
-  if (!isPolicyWritten || !mayLeaveReadsUnanswered(after_) || !isUnanswered(problem)) return unknown(problem);
+  if (written_ != RegisterNumber::AckPolicy || !mayLeaveReadsUnanswered(after_) || !isUnanswered(problem))
+    return unknown(problem);
   if (const Outcome<Done> one = expectOneNow(servo_); !one) return unknown(one.problem());
   // A servo that had lost its power answers again, with the old policy.
   const auto again = readBack(Stage::ReadingBack, after_, changes_);
@@ -221,6 +221,7 @@ PlanReport Run::unknown(const Problem &problem) const {
 /// that it does not answer.
 std::optional<Problem> Run::attempt(const Change &change) {
   isReadAnswered_ = false;
+  written_ = change.number;
   known_.erase(change.number);
   possible_[change.number].insert(change.to);
   refusal_ = 0;
@@ -256,17 +257,24 @@ Outcome<int> Run::read(int number, int expected) {
   isReadAnswered_ = true;
   const bool isFirstEnough = meaningOf(expected, *first, false) == ReadBack::Kept;
   const Outcome<int> held = isFirstEnough ? first : readAgain(number);
-  const int value = held ? *held : *first;
-  if (value != before_.at(number)) possible_[number].insert(value);
-  if (held) known_[number] = value;
+  noteSeen(number, held ? *held : *first);
+  if (held) known_[number] = *held;
   return held;
 }
 
 /// Once another question is answered, no copy of an earlier answer is left on the way.
 Outcome<int> Run::readAgain(int number) {
   const wire::Register &other = wire::settingRegisters[static_cast<std::size_t>(number % wire::settingCount)];
-  if (const Outcome<int> between = servo_.read(other); !between) return between;
+  const Outcome<int> between = servo_.read(other);
+  if (!between) return between;
+  noteSeen(other.number, *between);
   return servo_.read(rowOf(number));
+}
+
+/// Before the first write all registers are found to be as before, so what was seen until then counts no
+/// more.
+void Run::noteSeen(int number, int value) {
+  if (written_ && value != before_.at(number)) possible_[number].insert(value);
 }
 
 }  // namespace

@@ -346,6 +346,17 @@ TEST_F(SettingsPlanTest, NamesWhatWasSeenToDifferJustBeforeTheServoFellSilent) {
   EXPECT_EQ(report.doubtful, (std::map<int, std::set<int>>{{9, {440, 500}}, {12, {1, 100}}}));
 }
 
+TEST_F(SettingsPlanTest, NamesWhatWasSeenToDifferBetweenTwoReadingsOfAnother) {
+  model.mishaps.pulled = {{9, 12}};
+  model.mishaps.refused = {11};
+  const Proposal proposal = propose({{9, 500}, {11, 130}});
+  fallSilentOnceReadAfterWrite(12, 11);
+  const PlanReport report = plan.carryOut(proposal);
+  EXPECT_EQ(report.ending, PlanEnding::Unknown);
+  EXPECT_EQ(report.doubtful,
+            (std::map<int, std::set<int>>{{9, {440, 500}}, {11, {120, 130}}, {12, {1, 100}}}));
+}
+
 TEST_F(SettingsPlanTest, ReadsAllBackBeforeItRepeatsTheReplyPolicy) {
   model.mishaps.losesLastWrite = true;
   model.mishaps.powerOffFor = milliseconds(10);
