@@ -70,6 +70,8 @@ FileError LineFile::readFrom(std::int64_t offset, std::string &bytes) const {
 }
 
 FileError LineFile::append(std::string_view lines) const {
+  // Whoever writes the first line has synced the folder, so nobody has to sync that of a file with lines.
+  if (size_ == 0) syncFolder(folderOf(path_));
   FileError error;
   if (const int number = writeAll(file_.get(), lines)) {
     error = failed(FileError::Step::Write, number);
@@ -79,11 +81,8 @@ FileError LineFile::append(std::string_view lines) const {
   if (error.happened()) {
     // If this fails as well, a torn line stays behind, which the caller's next line must not continue.
     (void)uninterrupted([&] { return ::ftruncate(file_.get(), size_); });
-    return error;
   }
-  // Also if another program made the file and was killed before it came to this.
-  if (size_ == 0) syncFolder(folderOf(path_));
-  return {};
+  return error;
 }
 
 }  // namespace tavril::posix

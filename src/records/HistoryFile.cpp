@@ -18,9 +18,6 @@ std::string HistoryFile::standardPath() {
   return posix::userDataFolder() + "/tavril/history.jsonl";
 }
 
-HistoryFile::HistoryFile(std::string path, std::chrono::milliseconds patience)
-    : path_(std::move(path)), patience_(patience) {}
-
 FileError HistoryFile::refresh() {
   LineFile file(path_);
   const FileError error = file.openToRead();
@@ -31,9 +28,9 @@ FileError HistoryFile::refresh() {
   return error.happened() ? error : catchUp(file);
 }
 
-HistoryFile::Appended HistoryFile::append(HistoryLine line) {
+HistoryFile::Appended HistoryFile::append(HistoryLine line, std::chrono::milliseconds patience) {
   LineFile file(path_);
-  if (auto error = file.openToAppend(patience_); error.happened()) return {error, 0};
+  if (auto error = file.openToAppend(patience); error.happened()) return {error, 0};
   // The number is above those that other programs gave meanwhile.
   if (auto error = catchUp(file); error.happened()) return {error, 0};
   const LineNumber number = book_.nextNumber();

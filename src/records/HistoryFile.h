@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstdint>
 #include <string>
+#include <utility>
 
 namespace tavril::records {
 
@@ -16,8 +17,7 @@ class HistoryFile {
   /// tavril/history.jsonl in the user's data folder.
   static std::string standardPath();
 
-  /// `patience`: how long to wait for other programs that append.
-  explicit HistoryFile(std::string path, std::chrono::milliseconds patience = std::chrono::seconds(2));
+  explicit HistoryFile(std::string path) : path_(std::move(path)) {}
 
   /// Reads the file the first time, and later what was appended since. If there is no file, nothing was kept.
   posix::FileError refresh();
@@ -26,8 +26,9 @@ class HistoryFile {
     posix::FileError error;
     LineNumber number = 0;  ///< that the line got; 0 if there was an error
   };
-  /// Numbers the line and has it on the disk when it returns, or tells why not.
-  Appended append(HistoryLine line);
+  /// Numbers the line and has it on the disk when it returns, or tells why not. `patience`: how long to wait
+  /// for other programs that append.
+  Appended append(HistoryLine line, std::chrono::milliseconds patience = std::chrono::seconds(2));
 
   /// As of the last refresh or append.
   const HistoryBook &book() const { return book_; }
@@ -37,7 +38,6 @@ class HistoryFile {
   void startOver();
 
   std::string path_;
-  std::chrono::milliseconds patience_;
   HistoryBook book_;
   std::int64_t taken_ = 0;  ///< how many bytes of the file are in the book
   std::string lastLine_;    ///< the last of them, as far back as a line begins

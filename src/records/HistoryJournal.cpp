@@ -12,6 +12,9 @@ namespace tavril::records {
 
 namespace {
 
+/// A line of a plan cannot be appended later, so it waits longer for other programs than other lines do.
+constexpr std::chrono::seconds patience(10);
+
 using servo::PlanEnding;
 using servo::PlanReason;
 using servo::PlanReport;
@@ -124,10 +127,9 @@ bool HistoryJournal::begin(const Settings &before, const Settings &after) {
 }
 
 bool HistoryJournal::end(const PlanReport &report) {
-  const bool isKept =
-      append(PlanEndLine{0, clock_(), plan_, outcomeOf(report.ending), detailOf(report, before_)});
-  if (report.holds.size() != wire::settingCount) return isKept;
-  return keepEntry(Reason::AfterPlan, rawOf(report.holds)) && isKept;
+  if (!append(PlanEndLine{0, clock_(), plan_, outcomeOf(report.ending), detailOf(report, before_)}))
+    return false;
+  return report.holds.size() != wire::settingCount || keepEntry(Reason::AfterPlan, rawOf(report.holds));
 }
 
 /// Unless the newest entry has these settings.
@@ -139,7 +141,7 @@ bool HistoryJournal::keepEntry(Reason why, const RawSettings &settings) {
 }
 
 bool HistoryJournal::append(HistoryLine line) {
-  const HistoryFile::Appended appended = history_.append(std::move(line));
+  const HistoryFile::Appended appended = history_.append(std::move(line), patience);
   error_ = appended.error;
   appended_ = appended.number;
   return !error_.happened();

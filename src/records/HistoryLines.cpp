@@ -171,7 +171,10 @@ class Members {
     return none;
   }
   std::int64_t integer(const json &value, std::int64_t lowest, std::int64_t highest) {
-    if (value.is_number_integer()) {
+    // Such a number would come out as a negative one below.
+    const bool isHuge =
+        value.is_number_unsigned() && !std::in_range<std::int64_t>(value.get<std::uint64_t>());
+    if (value.is_number_integer() && !isHuge) {
       const auto number = value.get<std::int64_t>();
       if (number >= lowest && number <= highest) return number;
     }

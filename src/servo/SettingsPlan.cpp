@@ -71,6 +71,7 @@ class Run {
   PlanReport judge();
   PlanReport afterSilence(const Problem &problem);
   PlanReport rollBack(PlanReason reason, std::vector<int> numbers = {});
+  std::optional<Problem> restore();
   PlanReport unknown(const Problem &problem) const;
 
   std::optional<PlanReport> make(const Change &change, const std::vector<Change> &written);
@@ -78,8 +79,9 @@ class Run {
   NextStep stepAfter(const Change &change, int attemptsLeft) const;
   std::optional<Problem> readBack(Stage stage, const Settings &expected, const std::vector<Change> &written);
   Outcome<int> read(int number, int expected);
+  Outcome<int> readAgain(int number);
+  void noteSeen(int number, int value);
 
-  bool changesReplyPolicy() const { return changes_.back().number == RegisterNumber::AckPolicy; }
   /// What the servo is to hold before the reply policy is written.
   Settings allButReplyPolicy() const {
     Settings settings = after_;
@@ -98,7 +100,8 @@ class Run {
   Settings after_ = before_;
   Settings known_ = {};                         ///< as last read, of registers not written since
   std::map<int, std::set<int>> possible_ = {};  ///< of each register that may not hold what it held before
-  bool isReadAnswered_ = false;                 ///< since the last write
+  std::optional<int> written_ = {};             ///< the register that was written last
+  bool isReadAnswered_ = false;                 ///< since then
   int refusal_ = 0;                             ///< the error with which the last value was refused
 };
 
@@ -136,8 +139,7 @@ std::optional<PlanReport> Run::make(const Change &change, const std::vector<Chan
       if (const auto problem = readBack(Stage::ReadingBack, expected, written)) return unknown(*problem);
       if (known_ != expected) return rollBack(PlanReason::NotKept, differencesBetween(expected, known_));
     }
-    if (cancelled_)
-      return possible_.empty() ? notBegun(PlanReason::Cancelled) : rollBack(PlanReason::Cancelled);
+    if (cancelled_) return written_ ? rollBack(PlanReason::Cancelled) : notBegun(PlanReason::Cancelled);
     if (const auto problem = attempt(change)) return afterSilence(*problem);
     switch (stepAfter(change, left)) {
       case NextStep::GoOn:
@@ -159,8 +161,8 @@ PlanReport Run::judge() {
 
 /// Either the servo obeys its new reply policy, or the link is lost.
 PlanReport Run::afterSilence(const Problem &problem) {
-  const bool isPolicyWritten = changesReplyPolicy() && possible_.contains(RegisterNumber::AckPolicy);
-  if (!isPolicyWritten || !mayLeaveReadsUnanswered(after_) || !isUnanswered(problem)) return unknown(problem);
+  if (written_ != RegisterNumber::AckPolicy || !mayLeaveReadsUnanswered(after_) || !isUnanswered(problem))
+    return unknown(problem);
   if (const Outcome<Done> one = expectOneNow(servo_); !one) return unknown(one.problem());
   // A servo that had lost its power answers again, with the old policy.
   const auto again = readBack(Stage::ReadingBack, after_, changes_);
@@ -175,22 +177,31 @@ PlanReport Run::afterSilence(const Problem &problem) {
 }
 
 PlanReport Run::rollBack(PlanReason reason, std::vector<int> numbers) {
-  const std::vector<Change> back = rollbackOf(before_, after_, known_);
   const int refusal = reason == PlanReason::Refused ? refusal_ : 0;
-  std::size_t done = 0;
-  for (const Change &change : back) {
-    tell(Stage::RollingBack, done++, back.size());
-    for (int left = mostAttempts - 1;; --left) {
-      if (const auto problem = attempt(change)) return unknown(*problem);
-      if (stepAfter(change, left) != NextStep::WriteAgain) break;
-    }
+  if (const auto problem = restore()) return unknown(*problem);
+  // What a write has pulled along is perhaps only known now.
+  if (known_ != before_) {
+    if (const auto problem = restore()) return unknown(*problem);
   }
-  if (const auto problem = readBack(Stage::ReadingBack, before_, back)) return unknown(*problem);
   return {.ending = endingOfRollback(before_, known_, reason),
           .reason = reason,
           .numbers = std::move(numbers),
           .error = refusal,
           .holds = known_};
+}
+
+/// Writes what is not known to be as before, and reads everything.
+std::optional<Problem> Run::restore() {
+  const std::vector<Change> back = rollbackOf(before_, after_, known_);
+  std::size_t done = 0;
+  for (const Change &change : back) {
+    tell(Stage::RollingBack, done++, back.size());
+    for (int left = mostAttempts - 1;; --left) {
+      if (const auto problem = attempt(change)) return problem;
+      if (stepAfter(change, left) != NextStep::WriteAgain) break;
+    }
+  }
+  return readBack(Stage::ReadingBack, before_, back);
 }
 
 PlanReport Run::unknown(const Problem &problem) const {
@@ -210,6 +221,7 @@ PlanReport Run::unknown(const Problem &problem) const {
 /// that it does not answer.
 std::optional<Problem> Run::attempt(const Change &change) {
   isReadAnswered_ = false;
+  written_ = change.number;
   known_.erase(change.number);
   possible_[change.number].insert(change.to);
   refusal_ = 0;
@@ -240,19 +252,29 @@ std::optional<Problem> Run::readBack(Stage stage, const Settings &expected,
 
 /// A value that is not the expected one is read again.
 Outcome<int> Run::read(int number, int expected) {
-  Outcome<int> held = servo_.read(rowOf(number));
-  if (held && meaningOf(expected, *held, false) == ReadBack::ReadAgain) {
-    // Once another question is answered, no copy of an earlier answer is left on the way.
-    const wire::Register &other =
-        wire::settingRegisters[static_cast<std::size_t>(number % wire::settingCount)];
-    if (const Outcome<int> between = servo_.read(other); !between) return between;
-    held = servo_.read(rowOf(number));
-  }
-  if (!held) return held;
+  const Outcome<int> first = servo_.read(rowOf(number));
+  if (!first) return first;
   isReadAnswered_ = true;
-  known_[number] = *held;
-  if (*held != before_.at(number)) possible_[number].insert(*held);
+  const bool isFirstEnough = meaningOf(expected, *first, false) == ReadBack::Kept;
+  const Outcome<int> held = isFirstEnough ? first : readAgain(number);
+  noteSeen(number, held ? *held : *first);
+  if (held) known_[number] = *held;
   return held;
+}
+
+/// Once another question is answered, no copy of an earlier answer is left on the way.
+Outcome<int> Run::readAgain(int number) {
+  const wire::Register &other = wire::settingRegisters[static_cast<std::size_t>(number % wire::settingCount)];
+  const Outcome<int> between = servo_.read(other);
+  if (!between) return between;
+  noteSeen(other.number, *between);
+  return servo_.read(rowOf(number));
+}
+
+/// Before the first write all registers are found to be as before, so what was seen until then counts no
+/// more.
+void Run::noteSeen(int number, int value) {
+  if (written_ && value != before_.at(number)) possible_[number].insert(value);
 }
 
 }  // namespace
@@ -293,6 +315,9 @@ std::variant<Proposal, PlanReport> SettingsPlan::propose(const Settings &wanted)
 }
 
 Outcome<Done> SettingsPlan::writeReplyPolicyBlind() {
+  // Once this is answered, no answer to an earlier such write is left on the way, for which the next would
+  // wait.
+  if (const Outcome<Done> one = expectOneNow(servo_); !one) return one;
   const Outcome<wire::Reply> reply = servo_.writeOnce(rowOf(RegisterNumber::AckPolicy), answersEverything);
   if (!reply && !isUnanswered(reply.problem())) return reply.problem();
   return Done{};

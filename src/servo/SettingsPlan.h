@@ -40,8 +40,9 @@ class SettingsPlan {
 
   /// Detects one servo, reads, compares, and writes nothing. The report tells why there is no proposal.
   std::variant<Proposal, PlanReport> propose(const Settings &wanted);
-  /// For a servo that answers detection and no reads (PlanReason::ReadsUnanswered), if somebody agrees: sends
-  /// the reply policy 2 one time. Whether it has arrived is found out by propose().
+  /// For a servo that answers detection and no reads (PlanReason::ReadsUnanswered), if somebody agrees:
+  /// detects one servo and sends the reply policy 2 one time. Whether it has arrived is found out by
+  /// propose().
   Outcome<Done> writeReplyPolicyBlind();
 
   enum class WithoutJournal { WriteNothing, Insist };

@@ -213,11 +213,12 @@ TEST_F(HistoryFileTest, IsNotMadeBelowAFile) {
 
 TEST_F(HistoryFileTest, IsNotWaitedForWithoutEnd) {
   HistoryFile patient(path());
-  HistoryFile impatient(path(), shortPatience);
+  HistoryFile impatient(path());
   append(patient);
   const int descriptor = ::open(path().c_str(), O_RDONLY | O_CLOEXEC);
   ASSERT_EQ(::flock(descriptor, LOCK_EX), 0);
-  EXPECT_EQ(impatient.append(entryWith(someSettings)).error, failed(FileError::Step::Lock, EWOULDBLOCK));
+  EXPECT_EQ(impatient.append(entryWith(someSettings), shortPatience).error,
+            failed(FileError::Step::Lock, EWOULDBLOCK));
   EXPECT_EQ(impatient.refresh(), FileError()) << "reading waits for nobody";
   EXPECT_EQ(impatient.book().entries().size(), 1U);
   ::close(descriptor);
@@ -296,9 +297,10 @@ TEST_F(HistoryFileTest, MayBeAppendedToByTwoProgramsAtOnce) {
     children.push_back(::fork());
     ASSERT_GE(children.back(), 0);
     if (children.back() != 0) continue;
-    HistoryFile file(path(), std::chrono::minutes(1));
+    HistoryFile file(path());
     for (int i = 0; i < each; ++i) {
-      if (file.append(entryWith(settingsWith(9, child * each + i))).error.happened()) ::_exit(1);
+      if (file.append(entryWith(settingsWith(9, child * each + i)), std::chrono::minutes(1)).error.happened())
+        ::_exit(1);
     }
     ::_exit(0);
   }

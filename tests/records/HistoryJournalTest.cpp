@@ -1,28 +1,37 @@
+#include "posix/LineFile.h"
 #include "records/HistoryJournal.h"
 #include "servo/MemoryLine.h"
 #include "servo/Servo.h"
 #include "servo/SettingsPlan.h"
 #include "tests/records/HistoryBench.h"
+#include "tests/support/FileSizeLimit.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <span>
 #include <string>
+#include <thread>
 #include <utility>
 #include <variant>
 #include <vector>
 
+#include <sys/resource.h>
+
 namespace tavril::records {
 namespace {
 
+using posix::FileError;
 using servo::PlanEnding;
 using servo::PlanReason;
 using servo::PlanReport;
@@ -107,6 +116,26 @@ TEST_F(HistoryJournalTest, SaysThatItCannotBegin) {
   HistoryJournal failing(nowhere, "", "", clock);
   EXPECT_FALSE(failing.begin(before, before));
   EXPECT_TRUE(failing.error().happened());
+}
+
+TEST_F(HistoryJournalTest, SaysWhyItCannotKeepTheEnd) {
+  ASSERT_TRUE(journal.begin(before, settingsOf(settingsWith(9, 500))));
+  const auto size = QFileInfo(folder_.filePath(QStringLiteral("history.jsonl"))).size();
+  const FileSizeLimit full(static_cast<rlim_t>(size));
+  EXPECT_FALSE(journal.end(ended(PlanEnding::RolledBack, before)));
+  EXPECT_EQ(journal.error(), (FileError{FileError::Step::Write, EFBIG, pathOf("history.jsonl")}));
+}
+
+TEST_F(HistoryJournalTest, HasMorePatienceThanOthersWhoAppend) {
+  ASSERT_TRUE(journal.begin(before, before));
+  auto locked = std::make_unique<posix::LineFile>(pathOf("history.jsonl"));
+  ASSERT_FALSE(locked->openToAppend(std::chrono::seconds(1)).happened());
+  bool isKept = false;
+  std::thread ending([&] { isKept = journal.end(ended(PlanEnding::Done)); });
+  std::this_thread::sleep_for(std::chrono::milliseconds(2500));
+  locked.reset();
+  ending.join();
+  EXPECT_TRUE(isKept);
 }
 
 TEST_F(HistoryJournalTest, TellsInDetailWhatTheServoMayHold) {

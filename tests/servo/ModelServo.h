@@ -2,6 +2,7 @@
 
 #include "servo/MemoryLine.h"
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstddef>
@@ -54,6 +55,8 @@ class ModelServo final : public MemoryLine {
   std::set<int> sentTo = {};       ///< registers to which a write was sent, whether or not it arrived
   std::map<int, int> readAt = {};  ///< of each register, the last command that read it
   std::map<int, int> writtenAt = {};
+  /// Registers that were pulled along; since then, no read of them was answered soon.
+  std::set<int> pulledUnseen = {};
 
  private:
   using Frame = std::vector<std::uint8_t>;
@@ -78,6 +81,9 @@ class ModelServo final : public MemoryLine {
     const Frame reply = now() < powerBackAt_ ? withoutServo(sent[2]) : answerTo(sent);
     if (reply.empty() || happens(mishaps.lostReplies)) return {};
     const Time due = milliseconds(happens(mishaps.lateReplies) ? 1 + random_() % 700 : 4);
+    // A reply does not overtake those before it.
+    lastDue_ = std::max(lastDue_, now() + due);
+    if (reply[2] == 0x91 && lastDue_ < now() + milliseconds(100)) pulledUnseen.erase(reply[3]);
     std::vector<Piece> pieces{{due, reply}};
     if (happens(mishaps.doubledReplies)) pieces.push_back({due + milliseconds(random_() % 50), reply});
     return pieces;
@@ -135,7 +141,10 @@ class ModelServo final : public MemoryLine {
     const auto other = mishaps.instead.find(number);
     set(number, other == mishaps.instead.end() ? value : other->second);
     if (number == 2) return;
-    if (const auto drawn = mishaps.pulled.find(number); drawn != mishaps.pulled.end()) set(drawn->second, 1);
+    if (const auto drawn = mishaps.pulled.find(number); drawn != mishaps.pulled.end()) {
+      set(drawn->second, 1);
+      pulledUnseen.insert(drawn->second);
+    }
   }
 
   void set(int number, int value) { registers.at(static_cast<std::size_t>(number)) = value; }
@@ -144,6 +153,7 @@ class ModelServo final : public MemoryLine {
   std::optional<Write> lastWrite_;
   std::map<int, int> unsure_;
   Time powerBackAt_{0};
+  Time lastDue_{0};
 };
 
 }  // namespace tavril::servo

@@ -88,6 +88,14 @@ class SettingsPlanTest : public testing::Test {
     return std::holds_alternative<PlanReport>(proposed) ? std::get<PlanReport>(proposed) : PlanReport();
   }
   PlanReport carryOut(const Settings &wanted) { return plan.carryOut(propose(wanted)); }
+  /// The command after the one with which `number` is read is not answered any more, once `written` was
+  /// written.
+  void fallSilentOnceReadAfterWrite(int number, int written) {
+    model.beforeCommand = [this, number, written](int command) {
+      if (model.mishaps.silentFrom || !model.writtenAt.contains(written)) return;
+      if (model.readAt.at(number) > model.writtenAt.at(written)) model.mishaps.silentFrom = command;
+    };
+  }
 
   ModelServo model;
   Servo servo{model};
@@ -223,6 +231,16 @@ TEST_F(SettingsPlanTest, RollsBackWhatAnotherSettingHasPulledAlong) {
   EXPECT_EQ(settingsIn(model), before);
 }
 
+TEST_F(SettingsPlanTest, RollsBackWhatWasPulledAlongBeforeARefusal) {
+  model.mishaps.pulled = {{9, 12}};
+  model.mishaps.refused = {15};
+  const PlanReport report = carryOut({{9, 500}, {15, 0}});
+  EXPECT_EQ(report.reason, PlanReason::Refused);
+  EXPECT_EQ(report.ending, PlanEnding::RolledBack);
+  EXPECT_EQ(report.holds, before);
+  EXPECT_EQ(settingsIn(model), before);
+}
+
 TEST_F(SettingsPlanTest, SaysWhatItCouldNotRollBack) {
   model.mishaps.instead = {{9, 77}};
   const PlanReport report = carryOut({{9, 500}, {10, 5}});
@@ -308,6 +326,37 @@ TEST_F(SettingsPlanTest, DoesNotTakeSilenceAfterAnAnsweredReadForThatOfAPolicy) 
   EXPECT_EQ(plan.carryOut(proposal).ending, PlanEnding::Unknown);
 }
 
+TEST_F(SettingsPlanTest, DoesNotTakeSilenceAfterAReadThatShowedTheOldPolicyForThatOfAPolicy) {
+  model.registers[2] = 1;
+  model.mishaps.deaf = {2};
+  model.mishaps.answersDetection = true;
+  const Proposal proposal = propose({{2, 0}});
+  fallSilentOnceReadAfterWrite(2, 2);
+  const PlanReport report = plan.carryOut(proposal);
+  EXPECT_EQ(report.ending, PlanEnding::Unknown);
+  EXPECT_EQ(report.doubtful, (std::map<int, std::set<int>>{{2, {0, 1}}}));
+}
+
+TEST_F(SettingsPlanTest, NamesWhatWasSeenToDifferJustBeforeTheServoFellSilent) {
+  model.mishaps.pulled = {{9, 12}};
+  const Proposal proposal = propose({{9, 500}});
+  fallSilentOnceReadAfterWrite(12, 9);
+  const PlanReport report = plan.carryOut(proposal);
+  EXPECT_EQ(report.ending, PlanEnding::Unknown);
+  EXPECT_EQ(report.doubtful, (std::map<int, std::set<int>>{{9, {440, 500}}, {12, {1, 100}}}));
+}
+
+TEST_F(SettingsPlanTest, NamesWhatWasSeenToDifferBetweenTwoReadingsOfAnother) {
+  model.mishaps.pulled = {{9, 12}};
+  model.mishaps.refused = {11};
+  const Proposal proposal = propose({{9, 500}, {11, 130}});
+  fallSilentOnceReadAfterWrite(12, 11);
+  const PlanReport report = plan.carryOut(proposal);
+  EXPECT_EQ(report.ending, PlanEnding::Unknown);
+  EXPECT_EQ(report.doubtful,
+            (std::map<int, std::set<int>>{{9, {440, 500}}, {11, {120, 130}}, {12, {1, 100}}}));
+}
+
 TEST_F(SettingsPlanTest, ReadsAllBackBeforeItRepeatsTheReplyPolicy) {
   model.mishaps.losesLastWrite = true;
   model.mishaps.powerOffFor = milliseconds(10);
@@ -330,6 +379,25 @@ TEST_F(SettingsPlanTest, StartsAgainAfterABlindWriteOfTheReplyPolicy) {
   journal.writesBefore = 1;
   EXPECT_EQ(model.registers[2], 2);
   EXPECT_EQ(carryOut({{9, 500}}).ending, PlanEnding::Done);
+}
+
+TEST_F(SettingsPlanTest, WritesBlindlyToOneServoOnly) {
+  model.registers[2] = 0;
+  EXPECT_EQ(refusalOf({{9, 500}}).reason, PlanReason::ReadsUnanswered);
+  model.servos = 2;
+  const Outcome<Done> written = plan.writeReplyPolicyBlind();
+  ASSERT_FALSE(written);
+  EXPECT_EQ(written.problem().kind, Problem::Kind::NotOneServo);
+  EXPECT_THAT(model.sentTo, IsEmpty());
+}
+
+TEST_F(SettingsPlanTest, SendsTheBlindWriteEachTime) {
+  model.registers[2] = 0;
+  model.mishaps.deaf = {2};
+  for (const int writes : {1, 2}) {
+    EXPECT_TRUE(plan.writeReplyPolicyBlind());
+    EXPECT_EQ(model.writes, writes);
+  }
 }
 
 TEST_F(SettingsPlanTest, DoesNotOfferTheBlindWriteToASilentBridge) {
@@ -479,8 +547,8 @@ class RandomRun {
         model_.mishaps.powerLostAt && *model_.mishaps.powerLostAt > model_.commands - 3;
     for (const auto &[number, value] : held) {
       if (losesPowerAtEnd) break;
-      // Nobody can tell what a servo pulled along that was never read again.
-      if (report.ending == PlanEnding::Unknown && isPulled(number)) continue;
+      // Nobody can tell what a servo pulled along that was not read again.
+      if (report.ending == PlanEnding::Unknown && model_.pulledUnseen.contains(number)) continue;
       checkRegister(report, number, value);
     }
     EXPECT_THAT(journal_.endings, ElementsAre(report.ending));
@@ -534,10 +602,6 @@ class RandomRun {
     }
   }
 
-  bool isPulled(int number) const {
-    const std::map<int, int> &pulled = model_.mishaps.pulled;
-    return std::ranges::any_of(pulled, [&](const auto &pair) { return pair.second == number; });
-  }
   bool mayLoseTheLink() const {
     const Mishaps &mishaps = model_.mishaps;
     const bool readsMayEnd = mishaps.obeysReplyPolicy && (after_.at(2) == 0 || mishaps.instead.contains(2));
