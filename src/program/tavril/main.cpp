@@ -14,6 +14,7 @@
 #include "platform/linux/EndingSignals.h"
 #include "platform/linux/PosixUserFiles.h"
 #include "platform/linux/QtFilePanels.h"
+#include "platform/linux/QtMainQueue.h"
 #include "platform/linux/SingleInstance.h"
 #include "platform/linux/StandardStreams.h"
 #include "program/tavril/AppObjects.h"
@@ -26,7 +27,6 @@
 #include <QDesktopServices>
 #include <QGuiApplication>
 #include <QIcon>
-#include <QMetaObject>
 #include <QScreen>
 #include <QSize>
 #include <QString>
@@ -130,11 +130,11 @@ int run(const CommandLine &line, SingleInstance *instance = nullptr) {
   LinuxServices machine(!line.report && line.snapshot.isEmpty());
   // Ends the event loop, and the process even if something hangs.
   const auto putBack = [lines = machine.terminal.takenLines()] { lines->putBack(); };
+  QtMainQueue endings;  // not the program's own, which an alert holds
   const auto watching = signals.watch([&](int signal) {
     const int status = EndingSignals::exitStatus(signal);
     endOfProcess.begin(status, putBack);
-    QMetaObject::invokeMethod(
-        QCoreApplication::instance(), [status] { QCoreApplication::exit(status); }, Qt::QueuedConnection);
+    endings.async([status] { QCoreApplication::exit(status); });
   });
   simulator::VirtualServo virtualServo{{.pace = true}};
   AppObjects objects(machine.services(),
