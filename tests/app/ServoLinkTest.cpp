@@ -198,11 +198,12 @@ TEST_F(ServoLinkTest, APulledPlugTellsTheGuestsThatWait) {
   auto answer = asks(readPosition);
   EXPECT_EQ(nextFrame(), "ff0497fe");
   pty->unplug();
-  const std::jthread waker([&] {
+  std::jthread waker([&] {
     answer.wait();
     bench.mainQueue.async([] {});
   });
   ASSERT_TRUE(bench.mainQueue.runUntil([&] { return answer.wait_for(0s) == std::future_status::ready; }));
+  waker.join();  // before the future is used up
   EXPECT_EQ(answer.get().outcome, Outcome::Closed);
 }
 
